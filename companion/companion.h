@@ -1,0 +1,43 @@
+// The Hardcore Mode companion: the window that Quirkmeter looks for, kept for as long as the program
+// runs, and the second start that saves the user a double-click.
+#pragma once
+
+#include "platform/platform.h"
+
+namespace quirkmeter {
+
+class Companion {
+   public:
+    /// How long the program may take to end or to appear before the companion gives up on it.
+    static constexpr int PatienceTicks = 30;
+
+    /// `program` is the program's file with its leading backslash.
+    explicit Companion(const char* program) : program_(program) {}
+    ~Companion();
+    Companion(const Companion&) = delete;
+
+    /// Shows the window that the program looks for. False when another companion is there already,
+    /// or when the window could not be made.
+    bool Start();
+
+    /// To be called once a second. False when the companion is to end.
+    bool Tick();
+
+   private:
+    enum class State {
+        ProgramEnding,    // the program that started the companion is still there
+        ProgramStarting,  // started again, not seen yet
+        Serving,
+    };
+
+    bool OwnCompanionWindow();
+    void DropCompanionWindow();
+    bool KeepServing();
+
+    const char* program_;
+    platform::WindowHandle window_ = 0;
+    State state_ = State::ProgramEnding;
+    int ticks_ = 0;  // in this state
+};
+
+}  // namespace quirkmeter

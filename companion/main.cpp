@@ -1,0 +1,42 @@
+// fsqmhc.exe: a minimised window for as long as Quirkmeter runs in Hardcore Mode.
+#include <wx/app.h>
+#include <wx/frame.h>
+#include <wx/timer.h>
+
+#include "companion.h"
+
+namespace quirkmeter {
+
+class CompanionFrame final : public wxFrame {
+   public:
+    CompanionFrame() : wxFrame(nullptr, wxID_ANY, "FSQMHC"), timer_(this) {
+        Bind(wxEVT_TIMER, [this](wxTimerEvent&) {
+            if (!companion_.Tick()) Close(true);
+        });
+    }
+
+    bool Start() { return companion_.Start() && timer_.Start(1000); }
+
+   private:
+    Companion companion_{"\\" QUIRKMETER_PROGRAM};
+    wxTimer timer_;
+};
+
+class CompanionApp final : public wxApp {
+   public:
+    // The parameter that Quirkmeter passes means nothing.
+    bool OnInit() override {
+        auto* window = new CompanionFrame;
+        if (!window->Start()) {
+            window->Destroy();
+            return false;
+        }
+        window->Iconize();
+        window->Show();
+        return true;
+    }
+};
+
+}  // namespace quirkmeter
+
+wxIMPLEMENT_APP(quirkmeter::CompanionApp);

@@ -1,0 +1,153 @@
+#include "practice/effects.h"
+
+#include <algorithm>
+
+namespace quirkmeter::practice {
+namespace {
+
+// True when a write of a whole variable works against the pilot for as long as it is repeated.
+bool Holds(VariableKind kind, std::uint64_t value, std::uint64_t before) {
+    switch (kind) {
+        case VariableKind::Autopilot:
+        case VariableKind::Control:
+        case VariableKind::Electrical:
+        case VariableKind::Pump:
+        case VariableKind::Lever:
+            return value == 0;
+        case VariableKind::Tank:
+            return value == 0 || value < before;
+        case VariableKind::Disconnection:
+            return value != 0;
+        default:
+            return false;
+    }
+}
+
+std::size_t PlaceOf(const Variable& variable) {
+    return static_cast<std::size_t>(&variable - Variables().data());
+}
+
+std::string TextAt(const OffsetSpace& space, const Variable& variable) {
+    std::string text;
+    for (const std::byte byte : space.Bytes(variable.offset, variable.size)) {
+        if (byte == std::byte{0}) break;
+        text += std::to_integer<char>(byte);
+    }
+    return text;
+}
+
+std::vector<Lamp> FlagLamps(const OffsetSpace& space, VariableKind kind) {
+    std::vector<Lamp> lamps;
+    for (const Variable& flag : VariablesOf(kind)) {
+        const bool failed = space.Value(flag.offset, flag.size) != 0;
+        lamps.push_back({flag.name, failed ? Light::Red : Light::Dark});
+    }
+    return lamps;
+}
+
+std::vector<Lamp> BitLamps(std::uint64_t bits, std::initializer_list<const char*> names) {
+    std::vector<Lamp> lamps;
+    for (const char* name : names) {
+        lamps.push_back({name, bits & 1 ? Light::Red : Light::Dark});
+        bits >>= 1;
+    }
+    return lamps;
+}
+
+std::vector<Lamp> LeverLamps(const OffsetSpace& space) {
+    std::vector<Lamp> lamps;
+    for (const Variable& lever : VariablesOf(VariableKind::Lever)) {
+        const bool cut = space.Value(lever.offset, lever.size) == 0;
+        lamps.push_back({std::string(lever.name) + " cut", cut ? Light::Amber : Light::Dark});
+    }
+    return lamps;
+}
+
+std::vector<Lamp> Joined(std::vector<Lamp> first, const std::vector<Lamp>& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+}  // namespace
+
+Effects::Effects() : heldUntil_(Variables().size()) {}
+
+void Effects::Note(const AppliedWrite& write, const OffsetSpace& space, double now) {
+    const Variable* variable = FindVariable(write.offset);
+    if (!variable || write.bytes.size() != variable->size) return;
+    if (variable->kind == VariableKind::MessageText) return;
+    const std::uint64_t value = space.Value(variable->offset, variable->size);
+    if (variable->kind == VariableKind::MessageSeconds) {
+        screenText_ = TextAt(space, *FindVariable(offset::MessageText));
+        screenUntil_ = now + static_cast<std::int16_t>(value);
+        return;
+    }
+    const double seconds = variable->kind == VariableKind::Lever ? CutSeconds : HoldSeconds;
+    const bool holds = Holds(variable->kind, value, write.before);
+    heldUntil_[PlaceOf(*variable)] = holds ? now + seconds : 0;
+}
+
+std::vector<const Variable*> Effects::LetGo(double now) {
+    std::vector<const Variable*> freed;
+    for (const Variable& variable : Variables()) {
+        double& until = heldUntil_[PlaceOf(variable)];
+        if (until == 0 || now < until) continue;
+        until = 0;
+        freed.push_back(&variable);
+    }
+    return freed;
+}
+
+std::string Effects::ScreenText(double now) const {
+    return now < screenUntil_ ? screenText_ : std::string();
+}
+
+bool Effects::Held(const Variable& variable) const {
+    return heldUntil_[PlaceOf(variable)] != 0;
+}
+
+std::vector<Lamp> Effects::HeldLamps(VariableKind kind) const {
+    std::vector<Lamp> lamps;
+    for (const Variable& variable : VariablesOf(kind)) {
+        lamps.push_back({variable.name, Held(variable) ? Light::Amber : Light::Dark});
+    }
+    return lamps;
+}
+
+std::vector<Lamp> Effects::TankLamps(const OffsetSpace& space) const {
+    std::vector<Lamp> lamps;
+    for (const Variable& tank : VariablesOf(VariableKind::Tank)) {
+        if (Held(tank)) {
+            const std::string level = std::to_string(FuelPercent(space, tank));
+            lamps.push_back({std::string(tank.name) + " " + level + " %", Light::Amber});
+        } else {
+            lamps.push_back({tank.name, Light::Dark});
+        }
+    }
+    return lamps;
+}
+
+std::vector<LampRow> Effects::Lamps(const OffsetSpace& space) const {
+    const std::uint64_t disconnected = space.Value(offset::Disconnection, 1);
+    const std::uint64_t engines = space.Value(offset::EngineFailures, 1);
+    return {
+        {"Autopilot", HeldLamps(VariableKind::Autopilot)},
+        {"Control", Joined(BitLamps(disconnected, {"Elevator", "Aileron", "Rudder", "Throttle"}),
+                           HeldLamps(VariableKind::Control))},
+        {"Electrical", Joined(HeldLamps(VariableKind::Electrical),
+                              FlagLamps(space, VariableKind::SystemFailure))},
+        {"Engine", Joined(BitLamps(engines, {"Engine 1", "Engine 2", "Engine 3", "Engine 4"}),
+                          LeverLamps(space))},
+        {"Fuel", Joined(HeldLamps(VariableKind::Pump), TankLamps(space))},
+        {"Instrument", FlagLamps(space, VariableKind::Instrument)},
+        {"Radio", FlagLamps(space, VariableKind::Radio)},
+    };
+}
+
+int FuelPercent(const OffsetSpace& space, const Variable& tank) {
+    const auto level = static_cast<std::int32_t>(space.Value(tank.offset, tank.size));
+    const double part = static_cast<double>(level) / FullTank;
+    return static_cast<int>(std::clamp(part, 0.0, 1.0) * 100 + 0.5);
+}
+
+}  // namespace quirkmeter::practice

@@ -1,0 +1,63 @@
+// What the client has done to the aircraft: which writes are in force, what shows on the
+// simulator's screen, and both as an annunciator panel of lamps.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "practice/offset_space.h"
+#include "practice/request_block.h"
+#include "practice/variables.h"
+
+namespace quirkmeter::practice {
+
+/// Seconds for which a switch, a control, a disconnection bit or a tank counts as held by the
+/// client after its last write.
+inline constexpr double HoldSeconds = 2.5;
+
+/// Seconds for which an engine's lever stays cut.
+inline constexpr double CutSeconds = 30;
+
+enum class Light { Dark, Amber, Red };  // amber: held, cut or draining; red: failed, disconnected
+
+struct Lamp {
+    std::string text;
+    Light light;
+    bool operator==(const Lamp&) const = default;
+};
+
+struct LampRow {
+    const char* title;
+    std::vector<Lamp> lamps;
+};
+
+/// All times are seconds since the start and never run backwards.
+class Effects {
+   public:
+    Effects();
+
+    /// Takes note of a write that the space already holds.
+    void Note(const AppliedWrite& write, const OffsetSpace& space, double now);
+
+    /// Lets go of the variables that were held until `now` and returns them.
+    std::vector<const Variable*> LetGo(double now);
+
+    /// The text on the simulator's screen, empty for none.
+    std::string ScreenText(double now) const;
+
+    std::vector<LampRow> Lamps(const OffsetSpace& space) const;
+
+   private:
+    bool Held(const Variable& variable) const;
+    std::vector<Lamp> HeldLamps(VariableKind kind) const;
+    std::vector<Lamp> TankLamps(const OffsetSpace& space) const;
+
+    std::vector<double> heldUntil_;  // by the variable's place in Variables(), 0: not held
+    std::string screenText_;
+    double screenUntil_ = 0;
+};
+
+/// How full a tank is, in percent, within 0 to 100 whatever a client wrote there.
+int FuelPercent(const OffsetSpace& space, const Variable& tank);
+
+}  // namespace quirkmeter::practice

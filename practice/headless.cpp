@@ -1,0 +1,39 @@
+#include "practice/headless.h"
+
+#include <iostream>
+#include <thread>
+
+#include "practice/command.h"
+#include "practice/wire.h"
+
+namespace quirkmeter::practice {
+namespace {
+
+void TakeCommands(Simulator& simulator) {
+    for (std::string line; std::getline(std::cin, line);) {
+        if (const auto command = ParseCommand(line)) {
+            simulator.Apply(*command);
+        } else {
+            std::cerr << "unknown command: " + line + "\n";
+        }
+    }
+}
+
+}  // namespace
+
+void PrintLine(const std::string& line) {
+    std::cout << line << '\n' << std::flush;
+}
+
+bool RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className) {
+    Wire wire(*simulator, className);
+    if (!wire.Open()) return false;
+    // Nothing can wake a thread that waits for a line, so it is left behind at the end. It must not
+    // hold up standard input's lock of the C library then.
+    std::ios::sync_with_stdio(false);
+    std::thread([simulator] { TakeCommands(*simulator); }).detach();
+    wire.Serve();
+    return true;
+}
+
+}  // namespace quirkmeter::practice

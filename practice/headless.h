@@ -1,0 +1,17 @@
+// The practice simulator without a window: commands come from standard input.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "practice/simulator.h"
+
+namespace quirkmeter::practice {
+
+/// Prints a line on standard output at once.
+void PrintLine(const std::string& line);
+
+/// Runs until the simulator has ended. False when the window of that class could not be made.
+bool RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className);
+
+}  // namespace quirkmeter::practice

@@ -1,0 +1,132 @@
+// practice-simulator: stands in for the flight simulator and its interface module.
+#include <atomic>
+#include <charconv>
+#include <cmath>
+#include <csignal>
+#include <fstream>
+#include <iostream>
+#include <limits>
+#include <memory>
+
+#include "practice/headless.h"
+#include "practice/window.h"
+
+namespace quirkmeter::practice {
+namespace {
+
+constexpr const char* Usage =
+    "usage: practice-simulator [OPTION]...\n"
+    "  --headless               no window: print what happens, take commands line by line\n"
+    "  --class NAME             class of the interface window: UIPCMAIN (default) or FS98MAIN\n"
+    "  --takeoff-after SECONDS  take off by itself then (default 5)\n"
+    "  --script FILE            follow the lines \"SECONDS COMMAND\" instead\n"
+    "  --misbehave KIND         none (default), silent, late, wrong, drop or old\n"
+    "  --duration SECONDS       end by itself\n"
+    "commands: takeoff, land, pause, resume, gear up|down, flaps up|down, engines 0..4,\n"
+    "          fuel TANK PERCENT, misbehave KIND, quit\n";
+
+struct Options {
+    bool headless = false;
+    bool help = false;
+    std::string className = "UIPCMAIN";
+    double takeOffAfter = 5;
+    std::string scriptFile;
+    Misbehaviour misbehaviour = Misbehaviour::None;
+    double duration = std::numeric_limits<double>::infinity();
+};
+
+bool ParseSeconds(const std::string& text, double& seconds) {
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, seconds);
+    return error == std::errc() && stop == end && std::isfinite(seconds) && seconds >= 0;
+}
+
+bool TakeValue(const std::string& option, const std::string& value, Options& options) {
+    if (option == "--takeoff-after") return ParseSeconds(value, options.takeOffAfter);
+    if (option == "--duration") return ParseSeconds(value, options.duration);
+    if (option == "--class") {
+        options.className = value;
+        return value == "UIPCMAIN" || value == "FS98MAIN";
+    }
+    if (option == "--script") {
+        options.scriptFile = value;
+        return !value.empty();
+    }
+    if (option == "--misbehave") {
+        const auto kind = ParseMisbehaviour(value);
+        if (kind) options.misbehaviour = *kind;
+        return kind.has_value();
+    }
+    return false;
+}
+
+bool ParseOptions(int argc, char** argv, Options& options) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string option = argv[i];
+        if (option == "--headless") {
+            options.headless = true;
+        } else if (option == "--help") {
+            options.help = true;
+        } else if (++i == argc || !TakeValue(option, argv[i], options)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::optional<Script> ReadScript(const std::string& path) {
+    std::ifstream file(path);
+    if (!file) {
+        std::cerr << "practice-simulator: cannot read " << path << "\n";
+        return {};
+    }
+    int badLine = 0;
+    auto script = ParseScript(file, badLine);
+    if (!script) std::cerr << path << ":" << badLine << ": not \"SECONDS COMMAND\"\n";
+    return script;
+}
+
+std::atomic<Simulator*> running;
+static_assert(std::atomic<Simulator*>::is_always_lock_free);
+
+void EndRunning(int) {
+    if (Simulator* simulator = running) simulator->End();
+}
+
+int Run(const Options& options) {
+    std::optional<Script> script = Script{{options.takeOffAfter, Command{Verb::TakeOff}}};
+    if (!options.scriptFile.empty()) script = ReadScript(options.scriptFile);
+    if (!script) return 2;
+    if (options.misbehaviour != Misbehaviour::None) {
+        const Command command{Verb::Misbehave, static_cast<int>(options.misbehaviour)};
+        script->insert(script->begin(), {0, command});
+    }
+
+    const auto simulator = std::make_shared<Simulator>(
+        std::move(*script), options.duration, options.headless ? PrintLine : LinePrinter());
+    running = simulator.get();
+    std::signal(SIGINT, EndRunning);
+    std::signal(SIGTERM, EndRunning);
+    const bool ran = options.headless ? RunHeadless(simulator, options.className)
+                                      : RunWindow(*simulator, options.className);
+    running = nullptr;
+    if (!ran) std::cerr << "practice-simulator: cannot make its window\n";
+    return ran ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace quirkmeter::practice
+
+int main(int argc, char** argv) {
+    using namespace quirkmeter::practice;
+    Options options;
+    if (!ParseOptions(argc, argv, options)) {
+        std::cerr << Usage;
+        return 2;
+    }
+    if (options.help) {
+        std::cout << Usage;
+        return 0;
+    }
+    return Run(options);
+}

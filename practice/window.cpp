@@ -1,0 +1,265 @@
+#include "practice/window.h"
+
+#include <wx/spinctrl.h>
+#include <wx/wx.h>
+
+#include <atomic>
+#include <cmath>
+#include <thread>
+#include <vector>
+
+#include "practice/displays.h"
+#include "practice/wire.h"
+
+namespace quirkmeter::practice {
+namespace {
+
+constexpr int RefreshMilliseconds = 200;
+constexpr int TankColumns = 3;
+constexpr double FeetPerMetre = 1 / 0.3048;
+
+// In the order of Misbehaviour.
+const char* const MisbehaviourLabels[] = {"None: answers properly",  "Silent: no answer",
+                                          "Late: after 1.5 seconds", "Wrong: answers 2",
+                                          "Drop: no window",         "Old: version too low"};
+
+wxString PositionText(const FlightView& view) {
+    return wxString::Format(
+        L"%.3f\u00B0 %s   %.3f\u00B0 %s   %.0f ft (%.0f m)   Slew %s", std::abs(view.latitude),
+        view.latitude < 0 ? "S" : "N", std::abs(view.longitude), view.longitude < 0 ? "W" : "E",
+        view.altitude * FeetPerMetre, view.altitude, view.slewing ? "on" : "off");
+}
+
+void ShowText(wxStaticText* label, const wxString& text) {
+    if (label->GetLabelText() != text) label->SetLabelText(text);
+}
+
+template <typename Control>
+void ShowValue(Control* control, int value) {
+    if (control->GetValue() != value) control->SetValue(value);
+}
+
+class PracticeFrame : public wxFrame {
+   public:
+    explicit PracticeFrame(Simulator& simulator);
+
+   private:
+    wxSizer* MakeCockpit(const FlightView& view);
+    wxSizer* MakeFlightControls(wxWindow* parent);
+    wxSizer* MakeTanks(wxWindow* parent, std::size_t count);
+    wxSizer* MakeEffects(const FlightView& view);
+
+    void BindSwitch(wxCheckBox* box, Verb verb);
+    void Do(const Command& command);
+    void Show(const FlightView& view);
+    void OnTimer(wxTimerEvent&);
+
+    Simulator& simulator_;
+    wxPanel* panel_;
+    wxRadioButton* onGround_;
+    wxRadioButton* airborne_;
+    wxCheckBox* paused_;
+    wxCheckBox* gear_;
+    wxCheckBox* flaps_;
+    wxSpinCtrl* engines_;
+    wxChoice* misbehaviour_;
+    std::vector<wxSlider*> tanks_;
+    std::vector<wxStaticText*> percents_;
+    AnnunciatorPanel* annunciators_;
+    ScreenPanel* screen_;
+    wxStaticText* position_;
+    wxTimer timer_;
+};
+
+PracticeFrame::PracticeFrame(Simulator& simulator)
+    : wxFrame(nullptr, wxID_ANY, "Practice Simulator"),
+      simulator_(simulator),
+      panel_(new wxPanel(this)),
+      timer_(this) {
+    const FlightView view = simulator_.View();
+    auto* column = new wxBoxSizer(wxVERTICAL);
+    column->Add(MakeCockpit(view), wxSizerFlags().Expand().Border());
+    column->Add(MakeEffects(view), wxSizerFlags(1).Expand().Border(wxALL & ~wxTOP));
+    panel_->SetSizer(column);
+    auto* frame = new wxBoxSizer(wxVERTICAL);
+    frame->Add(panel_, wxSizerFlags(1).Expand());
+    SetSizerAndFit(frame);
+
+    Show(view);
+    Bind(wxEVT_TIMER, &PracticeFrame::OnTimer, this);
+    timer_.Start(RefreshMilliseconds);
+}
+
+wxSizer* PracticeFrame::MakeCockpit(const FlightView& view) {
+    auto* cockpit = new wxStaticBoxSizer(wxHORIZONTAL, panel_, "Cockpit");
+    wxWindow* parent = cockpit->GetStaticBox();
+    cockpit->Add(MakeFlightControls(parent), wxSizerFlags().Border());
+    cockpit->AddSpacer(FromDIP(16));
+    cockpit->Add(MakeTanks(parent, view.fuelPercent.size()), wxSizerFlags(1).Border());
+    return cockpit;
+}
+
+wxSizer* PracticeFrame::MakeFlightControls(wxWindow* parent) {
+    onGround_ = new wxRadioButton(parent, wxID_ANY, "On the &ground", wxDefaultPosition,
+                                  wxDefaultSize, wxRB_GROUP);
+    airborne_ = new wxRadioButton(parent, wxID_ANY, "&Airborne");
+    paused_ = new wxCheckBox(parent, wxID_ANY, "&Paused");
+    gear_ = new wxCheckBox(parent, wxID_ANY, "Gear &down");
+    flaps_ = new wxCheckBox(parent, wxID_ANY, "&Flaps down");
+    auto* enginesLabel = new wxStaticText(parent, wxID_ANY, "&Engines");
+    engines_ = new wxSpinCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                              wxSP_ARROW_KEYS, 0, 4);
+    auto* misbehaviourLabel = new wxStaticText(parent, wxID_ANY, "&Misbehaviour");
+    misbehaviour_ = new wxChoice(parent, wxID_ANY);
+    for (const char* label : MisbehaviourLabels) misbehaviour_->Append(label);
+
+    onGround_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Do({Verb::Land}); });
+    airborne_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { Do({Verb::TakeOff}); });
+    paused_->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent& event) {
+        Do({event.IsChecked() ? Verb::Pause : Verb::Resume});
+    });
+    BindSwitch(gear_, Verb::Gear);
+    BindSwitch(flaps_, Verb::Flaps);
+    engines_->Bind(wxEVT_SPINCTRL, [this](wxSpinEvent& event) {
+        Do({Verb::Engines, event.GetPosition()});
+    });
+    misbehaviour_->Bind(wxEVT_CHOICE, [this](wxCommandEvent& event) {
+        Do({Verb::Misbehave, event.GetSelection()});
+    });
+
+    auto* switches = new wxBoxSizer(wxVERTICAL);
+    for (wxWindow* control : std::initializer_list<wxWindow*>{onGround_, airborne_, paused_}) {
+        switches->Add(control, wxSizerFlags().Border(wxBOTTOM, FromDIP(4)));
+    }
+    auto* levers = new wxBoxSizer(wxHORIZONTAL);
+    levers->Add(gear_, wxSizerFlags().Border(wxRIGHT, FromDIP(12)));
+    levers->Add(flaps_);
+    switches->Add(levers, wxSizerFlags().Border(wxBOTTOM, FromDIP(8)));
+
+    auto* choices = new wxFlexGridSizer(2, wxSize(FromDIP(8), FromDIP(6)));
+    choices->Add(enginesLabel, wxSizerFlags().CentreVertical());
+    choices->Add(engines_);
+    choices->Add(misbehaviourLabel, wxSizerFlags().CentreVertical());
+    choices->Add(misbehaviour_);
+    switches->Add(choices);
+    return switches;
+}
+
+wxSizer* PracticeFrame::MakeTanks(wxWindow* parent, std::size_t count) {
+    auto* grid = new wxFlexGridSizer(3 * TankColumns, wxSize(FromDIP(6), FromDIP(6)));
+    for (int column = 0; column < TankColumns; ++column) {
+        grid->AddGrowableCol(static_cast<std::size_t>(3 * column + 1), 1);
+    }
+    const std::span<const Variable> tanks = VariablesOf(VariableKind::Tank);
+    for (std::size_t i = 0; i < count; ++i) {
+        auto* name = new wxStaticText(parent, wxID_ANY, tanks[i].name);
+        auto* slider = new wxSlider(parent, wxID_ANY, 100, 0, 100, wxDefaultPosition,
+                                    FromDIP(wxSize(100, -1)));
+        auto* percent = new wxStaticText(parent, wxID_ANY, "100 %", wxDefaultPosition,
+                                         wxDefaultSize, wxALIGN_RIGHT | wxST_NO_AUTORESIZE);
+        slider->SetName(wxString(tanks[i].name) + " tank");
+        slider->Bind(wxEVT_SLIDER, [this, i](wxCommandEvent& event) {
+            Do({Verb::Fuel, static_cast<int>(i) + 1, event.GetInt()});
+        });
+        grid->Add(name, wxSizerFlags().CentreVertical());
+        grid->Add(slider, wxSizerFlags().Expand());
+        grid->Add(percent, wxSizerFlags().CentreVertical().Border(wxRIGHT, FromDIP(10)));
+        tanks_.push_back(slider);
+        percents_.push_back(percent);
+    }
+    return grid;
+}
+
+wxSizer* PracticeFrame::MakeEffects(const FlightView& view) {
+    auto* effects = new wxStaticBoxSizer(wxVERTICAL, panel_, "What the program has done");
+    wxWindow* parent = effects->GetStaticBox();
+    screen_ = new ScreenPanel(parent);
+    annunciators_ = new AnnunciatorPanel(parent, view.lamps);
+    position_ = new wxStaticText(parent, wxID_ANY, PositionText(view), wxDefaultPosition,
+                                 wxDefaultSize, wxST_NO_AUTORESIZE);
+    effects->Add(screen_, wxSizerFlags().Expand().Border());
+    effects->Add(annunciators_, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT));
+    effects->Add(position_, wxSizerFlags().Expand().Border());
+    return effects;
+}
+
+void PracticeFrame::BindSwitch(wxCheckBox* box, Verb verb) {
+    box->Bind(wxEVT_CHECKBOX, [this, verb](wxCommandEvent& event) {
+        Do({verb, event.IsChecked()});
+    });
+}
+
+void PracticeFrame::Do(const Command& command) {
+    simulator_.Apply(command);
+    Show(simulator_.View());
+}
+
+void PracticeFrame::Show(const FlightView& view) {
+    ShowValue(view.airborne ? airborne_ : onGround_, true);
+    ShowValue(paused_, view.paused);
+    ShowValue(gear_, view.gearDown);
+    ShowValue(flaps_, view.flapsDown);
+    ShowValue(engines_, view.engines);
+    const int kind = static_cast<int>(view.misbehaviour);
+    if (misbehaviour_->GetSelection() != kind) misbehaviour_->SetSelection(kind);
+    for (std::size_t i = 0; i < tanks_.size(); ++i) {
+        ShowValue(tanks_[i], view.fuelPercent[i]);
+        ShowText(percents_[i], wxString::Format("%d %%", view.fuelPercent[i]));
+    }
+    annunciators_->Show(view.lamps);
+    screen_->Show(view.screenText);
+    ShowText(position_, PositionText(view));
+}
+
+void PracticeFrame::OnTimer(wxTimerEvent&) {
+    if (simulator_.Ended()) {
+        Close();
+    } else {
+        Show(simulator_.View());
+    }
+}
+
+class PracticeApp : public wxApp {
+   public:
+    PracticeApp(Simulator& simulator, const std::string& className, std::atomic<bool>& wireFailed)
+        : simulator_(simulator), className_(className), wireFailed_(wireFailed) {}
+
+    // Options are no business of the widget set: nothing is parsed here.
+    bool OnInit() override {
+        wire_ = std::thread([this] {
+            Wire wire(simulator_, className_);
+            if (wire.Open()) return wire.Serve();
+            wireFailed_ = true;
+            simulator_.End();
+        });
+        (new PracticeFrame(simulator_))->wxFrame::Show();
+        return true;
+    }
+
+    int OnExit() override {
+        simulator_.End();
+        wire_.join();
+        return 0;
+    }
+
+   private:
+    Simulator& simulator_;
+    std::string className_;
+    std::thread wire_;
+    std::atomic<bool>& wireFailed_;
+};
+
+}  // namespace
+
+bool RunWindow(Simulator& simulator, const std::string& className) {
+    char name[] = "practice-simulator";
+    char* arguments[] = {name, nullptr};
+    int count = 1;
+    std::atomic<bool> wireFailed = false;
+    // Where there is no display, the widget set's own target dies while it tries to show that.
+    delete wxLog::SetActiveTarget(new wxLogStderr);
+    wxApp::SetInstance(new PracticeApp(simulator, className, wireFailed));
+    return wxEntry(count, arguments) == 0 && !wireFailed;
+}
+
+}  // namespace quirkmeter::practice

@@ -1,0 +1,14 @@
+// The practice simulator's window: the cockpit to work with, and below it what a client has done.
+#pragma once
+
+#include <string>
+
+#include "practice/simulator.h"
+
+namespace quirkmeter::practice {
+
+/// Shows the window and runs until it is closed or the simulator has ended. False when no window
+/// could be made, neither this one nor the interface module's.
+bool RunWindow(Simulator& simulator, const std::string& className);
+
+}  // namespace quirkmeter::practice

@@ -1,0 +1,36 @@
+// The interface module's end of the wire: the window that clients look for, and the answers to the
+// messages that they send to it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/platform.h"
+#include "practice/simulator.h"
+
+namespace quirkmeter::practice {
+
+/// To be used from one thread.
+class Wire {
+   public:
+    Wire(Simulator& simulator, std::string className);
+
+    /// Makes the window and starts the flight. False when the window could not be made.
+    bool Open();
+    /// Answers messages until the simulator has ended, then drops the window.
+    void Serve();
+
+   private:
+    bool MakeWindow();
+    void KeepOrDropWindow();
+    std::intptr_t Answer(std::uint32_t message, std::uintptr_t wParam);
+    bool WaitBeforeAnswer();
+    bool CarryOutBlock(std::uint16_t atom);
+
+    Simulator& simulator_;
+    std::string className_;
+    std::uint32_t message_ = 0;
+    platform::WindowHandle window_ = 0;
+};
+
+}  // namespace quirkmeter::practice

@@ -1,0 +1,121 @@
+#include "engine/tick.h"
+
+#include <charconv>
+#include <optional>
+
+#include "engine/connection.h"
+#include "engine/failure_draw.h"
+#include "engine/hotkeys.h"
+#include "hardcore/companion.h"
+#include "link/actuation.h"
+#include "link/sim_link.h"
+#include "link/sounds.h"
+#include "link/status.h"
+#include "model/engine_state.h"
+#include "model/failure_list.h"
+#include "model/main_window.h"
+
+namespace quirkmeter {
+
+namespace {
+
+constexpr std::int32_t TicksPerDrawStep = 10;
+
+// What one tick reads, beside the number of engines.
+struct SimReadings {
+    std::uint16_t Pause = 0;
+    std::uint16_t OnGround = 0;
+    std::int32_t Gear = 0;
+    std::int32_t Flaps = 0;
+};
+
+std::optional<SimReadings> ReadSimulator() {
+    SimReadings readings;
+    std::int32_t result = 0;
+    if (!SimRead(0x0AEC, 2, &Engine.EngineCount, result)) return std::nullopt;
+    SimRead(0x0264, 2, &readings.Pause, result);
+    SimRead(0x0366, 2, &readings.OnGround, result);
+    SimRead(0x0BE8, 4, &readings.Gear, result);
+    SimRead(0x0BDC, 4, &readings.Flaps, result);
+    if (!SimProcess(result)) return std::nullopt;
+    return readings;
+}
+
+// False when the program is ending.
+bool ApplyHardcoreRestriction() {
+    TheMainWindow->ShowSubsystemList(!HardcoreLock());
+    return !HardcoreLock() || CheckHardcoreCompanion();
+}
+
+bool OnHold() {
+    return Engine.SimPaused || !Engine.Airborne || Engine.Deactivated;
+}
+
+void DescribeHold() {
+    Engine.StatusText = "On hold ";
+    if (Engine.SimPaused) Engine.StatusText += "(sim paused)";
+    if (!Engine.Airborne) Engine.StatusText += "(not airborne)";
+    if (Engine.Deactivated) Engine.StatusText += "(deactivated)";
+    Engine.StatusText += '.';
+}
+
+void Operate(const SimReadings& readings) {
+    Engine.StatusText = "Operational.";
+    if (++Engine.DrawDivider < TicksPerDrawStep) return;
+    Engine.DrawDivider = 0;
+    DrawStep(readings.Gear, readings.Flaps);
+}
+
+void NoticeFailureCount() {
+    if (LastFailureCount != FailureCount) {
+        TheMainWindow->RefreshSubsystems(true);
+        if (Settings.PlayFailureSound && LastFailureCount < FailureCount)
+            PlaySoundFile(SoundFailure);
+    }
+    LastFailureCount = FailureCount;
+}
+
+void AppendFailureCount() {
+    if (!Settings.DisplayFailures || Settings.HardcoreActive) return;
+    if (FailureCount < 1) {
+        Engine.StatusText += "  No failures.";
+        return;
+    }
+    char count[12];
+    char* end = std::to_chars(count, count + sizeof count, FailureCount).ptr;
+    Engine.StatusText.append("  ").append(count, end).append(" failures.");
+}
+
+// False when the program is ending.
+bool ConnectedTick() {
+    auto readings = ReadSimulator();
+    if (!readings) {
+        PlaySoundFile(SoundWarning);
+        SetDisconnected();
+        return true;
+    }
+    Engine.SimPaused = readings->Pause != 0;
+    Engine.Airborne = readings->OnGround == 0;
+    if (!ApplyHardcoreRestriction()) return false;
+    if (OnHold())
+        DescribeHold();
+    else
+        Operate(*readings);
+    MaintainFailures();
+    NoticeFailureCount();
+    AppendFailureCount();
+    return true;
+}
+
+}  // namespace
+
+void EngineTick() {
+    PollHotkeys();
+    if (!Engine.Connected)
+        ConnectToSimulator(true);
+    else if (!ConnectedTick())
+        return;
+    ShowStatus(false);
+}
+
+}  // namespace quirkmeter

@@ -1,0 +1,283 @@
+#include "link/sim_link.h"
+
+#include <array>
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+namespace quirkmeter {
+
+using namespace platform;
+
+namespace {
+
+constexpr char IpcName[] = "FSASMLIB:IPC";
+constexpr std::int32_t ReadRequest = 1;
+constexpr std::int32_t WriteRequest = 2;
+constexpr std::int32_t ReadHeaderSize = 16;
+constexpr std::int32_t WriteHeaderSize = 12;
+constexpr std::int32_t TerminatorSize = 4;
+
+constexpr std::int32_t LowestModuleVersion = 0x19980005;
+constexpr std::uint32_t SimVersionMark = 0xFADE0000;
+
+// Where the answers of the queued reads go. A record has 4 bytes for its destination, which an
+// address may not fit into: it holds the number of the entry here, from 1; 0 skips the answer.
+struct PendingRead {
+    void* Destination;
+    std::int32_t Size;
+};
+std::array<PendingRead, BlockUsed / ReadHeaderSize> PendingReads;
+std::uint32_t PendingCount = 0;
+
+bool Fail(std::int32_t& result, std::int32_t code) {
+    result = code;
+    return false;
+}
+
+bool FailClosed(std::int32_t& result, std::int32_t code) {
+    SimClose();
+    return Fail(result, code);
+}
+
+std::ptrdiff_t Queued() {
+    return SimLink.Next - SimLink.View;
+}
+
+void EmptyQueue() {
+    SimLink.Next = SimLink.View;
+    PendingCount = 0;
+}
+
+bool Fits(std::int32_t headerSize, std::int32_t size) {
+    return size >= 0 && Queued() + TerminatorSize + std::int64_t{size} + headerSize <= BlockUsed;
+}
+
+void Put(std::int32_t value) {
+    RtlMoveMemory(SimLink.Next, &value, sizeof value);
+    SimLink.Next += sizeof value;
+}
+
+// The process id makes the name the process's own; the longest takes 23 characters and a zero.
+std::array<char, 24> BlockName() {
+    std::array<char, 24> name{};
+    std::snprintf(name.data(), name.size(), "%s:%X:1", IpcName, GetCurrentProcessId());
+    return name;
+}
+
+bool ReadVersions(std::int32_t& result) {
+    for (int attempt = 0; attempt < 5 && (ModuleVersion == 0 || SimVersion == 0); ++attempt) {
+        if (!SimRead(0x3304, 4, &ModuleVersion, result) ||
+            !SimRead(0x3308, 4, &SimVersion, result) || !SimProcess(result))
+            return false;
+        Sleep(100);
+    }
+    return true;
+}
+
+bool VersionsAreKnown() {
+    return ModuleVersion >= LowestModuleVersion &&
+           (static_cast<std::uint32_t>(SimVersion) & 0xFFFF0000u) == SimVersionMark;
+}
+
+bool Deliver(std::uintptr_t& reply) {
+    // The atom's 32 bits, not more: the module at the other end may be a 32-bit one.
+    auto wParam = static_cast<std::uint32_t>(SimLink.Atom);
+    return SendMessageTimeoutA(SimLink.Window, SimLink.MessageId, wParam, 0, SendBlock, 2000,
+                               &reply) != 0;
+}
+
+// The last retry comes too late even when it was delivered.
+bool DeliverWithRetries(std::uintptr_t& reply) {
+    constexpr int MaxRetries = 40;
+    bool delivered = Deliver(reply);
+    int retries = 0;
+    for (; !delivered && retries < MaxRetries; ++retries) {
+        Sleep(100);
+        delivered = Deliver(reply);
+    }
+    return delivered && retries < MaxRetries;
+}
+
+// Reads the answered block from its start. The module is another process, so every header is copied
+// before it is checked, and believed only as far as it stays within the block and within what the
+// caller asked for.
+class AnswerReader {
+   public:
+    struct Header {
+        std::int32_t Identifier = 0, Offset = 0, Size = 0, Destination = 0;
+    };
+
+    /// The next record's header with the reader behind it; nothing when the block has no room for
+    /// one.
+    std::optional<Header> NextHeader() {
+        Header header;
+        if (!Copy(&header.Identifier, TerminatorSize)) return std::nullopt;
+        header.Identifier &= 0xFFFF;
+        if (header.Identifier == ReadRequest || header.Identifier == WriteRequest) {
+            std::int32_t rest = header.Identifier == ReadRequest ? 12 : 8;
+            if (!Copy(&header.Offset, rest)) return std::nullopt;
+        }
+        return header;
+    }
+
+    bool Copy(void* destination, std::int32_t size) {
+        if (!Has(size)) return false;
+        RtlMoveMemory(destination, SimLink.View + at_, static_cast<std::size_t>(size));
+        at_ += size;
+        return true;
+    }
+
+    bool Skip(std::int32_t size) {
+        if (!Has(size)) return false;
+        at_ += size;
+        return true;
+    }
+
+   private:
+    bool Has(std::int32_t size) const { return size >= 0 && size <= BlockUsed - at_; }
+
+    std::int32_t at_ = 0;
+};
+
+bool TakeAnswer(AnswerReader& reader, const AnswerReader::Header& header,
+                std::uint32_t pendingCount) {
+    if (header.Destination == 0) return reader.Skip(header.Size);
+    auto reference = static_cast<std::uint32_t>(header.Destination);
+    if (reference > pendingCount) return false;
+    const PendingRead& pending = PendingReads[reference - 1];
+    return header.Size <= pending.Size && reader.Copy(pending.Destination, header.Size);
+}
+
+bool TakeAnswers(std::uint32_t pendingCount) {
+    AnswerReader reader;
+    while (auto header = reader.NextHeader()) {
+        switch (header->Identifier) {
+            case 0:
+                return true;
+            case ReadRequest:
+                if (!TakeAnswer(reader, *header, pendingCount)) return false;
+                break;
+            case WriteRequest:
+                if (!reader.Skip(header->Size)) return false;
+                break;
+            default:
+                return false;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+void SimInit() {
+    SimLink = {};
+    PendingCount = 0;
+}
+
+bool SimOpen(std::int32_t version, std::int32_t& result) {
+    ModuleVersion = 0;
+    SimVersion = 0;
+    if (SimLink.View) return Fail(result, SimAlreadyOpen);
+
+    std::int32_t badVersion = SimBadVersion;
+    SimLink.Window = FindWindowExA(0, 0, "UIPCMAIN", nullptr);
+    if (SimLink.Window == 0) {
+        SimLink.Window = FindWindowExA(0, 0, "FS98MAIN", nullptr);
+        badVersion = SimBadVersionFs98;
+    }
+    if (SimLink.Window == 0) return Fail(result, SimNoWindow);
+
+    SimLink.MessageId = RegisterWindowMessageA(IpcName);
+    if (SimLink.MessageId == 0) return Fail(result, SimNoMessage);
+
+    auto name = BlockName();
+    SimLink.Atom = static_cast<std::int16_t>(GlobalAddAtomA(name.data()));
+    if (SimLink.Atom == 0) return FailClosed(result, SimNoAtom);
+
+    SimLink.Mapping = CreateFileMappingA(InvalidFileHandle, nullptr, PageReadWrite, 0, BlockSize,
+                                         name.data());
+    if (GetLastError() == ErrorAlreadyExists) return FailClosed(result, SimMappingExists);
+
+    SimLink.View =
+        static_cast<std::byte*>(MapViewOfFile(SimLink.Mapping, FileMapWrite, 0, 0, 0));
+    if (!SimLink.View) return FailClosed(result, SimNoView);
+    EmptyQueue();
+
+    if (!ReadVersions(result)) {
+        SimClose();
+        return false;
+    }
+    if (!VersionsAreKnown()) return FailClosed(result, badVersion);
+    SimVersion &= 0xFFFF;
+    if (version != 0 && version != SimVersion) return FailClosed(result, SimWrongSimulator);
+    result = SimOk;
+    return true;
+}
+
+void SimClose() {
+    SimLink.Window = 0;
+    SimLink.MessageId = 0;
+    SimLink.Next = nullptr;
+    PendingCount = 0;
+    if (SimLink.Atom != 0) {
+        GlobalDeleteAtom(static_cast<std::uint16_t>(SimLink.Atom));
+        SimLink.Atom = 0;
+    }
+    if (SimLink.View) {
+        UnmapViewOfFile(SimLink.View);
+        SimLink.View = nullptr;
+    }
+    if (SimLink.Mapping != 0) {
+        CloseHandle(SimLink.Mapping);
+        SimLink.Mapping = 0;
+    }
+}
+
+bool SimRead(std::int32_t offset, std::int32_t size, void* destination, std::int32_t& result) {
+    if (!SimLink.View) return Fail(result, SimNotOpen);
+    if (!Fits(ReadHeaderSize, size)) return Fail(result, SimDoesNotFit);
+    std::int32_t reference = 0;
+    if (destination) {
+        PendingReads[PendingCount] = {destination, size};
+        reference = static_cast<std::int32_t>(++PendingCount);
+    }
+    Put(ReadRequest);
+    Put(offset);
+    Put(size);
+    Put(reference);
+    RtlZeroMemory(SimLink.Next, static_cast<std::size_t>(size));
+    SimLink.Next += size;
+    result = SimOk;
+    return true;
+}
+
+bool SimWrite(std::int32_t offset, std::int32_t size, const void* source, std::int32_t& result) {
+    if (!SimLink.View) return Fail(result, SimNotOpen);
+    if (!Fits(WriteHeaderSize, size)) return Fail(result, SimDoesNotFit);
+    Put(WriteRequest);
+    Put(offset);
+    Put(size);
+    if (size != 0) RtlMoveMemory(SimLink.Next, source, static_cast<std::size_t>(size));
+    SimLink.Next += size;
+    result = SimOk;
+    return true;
+}
+
+bool SimProcess(std::int32_t& result) {
+    if (!SimLink.View) return Fail(result, SimNotOpen);
+    if (SimLink.Next == SimLink.View) return Fail(result, SimNothingQueued);
+    Put(0);
+    SimLink.Next = SimLink.View;
+    std::uint32_t pendingCount = std::exchange(PendingCount, 0);
+
+    std::uintptr_t reply = 0;
+    if (!DeliverWithRetries(reply))
+        return Fail(result, GetLastError() == ErrorSuccess ? SimTimeout : SimSendFailed);
+    if (reply != 1) return Fail(result, SimBadReply);
+    if (!TakeAnswers(pendingCount)) return false;
+    result = SimOk;
+    return true;
+}
+
+}  // namespace quirkmeter

@@ -1,0 +1,32 @@
+// The one way up: what the rooms below the user interface ask of the main window. frmMain
+// implements it; a test puts its own in its place.
+#pragma once
+
+#include <string>
+
+namespace quirkmeter {
+
+inline constexpr char ProgramTitle[] = "FS2002 Quirkmeter";
+
+enum class MessageIcon { None, Warning };
+
+class MainWindow {
+   public:
+    /// Refills the sub-system list, after recomputing the failure ranges unless told to skip that.
+    virtual void RefreshSubsystems(bool skipRecomputation) = 0;
+    virtual void SetStatusCaption(const std::string& caption) = 0;
+    virtual void SetSubSystemsHeading(const std::string& heading) = 0;
+    virtual void ShowSubsystemList(bool show) = 0;
+    /// Runs the whole closing sequence and ends the program once the caller has returned.
+    virtual void Unload() = 0;
+    /// A message box with an OK button and the program's title; returns when the user closed it.
+    virtual void ShowMessage(const std::string& text, MessageIcon icon) = 0;
+
+   protected:
+    ~MainWindow() = default;
+};
+
+/// Set by the main window before anything below calls it.
+inline MainWindow* TheMainWindow = nullptr;
+
+}  // namespace quirkmeter

@@ -1,0 +1,15 @@
+// The program's chance.
+#pragma once
+
+#include <cstdint>
+
+namespace quirkmeter {
+
+/// A whole number from `low` to `high`, both inclusive, each as likely as the next. Re-seeds from
+/// the clock at every call; within one clock reading the sequence goes on.
+std::int32_t RandomInRange(std::int32_t high, std::int32_t low);
+
+/// Back to the sequence with which every run begins.
+void ResetRandom();
+
+}  // namespace quirkmeter

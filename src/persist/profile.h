@@ -1,0 +1,15 @@
+// Profile files: every sub-system's reliability and hours, one line each,
+// "system#sub-system#reliability#hours" and CR LF.
+#pragma once
+
+namespace quirkmeter {
+
+/// Writes the catalogue's reliability data to the file named by Settings.LastProfile. The old file
+/// is whole until the new one is. A failure is told in a message box.
+void WriteProfile();
+
+/// Reads the file named by Settings.LastProfile into the catalogue. A bad line ends the reading
+/// with a message box and empties LastProfile; what the lines before it said stays.
+void ReadProfile();
+
+}  // namespace quirkmeter

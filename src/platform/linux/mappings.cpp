@@ -1,0 +1,156 @@
+// A mapping is a held file, held by each process that has a handle to it or a view of it.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <unordered_map>
+
+#include "platform/linux/last_error.h"
+#include "platform/linux/runtime_folder.h"
+#include "platform/platform.h"
+
+namespace quirkmeter::platform {
+
+namespace {
+
+constexpr std::string_view MappingPrefix = "mapping-";
+
+struct View {
+    std::shared_ptr<HeldFile> mapping;
+    std::size_t size;
+};
+
+std::unordered_map<MappingHandle, std::shared_ptr<HeldFile>> mappings;
+std::unordered_map<const void*, View> views;
+
+// Any name becomes a plain file name of its own; empty, with the last error set, if that is too
+// long for the file system.
+std::string FileOf(const char* name) {
+    std::string file(MappingPrefix);
+    for (const char* c = name; *c; ++c) {
+        const bool plain = (*c >= 'a' && *c <= 'z') || (*c >= 'A' && *c <= 'Z') ||
+                           (*c >= '0' && *c <= '9') || *c == '-' || *c == '_';
+        char encoded[4] = {*c, '\0'};
+        if (!plain)
+            std::snprintf(encoded, sizeof encoded, "%%%02X", static_cast<unsigned char>(*c));
+        file += encoded;
+    }
+    if (file.size() <= 255) return file;
+    SetLastError(ErrorNameTooLong);
+    return {};
+}
+
+bool IsLive(const FolderLock& lock, const std::string& file) {
+    return std::ranges::count(LiveFiles(lock, MappingPrefix), file) != 0;
+}
+
+// Reserves the room at once: with none left, a store into a view would end the process.
+bool Reserve(int file, std::uint64_t size) {
+    int error;
+    do {
+        error = posix_fallocate(file, 0, static_cast<off_t>(size));
+    } while (error == EINTR);
+    return error == 0;
+}
+
+MappingHandle KeepHandle(std::shared_ptr<HeldFile> mapping) {
+    static MappingHandle last = 0;
+    mappings.emplace(++last, std::move(mapping));
+    return last;
+}
+
+}  // namespace
+
+MappingHandle CreateFileMappingA(MappingHandle file, void*, std::uint32_t protection,
+                                 std::uint32_t sizeHigh, std::uint32_t sizeLow, const char* name) {
+    const std::uint64_t size = std::uint64_t{sizeHigh} << 32 | sizeLow;
+    if (file != InvalidFileHandle || protection != PageReadWrite || size == 0 || !name || !*name) {
+        SetLastError(ErrorInvalidParameter);
+        return 0;
+    }
+    const std::string fileName = FileOf(name);
+    if (fileName.empty()) return 0;
+    auto mapping = std::make_shared<HeldFile>();
+    const FolderLock lock;
+    if (!lock) return 0;
+    const bool exists = IsLive(lock, fileName);
+    *mapping = HeldFile(lock, fileName, exists ? 0 : O_CREAT | O_EXCL);
+    if (!*mapping || (!exists && !Reserve(mapping->Number(), size))) {
+        SetLastError(ErrorNotEnoughMemory);
+        return 0;
+    }
+    SetLastError(exists ? ErrorAlreadyExists : ErrorSuccess);
+    return KeepHandle(std::move(mapping));
+}
+
+MappingHandle OpenFileMappingA(std::uint32_t, bool, const char* name) {
+    if (!name || !*name) {
+        SetLastError(ErrorInvalidParameter);
+        return 0;
+    }
+    const std::string fileName = FileOf(name);
+    if (fileName.empty()) return 0;
+    auto mapping = std::make_shared<HeldFile>();
+    const FolderLock lock;
+    if (!lock) return 0;
+    if (!IsLive(lock, fileName)) {
+        SetLastError(ErrorFileNotFound);
+        return 0;
+    }
+    *mapping = HeldFile(lock, fileName, 0);
+    if (!*mapping) {
+        SetLastError(ErrorNotEnoughMemory);
+        return 0;
+    }
+    return KeepHandle(std::move(mapping));
+}
+
+void* MapViewOfFile(MappingHandle handle, std::uint32_t, std::uint32_t offsetHigh,
+                    std::uint32_t offsetLow, std::size_t length) {
+    const auto found = mappings.find(handle);
+    if (found == mappings.end() || offsetHigh || offsetLow || length) {
+        SetLastError(found == mappings.end() ? ErrorInvalidHandle : ErrorInvalidParameter);
+        return nullptr;
+    }
+    const int file = found->second->Number();
+    struct stat status;
+    void* view = MAP_FAILED;
+    if (fstat(file, &status) == 0) {
+        view = mmap(nullptr, static_cast<std::size_t>(status.st_size), PROT_READ | PROT_WRITE,
+                    MAP_SHARED, file, 0);
+    }
+    if (view == MAP_FAILED) {
+        SetLastError(ErrorNotEnoughMemory);
+        return nullptr;
+    }
+    views[view] = {found->second, static_cast<std::size_t>(status.st_size)};
+    return view;
+}
+
+bool UnmapViewOfFile(const void* view) {
+    const auto found = views.find(view);
+    if (found == views.end()) {
+        SetLastError(ErrorInvalidAddress);
+        return false;
+    }
+    munmap(const_cast<void*>(view), found->second.size);
+    views.erase(found);
+    return true;
+}
+
+std::size_t ViewSize(const void* view) {
+    const auto found = views.find(view);
+    return found == views.end() ? 0 : found->second.size;
+}
+
+bool CloseHandle(MappingHandle handle) {
+    if (mappings.erase(handle) != 0) return true;
+    SetLastError(ErrorInvalidHandle);
+    return false;
+}
+
+}  // namespace quirkmeter::platform

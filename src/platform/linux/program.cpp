@@ -1,0 +1,83 @@
+#include <fcntl.h>
+#include <langinfo.h>
+#include <locale.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <thread>
+
+#include "platform/linux/runtime_folder.h"
+#include "platform/platform.h"
+
+namespace quirkmeter::platform {
+
+namespace {
+
+std::string InstanceFile(const char* program) {
+    return std::string("instance-") + program;
+}
+
+}  // namespace
+
+std::uint32_t GetCurrentProcessId() {
+    return static_cast<std::uint32_t>(getpid());
+}
+
+void Sleep(std::uint32_t milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+double SecondsSinceMidnight() {
+    timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local;
+    localtime_r(&now.tv_sec, &local);
+    const int seconds = local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
+    return std::fmod(seconds + static_cast<double>(now.tv_nsec) / 1e9, 86400);  // a leap second
+}
+
+bool ClaimSingleInstance(const char* program) {
+    static HeldFile instance;
+    if (instance) return true;
+    const std::string name = InstanceFile(program);
+    const FolderLock lock;
+    if (!lock || !LiveFiles(lock, name).empty()) return false;
+    instance = HeldFile(lock, name, O_CREAT | O_EXCL);
+    return static_cast<bool>(instance);
+}
+
+bool InstanceRuns(const char* program) {
+    const FolderLock lock;
+    return lock && !LiveFiles(lock, InstanceFile(program)).empty();
+}
+
+std::string ProgramFile(std::string_view name) {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return (program.parent_path() / name.substr(1)).string();
+}
+
+std::string FileName(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+bool FileExists(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error);
+}
+
+char DecimalSeparator() {
+    static const char separator = [] {
+        const locale_t user = newlocale(LC_NUMERIC_MASK, "", nullptr);
+        if (!user) return '.';
+        const std::string text = nl_langinfo_l(RADIXCHAR, user);
+        freelocale(user);
+        return text.size() == 1 ? text[0] : '.';
+    }();
+    return separator;
+}
+
+}  // namespace quirkmeter::platform

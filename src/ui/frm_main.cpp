@@ -1,0 +1,412 @@
+#include "ui/frm_main.h"
+
+#include <wx/filedlg.h>
+#include <wx/filename.h>
+#include <wx/icon.h>
+#include <wx/msgdlg.h>
+#include <wx/panel.h>
+
+#include "engine/connection.h"
+#include "engine/failure_draw.h"
+#include "engine/tick.h"
+#include "hardcore/companion.h"
+#include "link/actuation.h"
+#include "model/catalogue.h"
+#include "model/engine_state.h"
+#include "model/failure_list.h"
+#include "model/number_text.h"
+#include "persist/profile.h"
+#include "persist/settings_file.h"
+#include "platform/platform.h"
+#include "ui/frm_options.h"
+#include "ui/look.h"
+
+namespace quirkmeter {
+
+namespace {
+
+constexpr char ProfileFilter[] = "FS2002 Quirkmeter Profile (*.qmp)|*.qmp";
+
+enum RowIcon { GreenIcon, RedIcon, YellowIcon };
+enum Column { ComponentColumn, ReliabilityColumn, BasedOnColumn, FailedColumn };
+
+RowIcon IconOf(const SubsystemEntry& entry) {
+    if (entry.Failed) return RedIcon;
+    return entry.Reliability == "100" ? GreenIcon : YellowIcon;
+}
+
+std::string BasedOnText(const SubsystemEntry& entry) {
+    return entry.Hours + (entry.Hours == "1" ? " hour" : " hours") + " of flight";
+}
+
+const char* FailedText(const SubsystemEntry& entry) {
+    if (entry.Failed) return "Yes";
+    return entry.Reliability == "100" ? "Never" : "No";
+}
+
+ReliabilityEdit EditOf(const SubsystemEntry& entry) {
+    ReliabilityEdit edit;
+    edit.EditReliability = static_cast<float>(ReadNumber(entry.Reliability).value_or(100));
+    edit.EditHours = static_cast<float>(ReadNumber(entry.Hours).value_or(1));
+    return edit;
+}
+
+void ApplyEdit(SubsystemEntry& entry, const ReliabilityEdit& edit) {
+    entry.Reliability = NumberText(edit.EditReliability);
+    entry.Hours = NumberText(edit.EditHours);
+}
+
+}  // namespace
+
+frmMain::frmMain()
+    : wxFrame(nullptr, wxID_ANY, ProgramTitle, wxDefaultPosition, wxDefaultSize,
+              wxDEFAULT_FRAME_STYLE & ~(wxRESIZE_BORDER | wxMAXIMIZE_BOX)),
+      tmrTimer(this) {
+    TheMainWindow = this;
+    CreateControls();
+    BindHandlers();
+}
+
+frmMain::~frmMain() {
+    if (TheMainWindow == this) TheMainWindow = nullptr;
+}
+
+bool frmMain::Load() {
+    if (!platform::ClaimSingleInstance("Quirkmeter")) return false;
+    if (!ReadSettings()) return false;
+    BuildCatalogue();
+    for (int s = 1; s < static_cast<int>(std::size(SystemTitles)); ++s)
+        lstSystems->Append(wxString(SystemTitles[s].data(), SystemTitles[s].size()));
+    MakeRoomForSystems();
+    lstSystems->SetSelection(0);
+    FillSubsystemList();
+    if (!Settings.LastProfile.empty()) ReadProfile();
+    ConnectToSimulator(false);
+    ComputeFailureRanges();
+    tmrTimer.Start(TickMilliseconds);
+    EngineTick();
+    return true;
+}
+
+void frmMain::CreateControls() {
+    SetClientSize(look::Twips(this, 6735, 7335));
+    panel_ = new wxPanel(this);
+    panel_->SetSize(GetClientSize());
+    panel_->SetBackgroundColour(look::Grey);
+    panel_->SetFont(look::Text());
+
+    auto heading = [this](const char* text, int left, int top, int width) {
+        wxRect place = look::Twips(panel_, left, top, width, 240);
+        auto* label = new wxStaticText(panel_, wxID_ANY, text, place.GetPosition(),
+                                       place.GetSize(), wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
+        label->SetForegroundColour(look::White);
+        return label;
+    };
+    auto button = [this](const char* caption, int left, int top, int width) {
+        wxRect place = look::Twips(panel_, left, top, width, 375);
+        return new wxButton(panel_, wxID_ANY, caption, place.GetPosition(), place.GetSize(),
+                            wxBU_EXACTFIT);
+    };
+
+    // In tab order. The notice lies beneath the list, so it comes before it.
+    heading("Systems", 120, 120, 1695);
+    lblSubSystems = heading("Sub-systems", 120, 2160, 6495);
+    wxRect place = look::Twips(panel_, 120, 360, 1695, 1635);
+    lstSystems = new wxListBox(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
+    look::PaintGreen(lstSystems);
+
+    CreateHardcoreNotice();
+    place = look::Twips(panel_, 120, 2400, 6495, 3975);
+    lvwSubSystems = new wxListCtrl(panel_, wxID_ANY, place.GetPosition(), place.GetSize(),
+                                   wxLC_REPORT | wxLC_SINGLE_SEL);
+    look::PaintGreen(lvwSubSystems);
+    lvwSubSystems->SetTextColour(look::BrightGreen);
+    wxVector<wxBitmapBundle> imgList;
+    for (const wxColour& colour : {look::BrightGreen, wxColour(255, 0, 0), look::Yellow})
+        imgList.push_back(look::Disc(colour));
+    lvwSubSystems->SetSmallImages(imgList);
+    const std::pair<const char*, int> columns[] = {
+        {"Component", 2200}, {"Reliability", 1100}, {"Based on", 2200}, {"Failed", 800}};
+    for (auto [title, width] : columns)
+        lvwSubSystems->AppendColumn(title, wxLIST_FORMAT_LEFT,
+                                    look::Twips(panel_, width, 0).GetWidth());
+
+    cmdSetAllRel = button("Set &All Reliabilities", 2040, 360, 2775);
+    cmdSetSystemRel = button("Set System &Reliabilities", 2040, 960, 2775);
+    cmdClearFailures = button("&Clear All Failures", 2040, 1560, 2775);
+    cmdSaveAs = button("&Save Profile", 5040, 360, 1575);
+    cmdOpen = button("&Open Profile", 5040, 960, 1575);
+    cmdOptions = button("O&ptions", 5040, 1560, 1575);
+
+    place = look::Twips(panel_, 120, 6600, 6495, 615);
+    Frame1 = new wxStaticBox(panel_, wxID_ANY, "Status");
+    Frame1->SetBackgroundColour(look::DarkGreen);
+    Frame1->SetForegroundColour(look::White);
+    lblStatus = new wxStaticText(Frame1, wxID_ANY, "Status", wxDefaultPosition, wxDefaultSize,
+                                 wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
+    look::PaintGreen(lblStatus);
+    // Where the inside of a frame begins differs between systems; the sizer knows.
+    statusSizer_.reset(new wxStaticBoxSizer(Frame1, wxVERTICAL));
+    statusSizer_->Add(lblStatus, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT, FromDIP(8)));
+    statusSizer_->SetDimension(place.GetPosition(), place.GetSize());
+}
+
+// Where the system's list rows are taller than the layout allows for, what lies below the systems
+// list moves down, so that all seven show.
+void frmMain::MakeRoomForSystems() {
+    wxRect systems = lstSystems->GetRect();
+    int extra = lstSystems->GetBestSize().GetHeight() - systems.GetHeight();
+    if (extra <= 0) return;
+    // The estimate leaves out the lines between the rows.
+    extra += FromDIP(2) * static_cast<int>(lstSystems->GetCount() + 1);
+    for (wxWindow* child : panel_->GetChildren())
+        if (child->GetPosition().y > systems.GetBottom())
+            child->Move(child->GetPosition() + wxPoint(0, extra));
+    lstSystems->SetSize(systems.GetWidth(), systems.GetHeight() + extra);
+    SetClientSize(GetClientSize() + wxSize(0, extra));
+}
+
+void frmMain::CreateHardcoreNotice() {
+    struct Line {
+        const char* Text;
+        int Left, Top, Width, Height;
+    };
+    constexpr Line Lines[] = {
+        {"Hardcore Mode ON.", 2160, 2760, 3255, 375},
+        {"The following options are not available while airborne:", 240, 3360, 6375, 375},
+        {"Sub-systems display", 2400, 3840, 2895, 255},
+        {"Reliability setting", 2400, 4200, 2895, 255},
+        {"Failure clearing", 2400, 4560, 2775, 255},
+        {"Failure displaying", 2400, 4920, 2775, 255},
+        {"Profile opening", 2400, 5280, 2895, 255},
+        {"Deactivating", 2400, 5640, 2895, 255},
+    };
+    for (const Line& line : Lines) {
+        wxRect place = look::Twips(panel_, line.Left, line.Top, line.Width, line.Height);
+        auto* label = new wxStaticText(panel_, wxID_ANY, line.Text, place.GetPosition(),
+                                       place.GetSize(), wxST_NO_AUTORESIZE);
+        label->SetForegroundColour(look::DarkGreen);
+        label->SetFont(line.Height == 375 ? look::Large() : look::Bold());
+    }
+}
+
+void frmMain::BindHandlers() {
+    lstSystems->Bind(wxEVT_LISTBOX, [this](wxCommandEvent&) {
+        FillSubsystemList();
+        lvwSubSystems->EnsureVisible(0);
+    });
+    lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsMouse, this);
+    lvwSubSystems->Bind(wxEVT_LIST_KEY_DOWN, &frmMain::OnSubSystemsKey, this);
+    auto onClick = [](wxButton* button, auto handler) {
+        button->Bind(wxEVT_BUTTON, [handler](wxCommandEvent&) { handler(); });
+    };
+    onClick(cmdSetAllRel, [this] { OnSetAllRel(); });
+    onClick(cmdSetSystemRel, [this] { OnSetSystemRel(); });
+    onClick(cmdClearFailures, [] { ClearAllFailures(false); });
+    onClick(cmdSaveAs, [this] { OnSave(); });
+    onClick(cmdOpen, [this] { OnOpen(); });
+    onClick(cmdOptions, [this] { OnOptions(); });
+    Bind(wxEVT_TIMER, [this](wxTimerEvent&) { OnTimer(); });
+    Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { OnClose(); });
+}
+
+// --- The lists --------------------------------------------------------------------------------
+
+int frmMain::SelectedSystem() const {
+    return lstSystems->GetSelection() + 1;
+}
+
+int frmMain::SelectedRow() const {
+    return static_cast<int>(
+               lvwSubSystems->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED)) +
+           1;
+}
+
+void frmMain::SelectRow(int row) {
+    constexpr long State = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
+    lvwSubSystems->SetItemState(row - 1, State, State);
+}
+
+// Rows that stay are changed in place and only where they differ: nothing flickers, and the list
+// does not scroll under the user's eyes.
+void frmMain::FillSubsystemList() {
+    int system = SelectedSystem();
+    int rows = SubsystemCount(system);
+    lvwSubSystems->Freeze();
+    while (lvwSubSystems->GetItemCount() > rows)
+        lvwSubSystems->DeleteItem(lvwSubSystems->GetItemCount() - 1);
+    while (lvwSubSystems->GetItemCount() < rows)
+        lvwSubSystems->InsertItem(lvwSubSystems->GetItemCount(), wxEmptyString);
+    for (int n = 1; n <= rows; ++n) ShowSubsystem(system, n);
+    SelectRow(1);
+    lvwSubSystems->Thaw();
+    cmdSetSystemRel->SetLabel("Set" + lstSystems->GetStringSelection() + " &Reliabilities");
+}
+
+void frmMain::ShowSubsystem(int system, int subsystem) {
+    const SubsystemEntry& entry = Catalogue[system][subsystem];
+    long row = subsystem - 1;
+    wxListItem shown;
+    shown.SetId(row);
+    shown.SetMask(wxLIST_MASK_IMAGE);
+    lvwSubSystems->GetItem(shown);
+    if (shown.GetImage() != IconOf(entry)) lvwSubSystems->SetItemImage(row, IconOf(entry));
+    const std::pair<Column, std::string> texts[] = {
+        {ComponentColumn, " " + std::string(entry.Name)},
+        {ReliabilityColumn, entry.Reliability + "%"},
+        {BasedOnColumn, BasedOnText(entry)},
+        {FailedColumn, FailedText(entry)}};
+    for (const auto& [column, text] : texts)
+        if (lvwSubSystems->GetItemText(row, column) != text)
+            lvwSubSystems->SetItem(row, column, look::Shown(text));
+}
+
+void frmMain::RefreshSubsystems(bool skipRecomputation) {
+    if (!skipRecomputation) ComputeFailureRanges();
+    FillSubsystemList();
+    if (LastClickedItem >= 2 && LastClickedItem <= lvwSubSystems->GetItemCount())
+        SelectRow(LastClickedItem);
+}
+
+void frmMain::OnSubSystemsMouse(wxMouseEvent& event) {
+    event.Skip();
+    int flags = 0;
+    // The dialog waits until the list has dealt with the click itself.
+    if (lvwSubSystems->HitTest(event.GetPosition(), flags) != wxNOT_FOUND)
+        CallAfter([this] { OnSubSystemsClick(); });
+}
+
+void frmMain::OnSubSystemsKey(wxListEvent& event) {
+    if (event.GetKeyCode() == WXK_RETURN || event.GetKeyCode() == WXK_NUMPAD_ENTER ||
+        event.GetKeyCode() == WXK_SPACE)
+        CallAfter([this] { OnSubSystemsClick(); });
+    else
+        event.Skip();
+}
+
+void frmMain::OnSubSystemsClick() {
+    int n = SelectedRow();
+    if (n == 0) return;
+    LastClickedItem = n;
+    int s = SelectedSystem();
+    SubsystemEntry& entry = Catalogue[s][n];
+    ReliabilityEdit edit = EditOf(entry);
+    frmReliability dialog(this,
+                          lstSystems->GetStringSelection() + " -" +
+                              lvwSubSystems->GetItemText(n - 1) + " Reliability",
+                          true, edit);
+    dialog.ShowModal();
+
+    // Ticks ran meanwhile: the entry may have failed, or its failure ended.
+    if (edit.EditTest) TestFailure(s, n);
+    if (edit.EditClear) {
+        ClearFailure(s, n);
+        RefreshSubsystems(true);
+    }
+    if (edit.EditAccepted) {
+        ApplyEdit(entry, edit);
+        RefreshSubsystems(false);
+    }
+}
+
+void frmMain::TestFailure(int system, int subsystem) {
+    if (!Engine.Connected) {
+        ShowMessage(
+            "You'll need to have Flight Simulator 2002 running first and you'll also need the "
+            "fsuipc module installed.",
+            MessageIcon::None);
+        return;
+    }
+    if (!Catalogue[system][subsystem].Failed) AddFailure(system, subsystem);
+    RefreshSubsystems(true);
+}
+
+// --- The buttons ------------------------------------------------------------------------------
+
+void frmMain::OnSetAllRel() {
+    if (HardcoreLock()) return;
+    ReliabilityEdit edit;
+    frmReliability dialog(this, "All Reliabilities", false, edit);
+    dialog.ShowModal();
+    if (!edit.EditAccepted) return;
+    ForEachSubsystem([&edit](int, int, SubsystemEntry& entry) { ApplyEdit(entry, edit); });
+    RefreshSubsystems(false);
+}
+
+void frmMain::OnSetSystemRel() {
+    if (HardcoreLock()) return;
+    int s = SelectedSystem();
+    ReliabilityEdit edit = EditOf(Catalogue[s][1]);
+    frmReliability dialog(this, lstSystems->GetStringSelection() + " Reliabilities", false, edit);
+    dialog.ShowModal();
+    if (!edit.EditAccepted) return;
+    for (int n = 1; n <= SubsystemCount(s); ++n) ApplyEdit(Catalogue[s][n], edit);
+    RefreshSubsystems(false);
+}
+
+bool frmMain::ChooseProfile(long style) {
+    wxFileName last(cdlDialogPath_);
+    wxFileDialog cdlDialog(this, wxFileSelectorPromptStr, last.GetPath(), last.GetFullName(),
+                           ProfileFilter, style);
+    if (cdlDialog.ShowModal() != wxID_OK) return false;
+    cdlDialogPath_ = cdlDialog.GetPath();
+    Settings.LastProfile = look::Stored(cdlDialogPath_);
+    return true;
+}
+
+void frmMain::OnSave() {
+    if (ChooseProfile(wxFD_SAVE)) WriteProfile();
+}
+
+void frmMain::OnOpen() {
+    if (HardcoreLock()) return;
+    if (ChooseProfile(wxFD_OPEN)) ReadProfile();
+}
+
+void frmMain::OnOptions() {
+    frmOptions dialog(this);
+    dialog.SetVersion(wxString::Format("FSQM Version %d.%d", QUIRKMETER_VERSION_MAJOR,
+                                       QUIRKMETER_VERSION_MINOR));
+    dialog.ShowModal();
+}
+
+// --- What the rooms below ask for -------------------------------------------------------------
+
+void frmMain::SetStatusCaption(const std::string& caption) {
+    lblStatus->SetLabelText(look::Shown(caption));
+    lblStatus->SetToolTip(look::Shown(caption));
+}
+
+void frmMain::SetSubSystemsHeading(const std::string& heading) {
+    lblSubSystems->SetLabelText(look::Shown(heading));
+}
+
+void frmMain::ShowSubsystemList(bool show) {
+    if (lvwSubSystems->IsShown() != show) lvwSubSystems->Show(show);
+}
+
+void frmMain::ShowMessage(const std::string& text, MessageIcon icon) {
+    wxMessageBox(look::Shown(text), ProgramTitle,
+                 wxOK | (icon == MessageIcon::Warning ? wxICON_WARNING : wxICON_NONE), this);
+}
+
+void frmMain::OnTimer() {
+    if (platform::TerminationRequested()) {
+        Close(true);
+        return;
+    }
+    EngineTick();
+}
+
+void frmMain::Unload() {
+    Close(true);
+}
+
+void frmMain::OnClose() {
+    tmrTimer.Stop();
+    LeaveFlight();
+    WriteSettings();
+    Destroy();
+}
+
+}  // namespace quirkmeter

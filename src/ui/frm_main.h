@@ -1,0 +1,80 @@
+// The main window: the systems, the sub-systems of the chosen one, the buttons and the status line.
+#pragma once
+
+#include <wx/button.h>
+#include <wx/frame.h>
+#include <wx/listbox.h>
+#include <wx/listctrl.h>
+#include <wx/sizer.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+#include <wx/timer.h>
+
+#include <memory>
+
+#include "model/main_window.h"
+#include "ui/frm_reliability.h"
+
+namespace quirkmeter {
+
+class frmMain final : public wxFrame, public MainWindow {
+   public:
+    frmMain();
+    ~frmMain() override;
+
+    /// Start-up, before the window is shown. False when the program is to end at once.
+    bool Load();
+
+    void RefreshSubsystems(bool skipRecomputation) override;
+    void SetStatusCaption(const std::string& caption) override;
+    void SetSubSystemsHeading(const std::string& heading) override;
+    void ShowSubsystemList(bool show) override;
+    void Unload() override;
+    void ShowMessage(const std::string& text, MessageIcon icon) override;
+
+    wxListBox* lstSystems;
+    wxListCtrl* lvwSubSystems;
+    wxButton* cmdSetAllRel;
+    wxButton* cmdSetSystemRel;
+    wxButton* cmdClearFailures;
+    wxButton* cmdSaveAs;
+    wxButton* cmdOpen;
+    wxButton* cmdOptions;
+    wxStaticText* lblSubSystems;
+    wxStaticBox* Frame1;
+    wxStaticText* lblStatus;
+    wxTimer tmrTimer;
+
+   private:
+    void CreateControls();
+    void CreateHardcoreNotice();
+    void MakeRoomForSystems();
+    void BindHandlers();
+
+    void FillSubsystemList();
+    void ShowSubsystem(int system, int subsystem);
+    void SelectRow(int row);
+    int SelectedSystem() const;
+    int SelectedRow() const;
+
+    void OnSubSystemsMouse(wxMouseEvent& event);
+    void OnSubSystemsKey(wxListEvent& event);
+    void OnSubSystemsClick();
+    void OnSetAllRel();
+    void OnSetSystemRel();
+    bool ChooseProfile(long style);
+    void OnSave();
+    void OnOpen();
+    void OnOptions();
+    void OnTimer();
+    void OnClose();
+
+    void TestFailure(int system, int subsystem);
+
+    wxWindow* panel_;
+    std::unique_ptr<wxStaticBoxSizer> statusSizer_;
+    int LastClickedItem = 0;
+    wxString cdlDialogPath_;  // the file chosen last in this run
+};
+
+}  // namespace quirkmeter

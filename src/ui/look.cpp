@@ -1,0 +1,92 @@
+#include "ui/look.h"
+
+#include <wx/bitmap.h>
+#include <wx/image.h>
+#include <wx/strconv.h>
+
+namespace quirkmeter::look {
+
+namespace {
+
+constexpr char Face[] = "Arial";
+constexpr int TwipsPerPixel = 15;
+
+// How much of a pixel the disc covers, by samples: a smooth edge on every platform alike.
+double Coverage(int x, int y, int size) {
+    constexpr int Samples = 4;
+    double radius = size * 5.5 / 16;
+    double centre = size * 7.5 / 16 + 0.5 * size / 16;
+    int inside = 0;
+    for (int i = 0; i < Samples; ++i)
+        for (int j = 0; j < Samples; ++j) {
+            double dx = x + (i + 0.5) / Samples - centre;
+            double dy = y + (j + 0.5) / Samples - centre;
+            if (dx * dx + dy * dy <= radius * radius) ++inside;
+        }
+    return static_cast<double>(inside) / (Samples * Samples);
+}
+
+unsigned char Blend(unsigned char under, unsigned char over, double share) {
+    return static_cast<unsigned char>(under + (over - under) * share + 0.5);
+}
+
+wxBitmap DiscBitmap(const wxColour& colour, int size) {
+    wxImage image(size, size);
+    for (int y = 0; y < size; ++y)
+        for (int x = 0; x < size; ++x) {
+            double share = Coverage(x, y, size);
+            image.SetRGB(x, y, Blend(DarkGreen.Red(), colour.Red(), share),
+                         Blend(DarkGreen.Green(), colour.Green(), share),
+                         Blend(DarkGreen.Blue(), colour.Blue(), share));
+        }
+    return wxBitmap(image);
+}
+
+}  // namespace
+
+wxSize Twips(const wxWindow* window, int width, int height) {
+    return window->FromDIP(wxSize(width / TwipsPerPixel, height / TwipsPerPixel));
+}
+
+wxRect Twips(const wxWindow* window, int left, int top, int width, int height) {
+    return {window->FromDIP(wxPoint(left / TwipsPerPixel, top / TwipsPerPixel)),
+            Twips(window, width, height)};
+}
+
+wxFont Text() {
+    return wxFontInfo(9).FaceName(Face);
+}
+
+wxFont Bold() {
+    return wxFontInfo(9).FaceName(Face).Bold();
+}
+
+wxFont Large() {
+    return wxFontInfo(11).FaceName(Face).Bold();
+}
+
+wxFont Black() {
+    return wxFontInfo(12).FaceName("Arial Black").Weight(wxFONTWEIGHT_HEAVY);
+}
+
+void PaintGreen(wxWindow* control) {
+    control->SetBackgroundColour(DarkGreen);
+    control->SetForegroundColour(BrightGreen);
+}
+
+wxBitmapBundle Disc(const wxColour& colour) {
+    wxVector<wxBitmap> sizes;
+    for (int size : {16, 20, 24, 32, 48}) sizes.push_back(DiscBitmap(colour, size));
+    return wxBitmapBundle::FromBitmaps(sizes);
+}
+
+wxString Shown(const std::string& text) {
+    return {text.data(), *wxConvFileName, text.size()};
+}
+
+std::string Stored(const wxString& text) {
+    wxCharBuffer bytes = text.mb_str(*wxConvFileName);
+    return {bytes.data(), bytes.length()};
+}
+
+}  // namespace quirkmeter::look

@@ -1,0 +1,41 @@
+// What the program's windows have in common: units, colours, fonts, row icons.
+#pragma once
+
+#include <wx/bmpbndl.h>
+#include <wx/colour.h>
+#include <wx/font.h>
+#include <wx/string.h>
+#include <wx/vector.h>
+#include <wx/window.h>
+
+#include <string>
+
+namespace quirkmeter::look {
+
+inline const wxColour Grey(128, 128, 128);
+inline const wxColour DarkGrey(64, 64, 64);
+inline const wxColour DarkGreen(0, 64, 0);
+inline const wxColour BrightGreen(0, 255, 0);
+inline const wxColour White(255, 255, 255);
+inline const wxColour Yellow(255, 255, 0);
+
+/// Layouts are given in twips: 1/1440 inch, 15 to a pixel at 96 dots per inch.
+wxSize Twips(const wxWindow* window, int width, int height);
+wxRect Twips(const wxWindow* window, int left, int top, int width, int height);
+
+wxFont Text();   // the size of nearly everything
+wxFont Bold();
+wxFont Large();  // bold, for what must be seen first
+wxFont Black();  // the two signs beside the pick lists
+
+/// Gives a control the bright green on dark green of the program's lists.
+void PaintGreen(wxWindow* control);
+
+/// A disc of that colour, 11 pixels across in a 16 x 16 image on dark green, sharp at any scale.
+wxBitmapBundle Disc(const wxColour& colour);
+
+/// Texts of the rooms below, paths above all, are bytes in the system's encoding of file names.
+wxString Shown(const std::string& text);
+std::string Stored(const wxString& text);
+
+}  // namespace quirkmeter::look

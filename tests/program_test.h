@@ -1,0 +1,167 @@
+// The program below its user interface, on the in-process platform, against an interface module
+// that carries out requests with the practice simulator's reading of the protocol.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "engine/program_state.h"
+#include "link/sim_link.h"
+#include "model/catalogue.h"
+#include "model/engine_state.h"
+#include "model/failure_list.h"
+#include "model/main_window.h"
+#include "practice/offset_space.h"
+#include "platform/inprocess/inprocess.h"
+#include "platform/platform.h"
+#include "practice/request_block.h"
+
+namespace quirkmeter {
+
+namespace inprocess = platform::inprocess;
+
+/// What the rooms below asked of the main window.
+struct RecordingWindow final : MainWindow {
+    void RefreshSubsystems(bool skipRecomputation) override {
+        Refreshes.push_back(skipRecomputation);
+    }
+    void SetStatusCaption(const std::string& caption) override {
+        StatusCaption = caption;
+        ++StatusChanges;
+    }
+    void SetSubSystemsHeading(const std::string& heading) override { Heading = heading; }
+    void ShowSubsystemList(bool show) override { ListShown = show; }
+    void Unload() override { ++Unloads; }
+    void ShowMessage(const std::string& text, MessageIcon icon) override {
+        Messages.push_back((icon == MessageIcon::Warning ? "! " : "") + text);
+    }
+
+    std::vector<bool> Refreshes;  // the skip flags
+    std::string StatusCaption, Heading;
+    int StatusChanges = 0;
+    bool ListShown = true;
+    int Unloads = 0;
+    std::vector<std::string> Messages;
+};
+
+struct SimWriteRecord {
+    std::uint32_t Offset;
+    std::uint32_t Size;
+    std::uint64_t Value;  // of at most 8 bytes
+    bool operator==(const SimWriteRecord&) const = default;
+};
+
+inline void PrintTo(const SimWriteRecord& write, std::ostream* out) {
+    *out << std::hex << "{0x" << write.Offset << ", " << std::dec << write.Size << ", "
+         << write.Value << "}";
+}
+
+/// The simulator's end of the wire.
+class TestSimulator {
+   public:
+    explicit TestSimulator(const char* className = "UIPCMAIN") {
+        Space.SetValue(0x3304, 4, 0x19980005);
+        Space.SetValue(0x3308, 4, 0xFADE0007);
+        Space.SetValue(0x0AEC, 2, 4);
+        Message = platform::RegisterWindowMessageA("FSASMLIB:IPC");
+        Window = platform::OwnWindow(
+            className, "",
+            [this](std::uint32_t message, std::uintptr_t wParam, std::intptr_t) {
+                if (message != Message) return std::intptr_t{0};
+                return Handle ? std::intptr_t{Handle()} : Answer(wParam);
+            });
+    }
+    ~TestSimulator() { platform::DropWindow(Window); }
+    TestSimulator(const TestSimulator&) = delete;
+
+    std::vector<SimWriteRecord> TakeWrites() { return std::exchange(Writes, {}); }
+
+    practice::OffsetSpace Space;
+    std::vector<SimWriteRecord> Writes;
+    std::vector<std::byte> Block;  // as it arrived last
+    int Batches = 0;
+    std::intptr_t Reply = 1;
+    /// What a faulty module does to the answered block.
+    std::function<void(std::byte* block)> Spoil;
+    /// Answers in the place of all this.
+    std::function<int()> Handle;
+
+   private:
+    std::intptr_t Answer(std::uintptr_t wParam) {
+        ++Batches;
+        char name[256];
+        platform::GlobalGetAtomNameA(static_cast<std::uint16_t>(wParam), name, sizeof name);
+        auto mapping = platform::OpenFileMappingA(platform::FileMapWrite, false, name);
+        auto* block = static_cast<std::byte*>(
+            platform::MapViewOfFile(mapping, platform::FileMapWrite, 0, 0, 0));
+        Block.assign(block, block + platform::ViewSize(block));
+        practice::CarryOut(block, Block.size(), Space, [this](const practice::AppliedWrite& write) {
+            auto size = static_cast<std::uint32_t>(write.bytes.size());
+            Writes.push_back({write.offset, size, Space.Value(write.offset, std::min(size, 8u))});
+        });
+        if (Spoil) Spoil(block);
+        platform::UnmapViewOfFile(block);
+        platform::CloseHandle(mapping);
+        return Reply;
+    }
+
+    std::uint32_t Message;
+    platform::WindowHandle Window;
+};
+
+class ProgramTest : public testing::Test {
+   protected:
+    ProgramTest() {
+        inprocess::Reset();
+        ResetProgramState();
+        TheMainWindow = &Window;
+        std::string folder = std::filesystem::temp_directory_path() / "quirkmeter-test-XXXXXX";
+        Folder = ::mkdtemp(folder.data());
+        inprocess::SetProgramFolder(Folder.string());
+        BuildCatalogue();
+    }
+    ~ProgramTest() override {
+        ResetProgramState();
+        TheMainWindow = nullptr;
+        std::filesystem::remove_all(Folder);
+    }
+
+    void WriteFile(const std::string& name, std::string_view content) {
+        std::ofstream(Folder / name, std::ios::binary) << content;
+    }
+    std::string ReadFile(const std::string& name) {
+        std::ostringstream content;
+        content << std::ifstream(Folder / name, std::ios::binary).rdbuf();
+        return content.str();
+    }
+    /// The sound files, so that there is something to play.
+    void InstallSounds() {
+        for (const char* name : {"sound_ok.wav", "sound_warning.wav", "sound_failure.wav"})
+            WriteFile(name, "RIFF");
+    }
+
+    std::filesystem::path Folder;
+    RecordingWindow Window;
+};
+
+/// A test with the link open.
+class LinkedTest : public ProgramTest {
+   protected:
+    LinkedTest() {
+        std::int32_t result = 0;
+        EXPECT_TRUE(SimOpen(0, result));
+        Engine.Connected = true;
+        Simulator.Batches = 0;
+    }
+
+    TestSimulator Simulator;
+};
+
+}  // namespace quirkmeter

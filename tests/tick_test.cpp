@@ -1,0 +1,186 @@
+#include "engine/tick.h"
+
+#include "allocations.h"
+#include "engine/connection.h"
+#include "engine/failure_draw.h"
+#include "program_test.h"
+
+namespace quirkmeter {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class TickTest : public LinkedTest {
+   protected:
+    TickTest() {
+        InstallSounds();
+        Settings.DisplayFailures = true;
+        ComputeFailureRanges();
+        Fly();
+        inprocess::TakeSounds();
+    }
+    void Fly() { Simulator.Space.SetValue(0x0366, 2, 0); }
+    void StandOnGround() { Simulator.Space.SetValue(0x0366, 2, 1); }
+
+    std::string Tick() {
+        inprocess::AdvanceClock(1);
+        EngineTick();
+        return Window.StatusCaption;
+    }
+    void Ticks(int count) {
+        for (int i = 0; i < count; ++i) Tick();
+    }
+};
+
+TEST_F(TickTest, StatusLineSaysWhyItIsOnHold) {
+    EXPECT_EQ(Tick(), "Operational.  No failures.");
+    StandOnGround();
+    AddFailure(6, 9);
+    AddFailure(4, 1);
+    EXPECT_EQ(Tick(), "On hold (not airborne).  2 failures... Eng(Engine 1 (Fail)), Inst(Vacuum)");
+    Simulator.Space.SetValue(0x0264, 2, 0x0100);
+    Engine.Deactivated = true;
+    Settings.DisplayFailures = false;
+    EXPECT_EQ(Tick(), "On hold (sim paused)(not airborne)(deactivated).");
+    EXPECT_TRUE(Engine.SimPaused);
+    EXPECT_EQ(Engine.EngineCount, 4);
+}
+
+TEST_F(TickTest, TakesTwoMessagesAtMostAndOneMorePerLeak) {
+    Simulator.Batches = 0;
+    Tick();
+    EXPECT_EQ(Simulator.Batches, 1);
+    ForEachSubsystem([](int s, int n, const SubsystemEntry& entry) {
+        if (entry.Mode != FailureMode::Leak) AddFailure(s, n);
+    });
+    Simulator.Batches = 0;
+    Tick();
+    EXPECT_EQ(Simulator.Batches, 2);
+    Simulator.Space.SetValue(0x0B74, 4, 1 << 20);
+    AddFailure(5, 2);
+    Simulator.Batches = 0;
+    Tick();
+    EXPECT_EQ(Simulator.Batches, 3);
+}
+
+TEST_F(TickTest, DrawStepsComeEveryTenthOperatingTickCountedAcrossHolds) {
+    Catalogue[1][1].Reliability = "50";
+    ComputeFailureRanges();
+    Ticks(6);
+    Simulator.Space.SetValue(0x0264, 2, 1);
+    Ticks(20);
+    Simulator.Space.SetValue(0x0264, 2, 0);
+    Ticks(3);
+    EXPECT_EQ(Catalogue[1][1].Elapsed, 0);
+    Tick();
+    EXPECT_EQ(Catalogue[1][1].Elapsed, 1);
+    Ticks(10);
+    EXPECT_EQ(Catalogue[1][1].Elapsed, 2);
+}
+
+TEST_F(TickTest, DrawnFailureIsInForceWithinTheTick) {
+    Settings.PlayFailureSound = true;
+    Tick();
+    Window.Refreshes.clear();
+    for (auto [s, n] : {std::pair{6, 7}, std::pair{7, 1}}) {
+        Catalogue[s][n].Reliability = "0";
+        Catalogue[s][n].Hours = "0";
+        Catalogue[s][n].RangeHigh = 100001;
+        Catalogue[s][n].DrawAt = 1;
+    }
+    Ticks(8);
+    EXPECT_THAT(Simulator.TakeWrites(), IsEmpty());
+    Tick();
+    EXPECT_THAT(Simulator.TakeWrites(),
+                ElementsAre(SimWriteRecord{0x0B64, 1, 1}, SimWriteRecord{0x0B71, 1, 1}));
+    EXPECT_THAT(Window.Refreshes, ElementsAre(true));
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_failure.wav"));
+    EXPECT_EQ(Window.StatusCaption, "Operational.  2 failures... Radio(ADF), Inst(Pitot Static)");
+    Tick();
+    EXPECT_EQ(Simulator.TakeWrites().size(), 2u) << "and stays in force";
+    EXPECT_THAT(Window.Refreshes, ElementsAre(true)) << "but nothing is redrawn";
+}
+
+TEST_F(TickTest, FailureSoundNeedsARiseAndTheSetting) {
+    AddFailure(6, 1);
+    Tick();
+    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "switched off";
+    Settings.PlayFailureSound = true;
+    AddFailure(5, 2);  // an empty tank: it ends in this tick
+    RemoveFailureRow(1);
+    Window.Refreshes.clear();
+    Tick();
+    EXPECT_EQ(FailureCount, 0);
+    EXPECT_THAT(Window.Refreshes, ElementsAre(true));
+    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
+}
+
+TEST_F(TickTest, LostLinkClearsFailuresAndComesBackByItself) {
+    AddFailure(6, 1);
+    AddFailure(2, 6);
+    Tick();
+    Simulator.Reply = 0;
+    inprocess::TakeSounds();
+    EXPECT_EQ(Tick(), "FSUIPC - No connection to Flight Simulator.");
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav"));
+    EXPECT_EQ(FailureCount, 0);
+    EXPECT_TRUE(Engine.Airborne) << "the last reading stands";
+
+    Tick();
+    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "retries are silent";
+    Simulator.Reply = 1;
+    EXPECT_EQ(Tick(), "Connected");
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));
+    EXPECT_EQ(Tick(), "Operational.  No failures.");
+
+    SimClose();  // the first read cannot even be queued
+    EXPECT_EQ(Tick(), "FSUIPC - No connection to Flight Simulator.");
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav"));
+}
+
+TEST_F(TickTest, ConnectingIsLoudAtStartOnlyAndIdleWhenConnected) {
+    ConnectToSimulator(false);
+    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
+    Engine.Connected = false;
+    Simulator.Space.SetValue(0x3308, 4, 1);
+    ConnectToSimulator(true);
+    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
+    ConnectToSimulator(false);
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav"));
+    EXPECT_EQ(Engine.StatusText, "FSUIPC - No connection to Flight Simulator.");
+    Simulator.Space.SetValue(0x3308, 4, 0xFADE0000);
+    ConnectToSimulator(true);
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));
+    EXPECT_EQ(Engine.StatusText, "Connected");
+}
+
+TEST_F(TickTest, NeedsNoMemory) {
+    Settings.DisplayUpdate = true;
+    ForEachSubsystem([](int, int, SubsystemEntry& entry) {
+        entry.Reliability = "99.999";
+        entry.Hours = "0.1";
+    });
+    ComputeFailureRanges();
+    for (auto [s, n] : {std::pair{1, 1}, {2, 1}, {4, 1}, {6, 1}, {7, 1}, {5, 2}}) AddFailure(s, n);
+    Simulator.Space.SetValue(0x0B74, 4, 1 << 30);
+    // Answers that need no memory themselves.
+    Simulator.Handle = [this] {
+        return practice::CarryOut(SimLink.View, BlockSize, Simulator.Space,
+                                  [](const practice::AppliedWrite&) {})
+                   ? 1
+                   : 0;
+    };
+    Ticks(20);
+    ASSERT_EQ(FailureCount, 6);
+    std::size_t before = Allocations();
+    for (int i = 0; i < 40; ++i) {
+        Simulator.Space.SetValue(0x0264, 2, i / 15 % 2);  // the line changes now and then
+        EngineTick();
+    }
+    EXPECT_EQ(Allocations() - before, 0u);
+    EXPECT_EQ(FailureCount, 6);
+}
+
+}  // namespace
+}  // namespace quirkmeter

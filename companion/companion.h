@@ -1,5 +1,5 @@
-// The Hardcore Mode companion: the window that Quirkmeter looks for, kept for as long as the program
-// runs, and the second start that saves the user a double-click.
+// The Hardcore Mode companion: the window that Quirkmeter looks for, kept for as long as the
+// program runs, and the second start that saves the user a double-click.
 #pragma once
 
 #include "platform/platform.h"

@@ -25,15 +25,18 @@ class CompanionFrame final : public wxFrame {
 class CompanionApp final : public wxApp {
    public:
     // The parameter that Quirkmeter passes means nothing.
-    bool OnInit() override {
+    bool OnInit() override { return true; }
+
+    // Not in OnInit, where ending at once would be an error.
+    int OnRun() override {
         auto* window = new CompanionFrame;
         if (!window->Start()) {
             window->Destroy();
-            return false;
+            return 0;
         }
         window->Iconize();
         window->Show();
-        return true;
+        return wxApp::OnRun();
     }
 };
 

@@ -16,12 +16,13 @@ namespace {
 
 constexpr const char* Usage =
     "usage: practice-simulator [OPTION]...\n"
-    "  --headless               no window: print what happens, take commands line by line\n"
+    "  --headless               no window: take commands line by line\n"
     "  --class NAME             class of the interface window: UIPCMAIN (default) or FS98MAIN\n"
     "  --takeoff-after SECONDS  take off by itself then (default 5)\n"
     "  --script FILE            follow the lines \"SECONDS COMMAND\" instead\n"
     "  --misbehave KIND         none (default), silent, late, wrong, drop or old\n"
     "  --duration SECONDS       end by itself\n"
+    "It prints what happens, and every write that a client makes.\n"
     "commands: takeoff, land, pause, resume, gear up|down, flaps up|down, engines 0..4,\n"
     "          fuel TANK PERCENT, misbehave KIND, quit\n";
 
@@ -102,8 +103,8 @@ int Run(const Options& options) {
         script->insert(script->begin(), {0, command});
     }
 
-    const auto simulator = std::make_shared<Simulator>(
-        std::move(*script), options.duration, options.headless ? PrintLine : LinePrinter());
+    const auto simulator =
+        std::make_shared<Simulator>(std::move(*script), options.duration, PrintLine);
     running = simulator.get();
     std::signal(SIGINT, EndRunning);
     std::signal(SIGTERM, EndRunning);

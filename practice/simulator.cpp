@@ -55,11 +55,11 @@ Misbehaviour Simulator::CurrentMisbehaviour() {
 }
 
 void Simulator::PrintEvent(double time, const std::string& event) {
-    if (print_) print_(EventLine(time, event));
+    print_(EventLine(time, event));
 }
 
 void Simulator::PrintWrite(const AppliedWrite& write) {
-    if (print_) print_(WriteLine(flight_.Now(), write));
+    print_(WriteLine(flight_.Now(), write));
 }
 
 }  // namespace quirkmeter::practice

@@ -13,7 +13,7 @@
 
 namespace quirkmeter::practice {
 
-/// Takes the lines that are printed, one at a time; empty when nothing is printed.
+/// Takes the lines that are printed, one at a time.
 using LinePrinter = std::function<void(const std::string& line)>;
 
 class Simulator {

@@ -56,7 +56,8 @@ TEST_F(ActuationTest, DisconnectionsShareOneByte) {
     Fail("Elevator");
     Fail("Rudder");
     Maintain();
-    EXPECT_THAT(Maintain(), ElementsAre(SimWriteRecord{0x310A, 1, 5}, SimWriteRecord{0x310A, 1, 5}));
+    EXPECT_THAT(Maintain(),
+                ElementsAre(SimWriteRecord{0x310A, 1, 5}, SimWriteRecord{0x310A, 1, 5}));
     Clear("Elevator");
     EXPECT_THAT(Simulator.TakeWrites(), IsEmpty());
     EXPECT_THAT(Maintain(), ElementsAre(SimWriteRecord{0x310A, 1, 4}));
@@ -81,7 +82,8 @@ TEST_F(ActuationTest, ClearedFlagIsWrittenAtOnceAndSharedEngineByteComesBack) {
 TEST_F(ActuationTest, StallIsWrittenOnceAndEndsByItself) {
     Fail("Battery");
     Fail("Engine 1 (Stall)");
-    EXPECT_THAT(Maintain(), ElementsAre(SimWriteRecord{0x0890, 2, 0}, SimWriteRecord{0x3102, 1, 0}));
+    EXPECT_THAT(Maintain(),
+                ElementsAre(SimWriteRecord{0x0890, 2, 0}, SimWriteRecord{0x3102, 1, 0}));
     EXPECT_EQ(FailureList[2].Counter, 30);
     for (int tick = 1; tick <= 29; ++tick) EXPECT_EQ(Maintain().size(), 1u);
     EXPECT_EQ(FailureList[2].Counter, 1);
@@ -102,7 +104,8 @@ TEST_F(ActuationTest, LeakDrainsItsTankFromTheNextTickOn) {
     Fail("Tank Left (Leak)");
     Fail("Battery");
     EXPECT_THAT(Maintain(), ElementsAre(SimWriteRecord{0x3102, 1, 0}));
-    EXPECT_EQ(Simulator.Batches, 1) << "the switch travels with the leak's read, nothing is left over";
+    EXPECT_EQ(Simulator.Batches, 1)
+        << "the switch travels with the leak's read, nothing is left over";
     std::int32_t amount = FailureList[1].Counter;
     EXPECT_THAT(amount, testing::AllOf(testing::Ge(5000), testing::Le(10000)));
 

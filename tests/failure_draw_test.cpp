@@ -66,8 +66,8 @@ TEST_F(RandomTest, AnotherRunAtTheSameTimeOfDayDiffersOnceItsPastDiffers) {
 }
 
 TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliability) {
-    const std::pair<const char*, int> widths[] = {
-        {"100", 0}, {"99.999", 1}, {"99", 1000}, {"90", 10000}, {"50", 50000}, {"0", 100000}};
+    const std::pair<const char*, int> widths[] = {{"100", 0},    {"99.999", 1}, {"99", 1000},
+                                                  {"90", 10000}, {"50", 50000}, {"0", 100000}};
     for (auto [reliability, width] : widths) {
         SetAll(reliability, "1");
         ForEachSubsystem([&](int, int, const SubsystemEntry& entry) {

@@ -13,10 +13,18 @@ using testing::IsEmpty;
 using NumberTextTest = ProgramTest;
 
 TEST_F(NumberTextTest, WritesSinglePrecisionInSevenDigits) {
-    const std::pair<float, const char*> texts[] = {
-        {100.0f, "100"},    {99.999f, "99.999"},     {0.5f, "0.5"},     {0.0f, "0"},
-        {-0.0f, "0"},       {0.001f, "0.001"},       {50.25f, "50.25"}, {999.0f, "999"},
-        {33.33333f, "33.33333"}, {12.34567891f, "12.34568"}, {0.00001f, "0.00001"}, {1.5e-10f, "0.00000000015"}};
+    const std::pair<float, const char*> texts[] = {{100.0f, "100"},
+                                                   {99.999f, "99.999"},
+                                                   {0.5f, "0.5"},
+                                                   {0.0f, "0"},
+                                                   {-0.0f, "0"},
+                                                   {0.001f, "0.001"},
+                                                   {50.25f, "50.25"},
+                                                   {999.0f, "999"},
+                                                   {33.33333f, "33.33333"},
+                                                   {12.34567891f, "12.34568"},
+                                                   {0.00001f, "0.00001"},
+                                                   {1.5e-10f, "0.00000000015"}};
     for (auto [value, text] : texts) EXPECT_EQ(NumberText(value), text);
     inprocess::SetDecimalSeparator(',');
     EXPECT_EQ(NumberText(99.999f), "99,999");
@@ -24,7 +32,7 @@ TEST_F(NumberTextTest, WritesSinglePrecisionInSevenDigits) {
 
 TEST_F(NumberTextTest, ReadsNumbersAndNothingElse) {
     const std::pair<const char*, double> numbers[] = {
-        {"100", 100}, {" 99.50 ", 99.5}, {"099.5", 99.5}, {"-0", 0},   {"+5", 5},
+        {"100", 100}, {" 99.50 ", 99.5}, {"099.5", 99.5}, {"-0", 0},    {"+5", 5},
         {".5", 0.5},  {"5.", 5},         {"1e1", 10},     {"1E-1", 0.1}};
     for (auto [text, value] : numbers) EXPECT_EQ(ReadNumber(text), value) << text;
     for (const char* text : {"", " ", ".", "nan", "inf", "0x10", "1e99", "1e", "1 2", "--1", "+-1",
@@ -100,8 +108,9 @@ TEST_F(SettingsFileTest, OddLinesChangeNothing) {
                    "displayupdate=YES\r\nDISPLAYUPDATE\r\n=\r\nFOO=1\r\n\r\nSTATUS_HK=8x\r\n"
                    "STATUS_HK=\r\nCLEAR_HK=99999999999\r\nACTIVE_HK= 5\r\n"),
               SettingsRecord{});
-    SettingsRecord read = Read("DISPLAYFAILURES=YES\rDISPLAYFAILURES=NO\nSTATUS_HK=1\r\n"
-                               "STATUS_HK=2\r\nCLEAR_HKCS=3\r\nLASTPROFILE=a\r\nLASTPROFILE= b ");
+    SettingsRecord read = Read(
+        "DISPLAYFAILURES=YES\rDISPLAYFAILURES=NO\nSTATUS_HK=1\r\n"
+        "STATUS_HK=2\r\nCLEAR_HKCS=3\r\nLASTPROFILE=a\r\nLASTPROFILE= b ");
     EXPECT_TRUE(read.DisplayFailures);
     EXPECT_EQ(read.StatusHotkey, 2);
     EXPECT_EQ(read.ClearHotkeyMods, 3);
@@ -109,13 +118,14 @@ TEST_F(SettingsFileTest, OddLinesChangeNothing) {
 }
 
 TEST_F(SettingsFileTest, HostileFilesGiveWhatCouldBeRead) {
-    EXPECT_TRUE(Read("DISPLAYUPDATE=YES\r\n" + std::string(100'000'000, 'x') +
-                     "\r\nSTATUS_HK=65\r\n")
-                    .DisplayUpdate);
+    EXPECT_TRUE(
+        Read("DISPLAYUPDATE=YES\r\n" + std::string(100'000'000, 'x') + "\r\nSTATUS_HK=65\r\n")
+            .DisplayUpdate);
     EXPECT_EQ(Settings.StatusHotkey, 65);
     std::string random;
     std::uint32_t seed = 1;
-    for (int i = 0; i < 1'000'000; ++i) random.push_back(static_cast<char>((seed = seed * 1664525 + 1013904223) >> 24));
+    for (int i = 0; i < 1'000'000; ++i)
+        random.push_back(static_cast<char>((seed = seed * 1664525 + 1013904223) >> 24));
     Read(random);
 
     std::filesystem::remove(Folder / "Quirkmeter.ini");
@@ -180,8 +190,9 @@ TEST_F(ProfileTest, SavedProfileComesBackExactly) {
 }
 
 TEST_F(ProfileTest, TolerantWhereItMayBe) {
-    EXPECT_TRUE(Read("1#1#150#2\r\n1#2#50#5000\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
-                     "9#1#500#5000\r\n8#15#50#1\r\n1#1#-0#2"));
+    EXPECT_TRUE(
+        Read("1#1#150#2\r\n1#2#50#5000\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
+             "9#1#500#5000\r\n8#15#50#1\r\n1#1#-0#2"));
     EXPECT_EQ(Texts(1, 1), Pair("0", "2"));
     EXPECT_EQ(Texts(1, 2), Pair("50", "1"));
     EXPECT_EQ(Texts(2, 3), Pair("99.5", "1"));
@@ -191,9 +202,10 @@ TEST_F(ProfileTest, TolerantWhereItMayBe) {
 }
 
 TEST_F(ProfileTest, BadLineEndsTheReadingAndForgetsTheFile) {
-    const std::string bad[] = {"1#1#99.5", "", "9#1#50#1", "1#16#50#1", "0#1#50#500000",
-                               "1#1#nan#1", "1#1#1e99#1", "1#1#0x10#1", "1#1##1", "1#1#5#1#2",
-                               "1e30#1#5#1", std::string("1#1#5\0#1", 8)};
+    const std::string bad[] = {
+        "1#1#99.5",      "",          "9#1#50#1",   "1#16#50#1",
+        "0#1#50#500000", "1#1#nan#1", "1#1#1e99#1", "1#1#0x10#1",
+        "1#1##1",        "1#1#5#1#2", "1e30#1#5#1", std::string("1#1#5\0#1", 8)};
     for (const std::string& line : bad) {
         BuildCatalogue();
         EXPECT_FALSE(Read("1#2#50#2\r\n" + line + "\r\n1#3#50#2\r\n")) << line;

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "process.h"
 
 // Last, because Xlib makes macros of names that the test library uses.
 // clang-format off
@@ -36,72 +37,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-// A second process, which ends with this object.
-class Process {
-   public:
-    explicit Process(std::vector<std::string> command) {
-        int ends[2];
-        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        pid_ = fork();
-        if (pid_ == 0) {
-            std::vector<char*> arguments;
-            for (std::string& part : command) arguments.push_back(part.data());
-            arguments.push_back(nullptr);
-            dup2(ends[1], STDOUT_FILENO);
-            execvp(arguments[0], arguments.data());
-            _exit(127);
-        }
-        close(ends[1]);
-        output_ = fdopen(ends[0], "r");
-    }
-    Process(Process&&) = delete;
-    ~Process() {
-        Kill();
-        std::fclose(output_);
-    }
-
-    std::string Line() {
-        std::string line;
-        for (int c; (c = std::fgetc(output_)) != EOF && c != '\n';) line += static_cast<char>(c);
-        return line;
-    }
-    int Number() { return std::stoi(Line()); }
-    void Signal(int signal) const { kill(pid_, signal); }
-    void Kill() {
-        if (pid_ > 0) {
-            Signal(SIGKILL);
-            waitpid(pid_, nullptr, 0);
-            pid_ = -1;
-        }
-    }
-
-   private:
-    pid_t pid_;
-    std::FILE* output_;
-};
-
 template <typename... Texts>
 std::vector<std::string> Peer(Texts... arguments) {
     return {ProgramFile("\\linux_layer_peer"), arguments...};
-}
-
-std::string Content(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void Write(const fs::path& path, std::string_view content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-template <typename Condition>
-bool Becomes(Condition condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        Sleep(1);
-    }
-    return true;
 }
 
 int OpenDescriptors() {

@@ -18,9 +18,9 @@
 #include "model/engine_state.h"
 #include "model/failure_list.h"
 #include "model/main_window.h"
-#include "practice/offset_space.h"
 #include "platform/inprocess/inprocess.h"
 #include "platform/platform.h"
+#include "practice/offset_space.h"
 #include "practice/request_block.h"
 
 namespace quirkmeter {
@@ -72,8 +72,7 @@ class TestSimulator {
         Space.SetValue(0x0AEC, 2, 4);
         Message = platform::RegisterWindowMessageA("FSASMLIB:IPC");
         Window = platform::OwnWindow(
-            className, "",
-            [this](std::uint32_t message, std::uintptr_t wParam, std::intptr_t) {
+            className, "", [this](std::uint32_t message, std::uintptr_t wParam, std::intptr_t) {
                 if (message != Message) return std::intptr_t{0};
                 return Handle ? std::intptr_t{Handle()} : Answer(wParam);
             });

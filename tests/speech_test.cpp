@@ -2,11 +2,11 @@
 #include <cstring>
 
 #include "engine/hotkeys.h"
+#include "engine/tick.h"
 #include "hardcore/companion.h"
 #include "link/actuation.h"
 #include "link/sounds.h"
 #include "link/status.h"
-#include "engine/tick.h"
 #include "program_test.h"
 
 namespace quirkmeter {
@@ -88,8 +88,8 @@ TEST_F(SpeechTest, MissingSoundIsSkipped) {
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav"));
 }
 
-// A hotkey fires on exactly its combination; a modifier that does not belong must not even have been
-// tapped.
+// A hotkey fires on exactly its combination; a modifier that does not belong must not even have
+// been tapped.
 TEST_F(SpeechTest, HotkeyMatchesItsModifiersExactly) {
     constexpr std::int16_t Up = 0, Tapped = 1, Down = -32768;
     Settings.ActiveHotkey = 'A';
@@ -141,9 +141,8 @@ class HardcoreTest : public SpeechTest {
    protected:
     HardcoreTest() { Settings.HardcoreActive = true; }
     void StartCompanion() {
-        Companion = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", [](auto, auto, auto) {
-            return std::intptr_t{0};
-        });
+        Companion = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
+                                        [](auto, auto, auto) { return std::intptr_t{0}; });
     }
     platform::WindowHandle Companion = 0;
 };
@@ -154,8 +153,7 @@ TEST_F(HardcoreTest, CompanionIsStartedOnceOrThePilotIsTold) {
     EXPECT_THAT(inprocess::TakeShellRuns(), IsEmpty());
     platform::DropWindow(Companion);
     EXPECT_FALSE(StartHardcoreCompanion());
-    EXPECT_THAT(Window.Messages,
-                ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
+    EXPECT_THAT(Window.Messages, ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
     inprocess::TakeShellRuns();
     WriteFile("fsqmhc.exe", "");
     EXPECT_FALSE(StartHardcoreCompanion());
@@ -179,7 +177,8 @@ TEST_F(HardcoreTest, AirborneTheListIsHiddenAndTheCompanionLookedFor) {
     ToggleActive();
     EXPECT_FALSE(Engine.Deactivated);
 
-    // A lost link leaves the lock, the hidden list and the failures; nobody looks for the companion.
+    // A lost link leaves the lock, the hidden list and the failures; nobody looks for the
+    // companion.
     Simulator.Reply = 0;
     platform::DropWindow(Companion);
     EngineTick();

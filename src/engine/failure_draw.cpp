@@ -41,8 +41,8 @@ void ComputeFailureRange(SubsystemEntry& entry) {
     auto low = static_cast<std::int32_t>(std::floor(50000.5 - h));
     auto high = static_cast<std::int32_t>(std::floor(h + 50000.5));
     // Where in the draw's range the failure range lies is chance too; its width is not.
-    std::int32_t shift = RandomInRange(2, 1) == 1 ? -RandomInRange(low, 0)
-                                                  : RandomInRange(DrawMax - high, 0);
+    std::int32_t shift =
+        RandomInRange(2, 1) == 1 ? -RandomInRange(low, 0) : RandomInRange(DrawMax - high, 0);
     entry.RangeLow = low + shift;
     entry.RangeHigh = high + shift;
     entry.DrawAt = RandomDrawAt(Hours(entry));

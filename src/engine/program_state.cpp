@@ -16,7 +16,8 @@ void ResetProgramState() {
     SimClose();
     SimInit();
     ModuleVersion = SimVersion = 0;
-    for (auto& system : Catalogue) std::fill(std::begin(system), std::end(system), SubsystemEntry{});
+    for (auto& system : Catalogue)
+        std::fill(std::begin(system), std::end(system), SubsystemEntry{});
     std::fill(std::begin(SystemNames), std::end(SystemNames), std::string_view{});
     std::fill(std::begin(FailureList), std::end(FailureList), FailureRow{});
     FailureCount = LastFailureCount = 0;

@@ -1,4 +1,5 @@
-// The companion process without which Hardcore Mode does not run, and the price of leaving a flight.
+// The companion process without which Hardcore Mode does not run, and the price of leaving a
+// flight.
 #pragma once
 
 namespace quirkmeter {

@@ -195,12 +195,11 @@ bool SimOpen(std::int32_t version, std::int32_t& result) {
     SimLink.Atom = static_cast<std::int16_t>(GlobalAddAtomA(name.data()));
     if (SimLink.Atom == 0) return FailClosed(result, SimNoAtom);
 
-    SimLink.Mapping = CreateFileMappingA(InvalidFileHandle, nullptr, PageReadWrite, 0, BlockSize,
-                                         name.data());
+    SimLink.Mapping =
+        CreateFileMappingA(InvalidFileHandle, nullptr, PageReadWrite, 0, BlockSize, name.data());
     if (GetLastError() == ErrorAlreadyExists) return FailClosed(result, SimMappingExists);
 
-    SimLink.View =
-        static_cast<std::byte*>(MapViewOfFile(SimLink.Mapping, FileMapWrite, 0, 0, 0));
+    SimLink.View = static_cast<std::byte*>(MapViewOfFile(SimLink.Mapping, FileMapWrite, 0, 0, 0));
     if (!SimLink.View) return FailClosed(result, SimNoView);
     EmptyQueue();
 

@@ -55,7 +55,8 @@ inline constexpr std::string_view SystemTitles[] = {
 void BuildCatalogue();
 
 /// Walks every named entry in scan order: systems from 1 until one without a first sub-system, and
-/// in each its sub-systems from 1 until the first without a name. `visit(system, subsystem, entry)`.
+/// in each its sub-systems from 1 until the first without a name. `visit(system, subsystem,
+/// entry)`.
 template <typename Visit>
 void ForEachSubsystem(Visit visit) {
     for (int s = 1; s <= SystemSlots && !Catalogue[s][1].Name.empty(); ++s)

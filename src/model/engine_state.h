@@ -22,8 +22,10 @@ struct EngineState {
 
 inline EngineState Engine;
 
-/// Hardcore Mode in flight: whatever would avoid or undo failures is refused, without a message or a
-/// sound.
-inline bool HardcoreLock() { return Settings.HardcoreActive && Engine.Airborne; }
+/// Hardcore Mode in flight: whatever would avoid or undo failures is refused, without a message or
+/// a sound.
+inline bool HardcoreLock() {
+    return Settings.HardcoreActive && Engine.Airborne;
+}
 
 }  // namespace quirkmeter

@@ -11,8 +11,12 @@ namespace quirkmeter {
 inline constexpr std::int32_t ModifierCtrl = 1;
 inline constexpr std::int32_t ModifierShift = 2;
 
-inline bool WithCtrl(std::int32_t mods) { return mods == 1 || mods == 3; }
-inline bool WithShift(std::int32_t mods) { return mods == 2 || mods == 3; }
+inline bool WithCtrl(std::int32_t mods) {
+    return mods == 1 || mods == 3;
+}
+inline bool WithShift(std::int32_t mods) {
+    return mods == 2 || mods == 3;
+}
 
 struct SettingsRecord {
     std::string LastProfile;        // full path; empty: none

@@ -69,8 +69,8 @@ bool ApplyFile(const std::string& path) {
 }
 
 void ShowProfileName() {
-    TheMainWindow->SetSubSystemsHeading("Sub-systems (" +
-                                        platform::FileName(Settings.LastProfile) + ")");
+    TheMainWindow->SetSubSystemsHeading("Sub-systems (" + platform::FileName(Settings.LastProfile) +
+                                        ")");
 }
 
 }  // namespace

@@ -17,7 +17,8 @@
 #include <string>
 #include <string_view>
 
-// windows.h, which a widget set may have included before, makes macros of these two.
+// windows.h, which a widget set may have included before, makes macros of these.
+#undef ReplaceFile
 #undef RtlMoveMemory
 #undef RtlZeroMemory
 
@@ -134,8 +135,9 @@ std::intptr_t ShellExecuteA(WindowHandle owner, const char* operation, const cha
 
 // --- The program and its folder ---------------------------------------------------------------
 
-/// Claims the single instance of a program of that name. True for the first process that asks, until
-/// it ends; false while such a process of the same user runs. A process claims one name at most.
+/// Claims the single instance of a program of that name. True for the first process that asks,
+/// until it ends; false while such a process of the same user runs. A process claims one name at
+/// most.
 bool ClaimSingleInstance(const char* program);
 /// True while a process of the user that claimed that name runs.
 bool InstanceRuns(const char* program);

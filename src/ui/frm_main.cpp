@@ -97,8 +97,8 @@ void frmMain::CreateControls() {
 
     auto heading = [this](const char* text, int left, int top, int width) {
         wxRect place = look::Twips(panel_, left, top, width, 240);
-        auto* label = new wxStaticText(panel_, wxID_ANY, text, place.GetPosition(),
-                                       place.GetSize(), wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
+        auto* label = new wxStaticText(panel_, wxID_ANY, text, place.GetPosition(), place.GetSize(),
+                                       wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
         label->SetForegroundColour(look::White);
         return label;
     };
@@ -346,8 +346,10 @@ void frmMain::OnSetSystemRel() {
 
 bool frmMain::ChooseProfile(long style) {
     wxFileName last(cdlDialogPath_);
-    wxFileDialog cdlDialog(this, wxFileSelectorPromptStr, last.GetPath(), last.GetFullName(),
+    wxFileDialog cdlDialog(this, wxFileSelectorPromptStr, last.GetPath(), wxEmptyString,
                            ProfileFilter, style);
+    // A name given before the filter would get the filter's extension.
+    if (last.HasName()) cdlDialog.SetFilename(last.GetFullName());
     if (cdlDialog.ShowModal() != wxID_OK) return false;
     cdlDialogPath_ = cdlDialog.GetPath();
     Settings.LastProfile = look::Stored(cdlDialogPath_);
@@ -365,8 +367,8 @@ void frmMain::OnOpen() {
 
 void frmMain::OnOptions() {
     frmOptions dialog(this);
-    dialog.SetVersion(wxString::Format("FSQM Version %d.%d", QUIRKMETER_VERSION_MAJOR,
-                                       QUIRKMETER_VERSION_MINOR));
+    dialog.SetVersion(
+        wxString::Format("FSQM Version %d.%d", QUIRKMETER_VERSION_MAJOR, QUIRKMETER_VERSION_MINOR));
     dialog.ShowModal();
 }
 

@@ -82,24 +82,18 @@ void frmReliability::CreateControls(bool single) {
 
     auto list = [this](const wxArrayString& entries, int left) {
         wxRect place = look::Twips(this, left, 240, 855, 345);
-        auto* control = new wxOwnerDrawnComboBox(this, wxID_ANY, wxEmptyString,
-                                                 place.GetPosition(), place.GetSize(), entries,
-                                                 wxCB_READONLY);
-        control->SetFont(look::Bold());
-        look::PaintGreen(control);
-        return control;
+        return new PickList(this, entries, place.GetPosition(), place.GetSize());
     };
     auto label = [this](const char* text, int left, int top, int width, int height) {
         wxRect place = look::Twips(this, left, top, width, height);
-        auto* control = new wxStaticText(this, wxID_ANY, text, place.GetPosition(),
-                                         place.GetSize(), wxST_NO_AUTORESIZE);
+        auto* control = new wxStaticText(this, wxID_ANY, text, place.GetPosition(), place.GetSize(),
+                                         wxST_NO_AUTORESIZE);
         control->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_HIGHLIGHTTEXT));
         return control;
     };
     auto button = [this](wxWindowID id, const char* caption, int left, int top) {
         wxRect place = look::Twips(this, left, top, 2535, 375);
-        return new wxButton(this, id, caption, place.GetPosition(), place.GetSize(),
-                            wxBU_EXACTFIT);
+        return new wxButton(this, id, caption, place.GetPosition(), place.GetSize(), wxBU_EXACTFIT);
     };
 
     cboRelLeft = list(PercentEntries(), 120);
@@ -137,8 +131,7 @@ void frmReliability::OnRelRight() {
 }
 
 void frmReliability::OnAccept() {
-    edit_.EditReliability =
-        Read(cboRelLeft->GetValue() + "." + cboRelRight->GetValue());
+    edit_.EditReliability = Read(cboRelLeft->GetValue() + "." + cboRelRight->GetValue());
     edit_.EditHours = Read(cboHours->GetValue());
     edit_.EditAccepted = true;
     EndModal(wxID_OK);

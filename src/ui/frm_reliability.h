@@ -4,7 +4,8 @@
 
 #include <wx/button.h>
 #include <wx/dialog.h>
-#include <wx/odcombo.h>
+
+#include "ui/pick_list.h"
 
 namespace quirkmeter {
 
@@ -23,9 +24,9 @@ class frmReliability final : public wxDialog {
     /// `single`: for one sub-system, with the buttons that test and clear a failure.
     frmReliability(wxWindow* parent, const wxString& caption, bool single, ReliabilityEdit& edit);
 
-    wxOwnerDrawnComboBox* cboRelLeft;
-    wxOwnerDrawnComboBox* cboRelRight;
-    wxOwnerDrawnComboBox* cboHours;
+    PickList* cboRelLeft;
+    PickList* cboRelRight;
+    PickList* cboHours;
     wxButton* cmdAccept;
     wxButton* cmdCancel;
     wxButton* cmdTest;

@@ -21,7 +21,7 @@ wxArrayString KeyEntries() {
     return entries;
 }
 
-void ShowHotkey(std::int32_t key, std::int32_t mods, wxOwnerDrawnComboBox* list, wxCheckBox* ctrl,
+void ShowHotkey(std::int32_t key, std::int32_t mods, PickList* list, wxCheckBox* ctrl,
                 wxCheckBox* shift) {
     // A code from an edited file that no entry stands for leaves the list without a selection.
     list->SetStringSelection(key == 0 ? wxString(NoKey) : wxString(wxUniChar(key)));
@@ -29,7 +29,7 @@ void ShowHotkey(std::int32_t key, std::int32_t mods, wxOwnerDrawnComboBox* list,
     shift->SetValue(WithShift(mods));
 }
 
-void StoreHotkey(const wxOwnerDrawnComboBox* list, const wxCheckBox* ctrl, const wxCheckBox* shift,
+void StoreHotkey(const PickList* list, const wxCheckBox* ctrl, const wxCheckBox* shift,
                  std::int32_t& key, std::int32_t& mods) {
     wxString text = list->GetValue();
     if (text.empty() || text == NoKey) return;
@@ -91,16 +91,13 @@ wxCheckBox* frmSettings::AddSwitch(wxSizer* column, const char* caption) {
     return box;
 }
 
-void frmSettings::AddHotkey(wxSizer* column, const char* title, wxOwnerDrawnComboBox*& list,
-                            wxCheckBox*& ctrl, wxCheckBox*& shift) {
+void frmSettings::AddHotkey(wxSizer* column, const char* title, PickList*& list, wxCheckBox*& ctrl,
+                            wxCheckBox*& shift) {
     auto* label = new wxStaticText(this, wxID_ANY, title);
     label->SetForegroundColour(look::Yellow);
     column->Add(label, wxSizerFlags().Border(wxTOP, FromDIP(8)));
 
-    list = new wxOwnerDrawnComboBox(this, wxID_ANY, wxEmptyString, wxDefaultPosition,
-                                    FromDIP(wxSize(90, -1)), KeyEntries(), wxCB_READONLY);
-    list->SetFont(look::Bold());
-    look::PaintGreen(list);
+    list = new PickList(this, KeyEntries(), wxDefaultPosition, FromDIP(wxSize(90, -1)));
     auto* row = new wxBoxSizer(wxHORIZONTAL);
     auto middle = wxSizerFlags().CenterVertical().Border(wxRIGHT, FromDIP(12));
     row->Add(list, middle);

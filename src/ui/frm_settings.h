@@ -4,9 +4,9 @@
 #include <wx/button.h>
 #include <wx/checkbox.h>
 #include <wx/dialog.h>
-#include <wx/odcombo.h>
 
 #include "model/settings.h"
+#include "ui/pick_list.h"
 
 class wxSizer;
 
@@ -20,13 +20,13 @@ class frmSettings final : public wxDialog {
     wxCheckBox* chkDisplayFailures;
     wxCheckBox* chkPlayFailureSound;
     wxCheckBox* chkHardcoreMode;
-    wxOwnerDrawnComboBox* cboStatus;
+    PickList* cboStatus;
     wxCheckBox* chkStatusCTRL;
     wxCheckBox* chkStatusSHIFT;
-    wxOwnerDrawnComboBox* cboClear;
+    PickList* cboClear;
     wxCheckBox* chkClearCTRL;
     wxCheckBox* chkClearSHIFT;
-    wxOwnerDrawnComboBox* cboActive;
+    PickList* cboActive;
     wxCheckBox* ChkActiveCTRL;
     wxCheckBox* chkActiveSHIFT;
     wxButton* cmdOK;
@@ -35,8 +35,8 @@ class frmSettings final : public wxDialog {
    private:
     void CreateControls();
     wxCheckBox* AddSwitch(wxSizer* column, const char* caption);
-    void AddHotkey(wxSizer* column, const char* title, wxOwnerDrawnComboBox*& list,
-                   wxCheckBox*& ctrl, wxCheckBox*& shift);
+    void AddHotkey(wxSizer* column, const char* title, PickList*& list, wxCheckBox*& ctrl,
+                   wxCheckBox*& shift);
     void OnOK();
     void ChangeHardcoreMode();
 };

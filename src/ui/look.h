@@ -23,7 +23,7 @@ inline const wxColour Yellow(255, 255, 0);
 wxSize Twips(const wxWindow* window, int width, int height);
 wxRect Twips(const wxWindow* window, int left, int top, int width, int height);
 
-wxFont Text();   // the size of nearly everything
+wxFont Text();  // the size of nearly everything
 wxFont Bold();
 wxFont Large();  // bold, for what must be seen first
 wxFont Black();  // the two signs beside the pick lists

@@ -76,9 +76,8 @@ bool Fails(std::string_view function) {
 }
 
 bool SameName(std::string_view a, std::string_view b) {
-    return std::ranges::equal(a, b, [](unsigned char x, unsigned char y) {
-        return std::tolower(x) == std::tolower(y);
-    });
+    return std::ranges::equal(
+        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
 }
 
 std::shared_ptr<Memory> FindMemory(const char* name) {
@@ -129,10 +128,8 @@ int CallCount(std::string_view function) {
 }
 
 int HeldObjects() {
-    std::size_t count =
-        TheWorld.Windows.size() + TheWorld.Mappings.size() + TheWorld.Views.size();
-    for (auto& [number, atom] : TheWorld.Atoms)
-        count += static_cast<std::size_t>(atom.References);
+    std::size_t count = TheWorld.Windows.size() + TheWorld.Mappings.size() + TheWorld.Views.size();
+    for (auto& [number, atom] : TheWorld.Atoms) count += static_cast<std::size_t>(atom.References);
     return static_cast<int>(count);
 }
 

@@ -1,0 +1,31 @@
+# The Debian packages that the project needs, and how they get onto the machine. Sourced by the
+# scripts beside it: need NAME... installs those of them that are missing.
+
+build_packages=(cmake ninja-build g++ pkg-config libwxgtk3.2-dev libx11-dev libxi-dev
+  libcanberra-dev libasound2-dev)
+run_packages=(fonts-liberation xdg-utils)
+display_packages=(xvfb openbox imagemagick x11-utils)
+test_packages=(libgtest-dev libgmock-dev libxtst-dev locales xdotool clang-format)
+
+need() {
+    local missing=() package sudo=()
+    for package; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+            missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
+    echo "Installing: ${missing[*]}"
+    ((EUID == 0)) || sudo=(sudo)
+    "${sudo[@]}" apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends \
+        "${missing[@]}" >/dev/null
+}
+
+# build PRESET [TARGET...]: configures once, then builds what has changed.
+build() {
+    local preset=$1
+    shift
+    echo "Building ($preset)"
+    [[ -f build/$preset/build.ninja ]] || cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset" ${1+--target "$@"} -- --quiet
+}

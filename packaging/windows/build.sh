@@ -1,0 +1,144 @@
+#!/usr/bin/env bash
+# Builds the Windows programs on a Debian machine. Everything they need is in them, so that they run
+# with no DLL beside them. They come to build/windows-x86_64/hangar, with --32 to
+# build/windows-i686/hangar, together with the files that belong beside them.
+#
+# What is missing is installed with apt. The widget set is built from Debian's own source package,
+# once for each architecture, version and set of switches, and kept in the user's cache. A build that
+# was stopped goes on where it was.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+. ./packages.sh
+
+case "$*" in
+"") arch=x86_64 ;;
+--32) arch=i686 ;;
+*)
+    echo "usage: $0 [--32]" >&2
+    exit 2
+    ;;
+esac
+host=$arch-w64-mingw32
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
+jobs=$(nproc)
+
+# docview and dataview stay on: the headers refuse without them.
+switches=(
+    --host="$host" CC="$host-gcc-posix" CXX="$host-g++-posix" --disable-shared --enable-monolithic
+    --without-libpng --without-libjpeg --without-libtiff --without-zlib --without-expat
+    --without-opengl --without-regex --without-nanosvg
+    --disable-xrc --disable-webview --disable-richtext --disable-aui --disable-propgrid
+    --disable-ribbon --disable-stc --disable-html --disable-mediactrl --disable-sockets
+    --disable-protocol --disable-fs_zip --disable-grid --disable-svg
+)
+
+# logged NAME COMMAND...: what it prints goes to a log, whose end is shown if it fails.
+logged() {
+    local log=$cache/$1.log
+    shift
+    "$@" >>"$log" 2>&1 || {
+        tail -n 30 "$log" >&2
+        echo "failed: $* (all of it in $log)" >&2
+        exit 1
+    }
+}
+
+# The sources lie where the packages come from. They are asked for with lists of this build's own, so
+# that the machine's package sources stay as they are.
+source_apt() {
+    apt-get -o Dir::Etc::SourceList=/dev/null -o Dir::Etc::SourceParts="$cache/apt/sources" \
+        -o Dir::State::Lists="$cache/apt/lists" "$@"
+}
+
+list_sources() {
+    local file
+    mkdir -p "$cache/apt/sources" "$cache/apt/lists/partial"
+    apt-get indextargets --format '$(SOURCESENTRY)' 'Created-By: Packages' 'Origin: Debian' |
+        sed 's/:[0-9]*$//' | sort -u | while read -r file; do
+        sed -n -E '/^deb-src /d; s/^deb /deb-src /; s/^Types: .*/Types: deb-src/; p' "$file" \
+            >"$cache/apt/sources/$(basename "$file")"
+    done
+    source_apt update
+}
+
+fetch_sources() {
+    [ -d "$sources" ] && return
+    echo "fetching the sources of wxWidgets $version"
+    logged fetch list_sources
+    rm -rf "$sources.partial"
+    mkdir -p "$sources.partial"
+    (cd "$sources.partial" && logged fetch source_apt source "wxwidgets3.2=$version")
+    mv "$sources.partial"/wxwidgets3.2-*/ "$sources"
+    rm -rf "$sources.partial"
+}
+
+configure_toolkit() {
+    [ -e "$objects/configured" ] && return
+    echo "configuring wxWidgets for $host"
+    rm -rf "$objects"
+    mkdir -p "$objects"
+    (cd "$objects" && logged toolkit "$sources/configure" --prefix="$toolkit" "${switches[@]}")
+    touch "$objects/configured"
+}
+
+# What was being written when a build was stopped may be half there.
+drop_newest_objects() {
+    local newest
+    newest=$(find "$objects" -name '*.[oad]' -printf '%T@\n' | sort -n | tail -n 1)
+    [ -z "$newest" ] ||
+        find "$objects" -name '*.[oad]' -newermt "@$(awk "BEGIN { print $newest - 60 }")" -delete
+}
+
+compile_toolkit() {
+    local total
+    total=$(make -C "$objects" -n 2>/dev/null | grep -c ' -c -o ' || true)
+    make -C "$objects" -j"$jobs" 2>&1 | tee -a "$cache/toolkit.log" |
+        awk -v total="$total" '/ -c -o / && int(++n * 20 / total) > shown {
+            shown = int(n * 20 / total)
+            print "compiling wxWidgets: " shown * 5 " %"
+            fflush()
+        }' || {
+        tail -n 30 "$cache/toolkit.log" >&2
+        echo "failed: all of it in $cache/toolkit.log" >&2
+        exit 1
+    }
+}
+
+# The folder gets its name when all is in it, so that it is whole wherever it is found.
+install_toolkit() {
+    local staged=$toolkit.partial
+    rm -rf "$staged"
+    logged toolkit make -C "$objects" install DESTDIR="$staged"
+    mv "$staged$toolkit" "$toolkit"
+    rm -rf "$staged" "$objects"
+}
+
+build_toolkit() {
+    [ -d "$toolkit" ] && return
+    echo "wxWidgets is built once; that takes some ten minutes on two cores"
+    fetch_sources
+    configure_toolkit
+    drop_newest_objects
+    compile_toolkit
+    install_toolkit
+}
+
+mkdir -p "$cache"
+need cmake dpkg-dev make ninja-build wx3.2-headers "g++-mingw-w64-${arch/_/-}-posix"
+version=$(dpkg-query -W -f '${Version}' wx3.2-headers)
+sources=$cache/wxwidgets-$version
+toolkit=$sources-$arch-$(sha256sum <<<"${switches[*]}" | cut -c 1-8)
+objects=$toolkit.objects
+if [ ! -d "$toolkit" ]; then
+    flock 9 # one at a time: the sources are the same for all
+    build_toolkit
+fi 9>"$cache/lock"
+
+build=build/windows-$arch
+cmake -G Ninja -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" -DMINGW_ARCHITECTURE="$arch" \
+    -DCMAKE_FIND_ROOT_PATH="$toolkit" \
+    -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config"
+cmake --build "$build" -j "$jobs"
+cmake --install "$build" --prefix "$build/hangar" >/dev/null
+ls -l "$build"/hangar/*.exe

@@ -1,0 +1,90 @@
+// The process, its clock and its folder.
+#include <windows.h>
+
+#include "platform/platform.h"
+
+namespace quirkmeter::platform {
+
+namespace {
+
+constexpr std::size_t LongestPath = 32768;
+
+// Where the file's name begins. The second byte of a double-byte character may look like a
+// backslash, so this walks through the characters.
+std::size_t NameStart(const std::string& path) {
+    std::size_t start = 0;
+    const char* const begin = path.c_str();
+    for (const char* at = begin; *at != '\0'; at = ::CharNextA(at)) {
+        if (*at == '\\' || *at == '/') start = static_cast<std::size_t>(at - begin) + 1;
+    }
+    return start;
+}
+
+std::string InstanceName(const char* program) {
+    return std::string("Local\\FS2002 Quirkmeter ") + program;
+}
+
+}  // namespace
+
+std::uint32_t GetCurrentProcessId() {
+    return ::GetCurrentProcessId();
+}
+
+void Sleep(std::uint32_t milliseconds) {
+    ::Sleep(milliseconds);
+}
+
+double SecondsSinceMidnight() {
+    SYSTEMTIME now;
+    ::GetLocalTime(&now);
+    return now.wHour * 3600 + now.wMinute * 60 + now.wSecond + now.wMilliseconds / 1000.0;
+}
+
+bool ClaimSingleInstance(const char* program) {
+    static const bool claimed = [program] {
+        const HANDLE mutex = ::CreateMutexA(nullptr, FALSE, InstanceName(program).c_str());
+        if (!mutex) return false;
+        // Owned rather than merely there: who only asks whether an instance runs has it open, too.
+        const bool free = ::WaitForSingleObject(mutex, 0) != WAIT_TIMEOUT;
+        if (!free) ::CloseHandle(mutex);
+        return free;
+    }();
+    return claimed;
+}
+
+bool InstanceRuns(const char* program) {
+    const HANDLE mutex = ::OpenMutexA(SYNCHRONIZE, FALSE, InstanceName(program).c_str());
+    // An instance with administrator's rights keeps others from opening what is its own.
+    if (!mutex) return ::GetLastError() == ERROR_ACCESS_DENIED;
+    ::CloseHandle(mutex);
+    return true;
+}
+
+std::string ProgramFile(std::string_view name) {
+    std::string path(LongestPath, '\0');
+    path.resize(::GetModuleFileNameA(nullptr, path.data(), LongestPath));
+    const std::size_t nameStart = NameStart(path);
+    if (nameStart > 0) path.resize(nameStart - 1);
+    return path.append(name);
+}
+
+std::string FileName(const std::string& path) {
+    return path.substr(NameStart(path));
+}
+
+bool FileExists(const std::string& path) {
+    // An invalid result has all of its bits set.
+    return (::GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+char DecimalSeparator() {
+    static const char separator = [] {
+        char text[8];
+        const int length =
+            ::GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, text, sizeof text);
+        return length == 2 ? text[0] : '.';  // with the zero behind it
+    }();
+    return separator;
+}
+
+}  // namespace quirkmeter::platform

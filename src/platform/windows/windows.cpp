@@ -1,0 +1,94 @@
+#include <windows.h>
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <utility>
+
+#include "platform/platform.h"
+
+namespace quirkmeter::platform {
+
+namespace {
+
+thread_local std::map<HWND, std::shared_ptr<MessageHandler>> handlers;
+std::atomic<bool> closeRequested = false;
+
+HWND Native(WindowHandle window) {
+    return reinterpret_cast<HWND>(window);
+}
+
+LRESULT CALLBACK OwnedWindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    const auto found = handlers.find(window);
+    if (message >= 0xC000 && message <= 0xFFFF && found != handlers.end()) {
+        const auto handler = found->second;  // lives on should it drop its own window
+        return (*handler)(message, wParam, lParam);
+    }
+    if (message == WM_CLOSE) {
+        closeRequested = true;
+        return 0;
+    }
+    return ::DefWindowProcA(window, message, wParam, lParam);
+}
+
+}  // namespace
+
+WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const char* className,
+                           const char* title) {
+    return reinterpret_cast<WindowHandle>(
+        ::FindWindowExA(Native(parent), Native(childAfter), className, title));
+}
+
+WindowHandle FindWindowA(const char* className, const char* title) {
+    return reinterpret_cast<WindowHandle>(::FindWindowA(className, title));
+}
+
+std::uint32_t RegisterWindowMessageA(const char* name) {
+    return ::RegisterWindowMessageA(name);
+}
+
+std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
+                                  std::intptr_t lParam, std::uint32_t flags,
+                                  std::uint32_t timeoutMilliseconds, std::uintptr_t* reply) {
+    DWORD_PTR answer = 0;
+    ::SetLastError(ERROR_SUCCESS);  // an older error must not be taken for this call's
+    const LRESULT sent = ::SendMessageTimeoutA(Native(window), message, wParam, lParam, flags,
+                                               timeoutMilliseconds, &answer);
+    if (sent != 0) {
+        if (reply) *reply = answer;
+    } else if (::GetLastError() == ERROR_TIMEOUT) {
+        ::SetLastError(ERROR_SUCCESS);  // as older systems report it
+    }
+    return sent;
+}
+
+WindowHandle OwnWindow(const char* className, const char* title, MessageHandler handler) {
+    WNDCLASSEXA windowClass{};
+    windowClass.cbSize = sizeof windowClass;
+    windowClass.lpfnWndProc = OwnedWindowProcedure;
+    windowClass.hInstance = ::GetModuleHandleA(nullptr);
+    windowClass.lpszClassName = className;
+    ::RegisterClassExA(&windowClass);  // fails, to no harm, where it is registered already
+    const HWND window = ::CreateWindowExA(0, className, title, WS_OVERLAPPED, 0, 0, 0, 0, nullptr,
+                                          nullptr, windowClass.hInstance, nullptr);
+    if (window) handlers[window] = std::make_shared<MessageHandler>(std::move(handler));
+    return reinterpret_cast<WindowHandle>(window);
+}
+
+void DropWindow(WindowHandle window) {
+    handlers.erase(Native(window));
+    ::DestroyWindow(Native(window));
+}
+
+void ServeMessages(std::uint32_t milliseconds) {
+    ::MsgWaitForMultipleObjectsEx(0, nullptr, milliseconds, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    MSG message;
+    // Sent messages are answered inside of PeekMessageA.
+    while (::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) ::DispatchMessageA(&message);
+}
+
+bool TerminationRequested() {
+    return closeRequested;
+}
+
+}  // namespace quirkmeter::platform

@@ -1,0 +1,25 @@
+// A drop-down list of the program's own colours: nothing can be typed into it, but typing picks an
+// entry. Opens at once however long it is.
+#pragma once
+
+#include <wx/odcombo.h>
+
+namespace quirkmeter {
+
+class PickList final : public wxOwnerDrawnComboBox {
+   public:
+    PickList(wxWindow* parent, const wxArrayString& entries, const wxPoint& position,
+             const wxSize& size);
+
+    /// Picks the entry of that text as a user does, so that wxEVT_COMBOBOX follows.
+    void Pick(const wxString& entry);
+
+   private:
+    void OnChar(wxKeyEvent& event);
+    int FindTyped() const;
+
+    wxString typed_;
+    wxMilliClock_t lastTyped_ = 0;
+};
+
+}  // namespace quirkmeter

@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Runs a command on a virtual display of its own with a window manager.
+set -euo pipefail
+processes=()
+trap 'kill "${processes[@]}" 2>/dev/null || true' EXIT
+exec {number}< <(exec Xvfb -displayfd 1 -screen 0 1280x1024x24 2>/dev/null)
+processes+=($!)
+read -r -u "$number" display
+# The file dialog keeps settings of its own, which are nobody's here.
+export GSETTINGS_BACKEND=memory
+export DISPLAY=:$display
+openbox 2>/dev/null &
+processes+=($!)
+"$@"

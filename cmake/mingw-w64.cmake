@@ -12,5 +12,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
+# The x87 of a 32-bit machine computes more exactly than a double; a value that is kept must not.
+if(MINGW_ARCHITECTURE STREQUAL "i686")
+  set(CMAKE_CXX_FLAGS_INIT "-ffloat-store")
+endif()
+
 # The compiler's own libraries too are linked in, so that no DLL is needed beside a program.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -s")

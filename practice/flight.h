@@ -3,8 +3,7 @@
 //
 // The pilot's rules are simple and the same at every hour:
 //   - a switch written 0 stays off for as long as such writes keep coming; HoldSeconds after the
-//   last
-//     one it is switched on again
+//     last one it is switched on again
 //   - disconnected controls work again HoldSeconds after the last such write
 //   - a lever that was cut is pushed forward again CutSeconds later
 //   - the gear is raised 4 and the flaps 8 seconds after take-off, and then left as they are

@@ -1,7 +1,8 @@
 // The block of request records that a client shares with the interface module:
 //
-//   read    identifier 1, offset, size, a word of the client's own, then `size` bytes for the
-//   answer write   identifier 2, offset, size, then the `size` bytes to write end     identifier 0
+//   read    identifier 1, offset, size, a word of the client's own, `size` bytes for the answer
+//   write   identifier 2, offset, size, the `size` bytes to write
+//   end     identifier 0
 //
 // Every header field is a little-endian 32-bit word; of the identifier only the low 16 bits count.
 #pragma once

@@ -110,6 +110,43 @@ TEST_F(SpeechTest, HotkeyMatchesItsModifiersExactly) {
                 }
 }
 
+TEST_F(SpeechTest, EveryHotkeyHasItsOwnKeyModifiersAndAction) {
+    constexpr std::int16_t Down = -32768;
+    Settings.StatusHotkey = 'S';
+    Settings.StatusHotkeyMods = 1;
+    Settings.ClearHotkey = 'C';
+    Settings.ClearHotkeyMods = 2;
+    Settings.ActiveHotkey = 'A';
+    Settings.ActiveHotkeyMods = 3;
+    AddFailure(6, 9);
+    auto press = [](int key, std::int32_t mods) {
+        inprocess::SetKey(17, WithCtrl(mods) ? Down : std::int16_t{0});
+        inprocess::SetKey(16, WithShift(mods) ? Down : std::int16_t{0});
+        inprocess::SetKey(key, Down);
+        PollHotkeys();
+        inprocess::SetKey(key, 0);
+    };
+    for (std::int32_t mods : {0, 1, 2, 3}) press('S', mods);
+    EXPECT_EQ(Window.StatusChanges, 1);
+    EXPECT_EQ(Simulator.Batches, 1);
+    for (std::int32_t mods : {0, 1, 3}) press('C', mods);
+    EXPECT_EQ(FailureCount, 1);
+    press('C', 2);
+    EXPECT_EQ(FailureCount, 0);
+    for (std::int32_t mods : {0, 1, 2, 3}) press('A', mods);
+    EXPECT_TRUE(Engine.Deactivated);
+
+    // One key for two actions: the status first.
+    AddFailure(6, 9);
+    Settings.ClearHotkey = 'S';
+    Settings.ClearHotkeyMods = 1;
+    Simulator.TakeWrites();
+    press('S', 1);
+    ASSERT_EQ(Simulator.Writes.size(), 3u);
+    EXPECT_EQ(Simulator.Writes[0].Offset, 0x3380u);
+    EXPECT_EQ(Simulator.Writes[2], (SimWriteRecord{0x0B73, 1, 0}));
+}
+
 TEST_F(SpeechTest, HotkeysRepeatShareKeysAndWorkWithoutALink) {
     SimClose();
     SimInit();

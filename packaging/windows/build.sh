@@ -86,7 +86,7 @@ drop_newest_objects() {
     local newest
     newest=$(find "$objects" -name '*.[oad]' -printf '%T@\n' | sort -n | tail -n 1)
     [ -z "$newest" ] ||
-        find "$objects" -name '*.[oad]' -newermt "@$(awk "BEGIN { print $newest - 60 }")" -delete
+        find "$objects" -name '*.[oad]' -newermt "@$((${newest%.*} - 60))" -delete
 }
 
 compile_toolkit() {
@@ -138,7 +138,7 @@ build=build/windows-$arch
 cmake -G Ninja -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" -DMINGW_ARCHITECTURE="$arch" \
     -DCMAKE_FIND_ROOT_PATH="$toolkit" \
-    -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config"
+    -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config" >/dev/null
 cmake --build "$build" -j "$jobs"
 cmake --install "$build" --prefix "$build/hangar" >/dev/null
 ls -l "$build"/hangar/*.exe

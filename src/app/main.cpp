@@ -1,5 +1,7 @@
 #include <wx/app.h>
 
+#include <cstdlib>
+
 #include "ui/frm_main.h"
 
 namespace quirkmeter {
@@ -7,14 +9,16 @@ namespace quirkmeter {
 class App final : public wxApp {
    public:
     // There is no command line, so the toolkit's own handling of it is left out.
-    bool OnInit() override {
+    bool OnInit() override { return true; }
+
+    int OnRun() override {
         auto* window = new frmMain;
         if (!window->Load()) {
             window->Destroy();
-            return false;
+            return EXIT_SUCCESS;  // a second instance is no fault
         }
         window->Show();
-        return true;
+        return wxApp::OnRun();
     }
 };
 

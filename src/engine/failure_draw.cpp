@@ -68,7 +68,8 @@ void DrawStep(std::int32_t gear, std::int32_t flaps) {
         if (entry.Engine > Engine.EngineCount) return;
         ++entry.Elapsed;
         if (entry.Elapsed == entry.DrawAt && DrawFails(entry) && !entry.Failed) AddFailure(s, n);
-        if (entry.Elapsed / StepsPerHour >= hours) StartPeriod(entry, hours);
+        double elapsedHours = entry.Elapsed / StepsPerHour;
+        if (elapsedHours >= hours) StartPeriod(entry, hours);
     });
 }
 

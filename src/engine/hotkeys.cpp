@@ -18,7 +18,7 @@ bool IsDown(std::int16_t state) {
 }
 
 // One that belongs to the combination must be down; one that does not must not even have been
-// tapped since the last poll.
+// tapped since it was last asked for.
 bool ModifierMatches(std::int16_t state, bool wanted) {
     return wanted ? IsDown(state) : state == 0;
 }

@@ -53,11 +53,6 @@ void MaintainStall(FailureRow& row, const SubsystemEntry& entry) {
     if (--row.Counter == 0) ClearFailure(row.System, row.SubSystem);
 }
 
-std::int32_t LeakAmount() {
-    bool large = RandomInRange(10, 1) > 80;
-    return RandomInRange(large ? 50000 : 10000, 5000);
-}
-
 // What the tank holds now; nothing when the simulator did not say.
 std::optional<std::int32_t> ReadLevel(const SubsystemEntry& entry) {
     std::int32_t level = 0;
@@ -73,7 +68,7 @@ void MaintainLeak(FailureRow& row, const SubsystemEntry& entry) {
     if (row.Started())
         WriteState(entry, *level < row.Counter ? 0 : *level - row.Counter);
     else if (*level > 0)
-        row.Counter = LeakAmount();
+        row.Counter = RandomInRange(10000, 5000);
     else
         ClearFailure(row.System, row.SubSystem);
 }

@@ -11,14 +11,14 @@ namespace quirkmeter {
 /// throttle.
 inline bool DisconnectFlags[4] = {};
 
-/// The one place that knows how a catalogue value becomes bytes in the simulator. Only queues;
-/// returns the result code of the SimWrite.
+/// The one place that knows how a catalogue value becomes bytes in the simulator. `size` is 1, 2 or
+/// 4, and 1 for Disconnect. Only queues; returns the result code of the SimWrite.
 std::int32_t WriteFailureValue(std::int32_t offset, std::int32_t state, std::int32_t size,
                                FailureMode mode, std::int32_t engine);
 
 /// Writes every active failure in one batch, plus one batch per leak, which must see its tank's
 /// level before it lowers it. Counts stalls down and drains tanks; may remove rows. Sends nothing
-/// when nothing is failed. Once in every tick.
+/// when nothing is failed. Once in every tick that could read the simulator.
 void MaintainFailures();
 
 /// Takes one failure back where its mode allows and out of the list; nothing when it is not there.

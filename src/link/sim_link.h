@@ -60,7 +60,7 @@ void SimInit();
 
 /// Finds the module, makes the block and checks the versions. `version` 0 accepts any simulator.
 /// On failure nothing is held, except that a link already open (SimAlreadyOpen) stays as it was.
-/// Pauses 100 ms at least once.
+/// A successful open takes at least 100 ms.
 bool SimOpen(std::int32_t version, std::int32_t& result);
 
 /// Releases whatever is held; safe when closed.

@@ -1,5 +1,5 @@
-// The user's options. They are read once at start-up, changed by the settings dialog, and written
-// when the main window closes.
+// The user's options. They are read once at start-up, changed by the settings dialog and by opening
+// and saving profiles, and written when the main window closes.
 #pragma once
 
 #include <cstdint>

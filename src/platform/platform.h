@@ -122,7 +122,7 @@ void Sleep(std::uint32_t milliseconds);
 double SecondsSinceMidnight();
 
 /// Top bit: the key is down; lowest bit: it was pressed since the last query for it. 0 for any key
-/// where there is no keyboard to ask.
+/// where there is no keyboard to ask. Linux knows digits, letters, SHIFT and CTRL only.
 std::int16_t GetAsyncKeyState(int virtualKey);
 
 /// Starts a sound file and returns at once; a sound still playing stops. Where there is no sound

@@ -6,6 +6,8 @@
 #include <wx/msgdlg.h>
 #include <wx/panel.h>
 
+#include <cstdlib>
+
 #include "engine/connection.h"
 #include "engine/failure_draw.h"
 #include "engine/tick.h"
@@ -85,7 +87,8 @@ bool frmMain::Load() {
     ComputeFailureRanges();
     tmrTimer.Start(TickMilliseconds);
     EngineTick();
-    return true;
+    lstSystems->SetFocus();
+    return tmrTimer.IsRunning();  // the tick may have ended the program
 }
 
 void frmMain::CreateControls() {
@@ -203,8 +206,8 @@ void frmMain::BindHandlers() {
     onClick(cmdSetAllRel, [this] { OnSetAllRel(); });
     onClick(cmdSetSystemRel, [this] { OnSetSystemRel(); });
     onClick(cmdClearFailures, [] { ClearAllFailures(false); });
-    onClick(cmdSaveAs, [this] { OnSave(); });
-    onClick(cmdOpen, [this] { OnOpen(); });
+    onClick(cmdSaveAs, [this] { SaveProfile(); });
+    onClick(cmdOpen, [this] { OpenProfile(); });
     onClick(cmdOptions, [this] { OnOptions(); });
     Bind(wxEVT_TIMER, [this](wxTimerEvent&) { OnTimer(); });
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { OnClose(); });
@@ -356,11 +359,11 @@ bool frmMain::ChooseProfile(long style) {
     return true;
 }
 
-void frmMain::OnSave() {
+void frmMain::SaveProfile() {
     if (ChooseProfile(wxFD_SAVE)) WriteProfile();
 }
 
-void frmMain::OnOpen() {
+void frmMain::OpenProfile() {
     if (HardcoreLock()) return;
     if (ChooseProfile(wxFD_OPEN)) ReadProfile();
 }
@@ -408,6 +411,9 @@ void frmMain::OnClose() {
     tmrTimer.Stop();
     LeaveFlight();
     WriteSettings();
+    // A dialog that is open has a loop and a handler of its own, which would go on without their
+    // window; everything is done, so the program ends here.
+    if (modals_.Open > 0) std::_Exit(EXIT_SUCCESS);
     Destroy();
 }
 

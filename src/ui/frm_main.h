@@ -5,6 +5,7 @@
 #include <wx/frame.h>
 #include <wx/listbox.h>
 #include <wx/listctrl.h>
+#include <wx/modalhook.h>
 #include <wx/sizer.h>
 #include <wx/statbox.h>
 #include <wx/stattext.h>
@@ -63,14 +64,29 @@ class frmMain final : public wxFrame, public MainWindow {
     void OnSetAllRel();
     void OnSetSystemRel();
     bool ChooseProfile(long style);
-    void OnSave();
-    void OnOpen();
+    void SaveProfile();
+    void OpenProfile();
     void OnOptions();
     void OnTimer();
     void OnClose();
 
     void TestFailure(int system, int subsystem);
 
+    // How many dialogs and boxes are open.
+    class ModalCount final : public wxModalDialogHook {
+       public:
+        ModalCount() { Register(); }
+        int Open = 0;
+
+       private:
+        int Enter(wxDialog*) override {
+            ++Open;
+            return wxID_NONE;
+        }
+        void Exit(wxDialog*) override { --Open; }
+    };
+
+    ModalCount modals_;
     wxWindow* panel_;
     std::unique_ptr<wxStaticBoxSizer> statusSizer_;
     int LastClickedItem = 0;

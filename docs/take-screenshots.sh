@@ -1,0 +1,80 @@
+#!/usr/bin/env bash
+# Takes the pictures of docs/pictures from the running programs on a virtual display, at 100 % and at
+# 200 %: ./docs/take-screenshots.sh, after ./run.sh has built everything.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. ./packages.sh
+need "${display_packages[@]}" xdotool
+root=$PWD
+folder=$(mktemp -d)
+processes=()
+trap 'kill "${processes[@]}" 2>/dev/null || true; rm -rf "$folder"' EXIT
+mkdir -p docs/pictures
+export XDG_RUNTIME_DIR=$folder GSETTINGS_BACKEND=memory
+
+start() { "$@" >/dev/null 2>&1 & processes+=($!); }
+
+# shoot NAME TITLE: the window of that title, once it stands still.
+shoot() {
+    local window
+    window=$(timeout 10 xdotool search --sync --onlyvisible --name "^$2\$" | tail -1)
+    xdotool windowactivate --sync "$window"
+    sleep 1
+    import -window "$window" "$root/docs/pictures/$1-$scale.png"
+    echo "docs/pictures/$1-$scale.png"
+}
+front() { timeout 10 xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync; }
+keys() { for key; do xdotool key --clearmodifiers "$key"; sleep 0.3; done; }
+
+fly() {
+    scale=$1
+    exec {number}< <(exec Xvfb -displayfd 1 -screen 0 2600x1800x24 2>/dev/null)
+    processes=($!)
+    read -r -u "$number" display
+    export DISPLAY=:$display GDK_SCALE=$((scale / 100))
+    start openbox
+    rm -rf "$folder/fly"
+    cmake --install build/release --prefix "$folder/fly" >/dev/null
+    cd "$folder/fly"
+    printf '%s\r\n' "LASTPROFILE=$folder/fly/practice.qmp" DISPLAYUPDATE=YES DISPLAYFAILURES=YES \
+        STATUS_HK=83 STATUS_HKCS=3 >Quirkmeter.ini
+    start ./practice-simulator --takeoff-after 2
+    start ./Quirkmeter
+    front "FS2002 Quirkmeter"
+    sleep 35
+    shoot main "FS2002 Quirkmeter"
+    shoot practice-simulator "Practice Simulator"
+    front "FS2002 Quirkmeter"
+    keys Tab Return
+    shoot reliability " Autopilot - Airspeed Reliability"
+    keys Escape
+    front "FS2002 Quirkmeter"
+    keys alt+a
+    shoot all-reliabilities "All Reliabilities"
+    keys Escape alt+p
+    shoot options "Help"
+    keys alt+s
+    shoot settings "Settings"
+    keys Escape Escape
+    front "FS2002 Quirkmeter"
+    keys alt+o
+    shoot open "Select a file"
+    keys Escape
+
+    # Hardcore Mode in the air: the notice in the place of the list.
+    kill "${processes[@]:2}" && wait "${processes[@]:2}" 2>/dev/null || true
+    processes=("${processes[@]:0:2}")
+    echo -e 'HARDCOREMODE=YES\r' >>Quirkmeter.ini
+    start ./practice-simulator --takeoff-after 4
+    sleep 1
+    start ./fsqmhc.exe
+    front "FS2002 Quirkmeter"
+    sleep 8
+    shoot hardcore "FS2002 Quirkmeter"
+    kill "${processes[@]}" 2>/dev/null || true
+    wait 2>/dev/null || true
+    cd "$root"
+}
+
+fly 100
+fly 200

@@ -5,7 +5,7 @@ build_packages=(cmake ninja-build g++ pkg-config libwxgtk3.2-dev libx11-dev libx
   libcanberra-dev libasound2-dev)
 run_packages=(fonts-liberation xdg-utils)
 display_packages=(xvfb openbox imagemagick x11-utils)
-test_packages=(libgtest-dev libgmock-dev libxtst-dev locales xdotool clang-format)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev libxtst-dev locales xdotool clang-format)
 
 need() {
     local missing=() package sudo=()
@@ -21,11 +21,11 @@ need() {
         "${missing[@]}" >/dev/null
 }
 
-# build PRESET [TARGET...]: configures once, then builds what has changed.
+# build PRESET TESTING [TARGET...]: builds what has changed, with (ON) or without (OFF) the tests.
 build() {
-    local preset=$1
-    shift
+    local preset=$1 testing=$2
+    shift 2
     echo "Building ($preset)"
-    [[ -f build/$preset/build.ninja ]] || cmake --preset "$preset" >/dev/null
+    cmake --preset "$preset" -DBUILD_TESTING="$testing" >/dev/null
     cmake --build --preset "$preset" ${1+--target "$@"} -- --quiet
 }

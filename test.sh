@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 
 preset=${1-release}
 need "${build_packages[@]}" "${run_packages[@]}" "${display_packages[@]}" "${test_packages[@]}"
-build "$preset"
+build "$preset" ON
 echo "Checking the format"
 git ls-files -- '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 echo "Testing"

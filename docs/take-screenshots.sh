@@ -58,7 +58,7 @@ fly() {
     keys Escape Escape
     front "FS2002 Quirkmeter"
     keys alt+o
-    shoot open "Select a file"
+    shoot open "Open"
     keys Escape
 
     # Hardcore Mode in the air: the notice in the place of the list.

@@ -459,6 +459,7 @@ TEST_F(KeyTest, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(GetAsyncKeyState('1'), 0);
     EXPECT_EQ(GetAsyncKeyState('1'), 0);
+    testing::internal::GetCapturedStderr();
 }
 
 TEST_F(LinuxLayer, NoKeyIsDownWithoutADisplay) {

@@ -38,6 +38,7 @@ struct RecordingWindow final : MainWindow {
     }
     void SetSubSystemsHeading(const std::string& heading) override { Heading = heading; }
     void ShowSubsystemList(bool show) override { ListShown = show; }
+    platform::WindowHandle Handle() const override { return 0; }
     void Unload() override { ++Unloads; }
     void ShowMessage(const std::string& text, MessageIcon icon) override {
         Messages.push_back((icon == MessageIcon::Warning ? "! " : "") + text);

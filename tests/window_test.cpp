@@ -80,13 +80,14 @@ bool HasKeyboard(wxDialog* dialog) {
     if (!dynamic_cast<wxFileDialog*>(dialog)) return dialog->IsActive();
     wxArrayString output;
     wxExecute("xdotool getwindowfocus getwindowname", output, wxEXEC_SYNC | wxEXEC_NOEVENTS);
-    return !output.empty() && output[0] == wxFileSelectorPromptStr;
+    return !output.empty() && (output[0] == "Save As" || output[0] == "Open");
 }
 
 class WindowTest : public ProgramTest {
    protected:
     WindowTest() {
         InstallSounds();
+        std::filesystem::current_path(Folder);
         Open();
     }
     ~WindowTest() override {
@@ -125,6 +126,7 @@ class WindowTest : public ProgramTest {
         HandleEvents();
         mouse.MouseClick();
         HandleEvents();
+        EXPECT_TRUE(Until([this] { return waiting == 0; })) << "the dialog that was to open";
     }
     void Click(wxWindow* control) {
         wxSize size = control->GetSize();
@@ -170,12 +172,14 @@ class WindowTest : public ProgramTest {
         timer->Start(5);
     }
 
-    // Presses the button and types the name into the file dialog; none cancels it.
+    // Presses the button and types the file's name into the file dialog, which shows the test's
+    // folder; none cancels it.
     void ChooseFile(wxButton* button, const std::string& path, bool tick = false) {
         WhenOpen<wxFileDialog>([this, path, tick](wxFileDialog* dialog) {
-            EXPECT_EQ(dialog->GetWildcard(), "FS2002 Quirkmeter Profile (*.qmp)|*.qmp");
+            EXPECT_EQ(dialog->GetWildcard(), "FS2002 Quirkmeter Profile (*.qmp)|;*.qmp");
             if (tick) Tick();
-            wxUIActionSimulator().Text(path.c_str());
+            if (!path.empty())
+                wxUIActionSimulator().Text(("./" + platform::FileName(path)).c_str());
             HandleEvents();
             // The first key may go to the completion of the name.
             EXPECT_TRUE(Until([&] {

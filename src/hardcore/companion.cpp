@@ -18,8 +18,8 @@ bool CompanionIsThere() {
 bool StartHardcoreCompanion() {
     if (CompanionIsThere()) return true;
     std::string companion = platform::ProgramFile("\\fsqmhc.exe");
-    auto result =
-        platform::ShellExecuteA(0, "Open", companion.c_str(), "0", "0", platform::ShowMinimized);
+    auto result = platform::ShellExecuteA(TheMainWindow->Handle(), "Open", companion.c_str(), "0",
+                                          "0", platform::ShowMinimized);
     if (result <= 32)
         TheMainWindow->ShowMessage("Problem starting FSQM Hardcore Mode process (1).",
                                    MessageIcon::None);

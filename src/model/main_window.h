@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "platform/platform.h"
+
 namespace quirkmeter {
 
 inline constexpr char ProgramTitle[] = "FS2002 Quirkmeter";
@@ -17,7 +19,10 @@ class MainWindow {
     virtual void SetStatusCaption(const std::string& caption) = 0;
     virtual void SetSubSystemsHeading(const std::string& heading) = 0;
     virtual void ShowSubsystemList(bool show) = 0;
-    /// Runs the whole closing sequence and ends the program once the caller has returned.
+    /// The window's handle, for what the system is to show in front of it.
+    virtual platform::WindowHandle Handle() const = 0;
+    /// Runs the whole closing sequence and ends the program, at the latest once the caller has
+    /// returned.
     virtual void Unload() = 0;
     /// A message box with an OK button and the program's title; returns when the user closed it.
     virtual void ShowMessage(const std::string& text, MessageIcon icon) = 0;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "model/catalogue.h"
 #include "model/main_window.h"
@@ -90,8 +91,8 @@ void WriteProfile() {
 
 void ReadProfile() {
     if (!ApplyFile(Settings.LastProfile)) {
-        TheMainWindow->ShowMessage("Could not read " + Settings.LastProfile, MessageIcon::Warning);
-        Settings.LastProfile.clear();
+        std::string path = std::exchange(Settings.LastProfile, {});
+        TheMainWindow->ShowMessage("Could not read " + path, MessageIcon::Warning);
         return;
     }
     ShowProfileName();

@@ -4,12 +4,14 @@
 
 namespace quirkmeter {
 
-/// Writes the catalogue's reliability data to the file named by Settings.LastProfile. The old file
-/// is whole until the new one is. A failure is told in a message box.
+/// Writes the catalogue's reliability data to the file named by Settings.LastProfile and shows its
+/// name in the heading. The old file is whole until the new one is. A failure is told in a message
+/// box.
 void WriteProfile();
 
-/// Reads the file named by Settings.LastProfile into the catalogue. A bad line ends the reading
-/// with a message box and empties LastProfile; what the lines before it said stays.
+/// Reads the file named by Settings.LastProfile into the catalogue, shows its name in the heading
+/// and refreshes the list. A bad line, or a file that cannot be read, ends the reading with a message
+/// box and empties LastProfile; what the lines before it said stays.
 void ReadProfile();
 
 }  // namespace quirkmeter

@@ -142,8 +142,9 @@ bool ClaimSingleInstance(const char* program);
 /// True while a process of the user that claimed that name runs.
 bool InstanceRuns(const char* program);
 
-/// True once the user or the system has asked the process to end (on Linux by an interrupt, a
-/// termination or a hang-up signal, which do not end it by themselves after the first call).
+/// True once the user or the system has asked the process to end: on Linux by an interrupt, a
+/// termination or a hang-up signal, which do not end it by themselves after the first call; on
+/// Windows by a request to close an owned window, which does not close it.
 bool TerminationRequested();
 
 /// The path of a file in the folder of the running executable; `name` begins with a backslash,

@@ -2,11 +2,11 @@
 
 #include <wx/filedlg.h>
 #include <wx/filename.h>
-#include <wx/icon.h>
 #include <wx/msgdlg.h>
 #include <wx/panel.h>
 
 #include <cstdlib>
+#include <utility>
 
 #include "engine/connection.h"
 #include "engine/failure_draw.h"
@@ -27,7 +27,8 @@ namespace quirkmeter {
 
 namespace {
 
-constexpr char ProfileFilter[] = "FS2002 Quirkmeter Profile (*.qmp)|*.qmp";
+// The empty pattern in front keeps the toolkit from giving a name an extension.
+constexpr char ProfileFilter[] = "FS2002 Quirkmeter Profile (*.qmp)|;*.qmp";
 
 enum RowIcon { GreenIcon, RedIcon, YellowIcon };
 enum Column { ComponentColumn, ReliabilityColumn, BasedOnColumn, FailedColumn };
@@ -65,6 +66,7 @@ frmMain::frmMain()
               wxDEFAULT_FRAME_STYLE & ~(wxRESIZE_BORDER | wxMAXIMIZE_BOX)),
       tmrTimer(this) {
     TheMainWindow = this;
+    SetIcons(look::ProgramIcons());
     CreateControls();
     BindHandlers();
 }
@@ -74,6 +76,7 @@ frmMain::~frmMain() {
 }
 
 bool frmMain::Load() {
+    platform::TerminationRequested();  // from here on a request is heard
     if (!platform::ClaimSingleInstance("Quirkmeter")) return false;
     if (!ReadSettings()) return false;
     BuildCatalogue();
@@ -111,8 +114,8 @@ void frmMain::CreateControls() {
                             wxBU_EXACTFIT);
     };
 
-    // In tab order. The notice lies beneath the list, so it comes before it.
-    heading("Systems", 120, 120, 1695);
+    // In tab order. The second heading is as wide as its list, since it names the profile.
+    heading("Systems", 120, 120, 735);
     lblSubSystems = heading("Sub-systems", 120, 2160, 6495);
     wxRect place = look::Twips(panel_, 120, 360, 1695, 1635);
     lstSystems = new wxListBox(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
@@ -125,7 +128,7 @@ void frmMain::CreateControls() {
     look::PaintGreen(lvwSubSystems);
     lvwSubSystems->SetTextColour(look::BrightGreen);
     wxVector<wxBitmapBundle> imgList;
-    for (const wxColour& colour : {look::BrightGreen, wxColour(255, 0, 0), look::Yellow})
+    for (const wxColour& colour : {look::BrightGreen, look::Red, look::Yellow})
         imgList.push_back(look::Disc(colour));
     lvwSubSystems->SetSmallImages(imgList);
     const std::pair<const char*, int> columns[] = {
@@ -142,7 +145,10 @@ void frmMain::CreateControls() {
     cmdOptions = button("O&ptions", 5040, 1560, 1575);
 
     place = look::Twips(panel_, 120, 6600, 6495, 615);
-    Frame1 = new wxStaticBox(panel_, wxID_ANY, "Status");
+    // On Windows a frame shows what it lies on, between its line and what it holds.
+    auto* ground = new wxPanel(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
+    ground->SetBackgroundColour(look::DarkGreen);
+    Frame1 = new wxStaticBox(ground, wxID_ANY, "Status");
     Frame1->SetBackgroundColour(look::DarkGreen);
     Frame1->SetForegroundColour(look::White);
     lblStatus = new wxStaticText(Frame1, wxID_ANY, "Status", wxDefaultPosition, wxDefaultSize,
@@ -151,7 +157,7 @@ void frmMain::CreateControls() {
     // Where the inside of a frame begins differs between systems; the sizer knows.
     statusSizer_.reset(new wxStaticBoxSizer(Frame1, wxVERTICAL));
     statusSizer_->Add(lblStatus, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT, FromDIP(8)));
-    statusSizer_->SetDimension(place.GetPosition(), place.GetSize());
+    statusSizer_->SetDimension(wxPoint(0, 0), place.GetSize());
 }
 
 // Where the system's list rows are taller than the layout allows for, what lies below the systems
@@ -184,9 +190,12 @@ void frmMain::CreateHardcoreNotice() {
         {"Profile opening", 2400, 5280, 2895, 255},
         {"Deactivating", 2400, 5640, 2895, 255},
     };
+    wxRect place = look::Twips(panel_, 120, 2400, 6495, 3975);
+    notice_ = new wxPanel(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
+    notice_->Hide();
     for (const Line& line : Lines) {
-        wxRect place = look::Twips(panel_, line.Left, line.Top, line.Width, line.Height);
-        auto* label = new wxStaticText(panel_, wxID_ANY, line.Text, place.GetPosition(),
+        place = look::Twips(panel_, line.Left - 120, line.Top - 2400, line.Width, line.Height);
+        auto* label = new wxStaticText(notice_, wxID_ANY, line.Text, place.GetPosition(),
                                        place.GetSize(), wxST_NO_AUTORESIZE);
         label->SetForegroundColour(look::DarkGreen);
         label->SetFont(line.Height == 375 ? look::Large() : look::Bold());
@@ -198,8 +207,10 @@ void frmMain::BindHandlers() {
         FillSubsystemList();
         lvwSubSystems->EnsureVisible(0);
     });
+    // The native list keeps the release of the button for itself and tells of a click.
     lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsMouse, this);
-    lvwSubSystems->Bind(wxEVT_LIST_KEY_DOWN, &frmMain::OnSubSystemsKey, this);
+    lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK, [this](wxCommandEvent&) { ClickSubSystem(); });
+    lvwSubSystems->Bind(wxEVT_CHAR, &frmMain::OnSubSystemsChar, this);
     auto onClick = [](wxButton* button, auto handler) {
         button->Bind(wxEVT_BUTTON, [handler](wxCommandEvent&) { handler(); });
     };
@@ -274,17 +285,24 @@ void frmMain::RefreshSubsystems(bool skipRecomputation) {
 void frmMain::OnSubSystemsMouse(wxMouseEvent& event) {
     event.Skip();
     int flags = 0;
-    // The dialog waits until the list has dealt with the click itself.
-    if (lvwSubSystems->HitTest(event.GetPosition(), flags) != wxNOT_FOUND)
-        CallAfter([this] { OnSubSystemsClick(); });
+    if (lvwSubSystems->HitTest(event.GetPosition(), flags) != wxNOT_FOUND) ClickSubSystem();
 }
 
-void frmMain::OnSubSystemsKey(wxListEvent& event) {
-    if (event.GetKeyCode() == WXK_RETURN || event.GetKeyCode() == WXK_NUMPAD_ENTER ||
-        event.GetKeyCode() == WXK_SPACE)
-        CallAfter([this] { OnSubSystemsClick(); });
+void frmMain::OnSubSystemsChar(wxKeyEvent& event) {
+    int key = event.GetKeyCode();
+    if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || key == WXK_SPACE)
+        ClickSubSystem();
     else
         event.Skip();
+}
+
+// The dialog waits until the list has dealt with the click itself; one click of two opens it.
+void frmMain::ClickSubSystem() {
+    if (std::exchange(subSystemClicked_, true)) return;
+    CallAfter([this] {
+        OnSubSystemsClick();
+        subSystemClicked_ = false;
+    });
 }
 
 void frmMain::OnSubSystemsClick() {
@@ -349,13 +367,21 @@ void frmMain::OnSetSystemRel() {
 
 bool frmMain::ChooseProfile(long style) {
     wxFileName last(cdlDialogPath_);
-    wxFileDialog cdlDialog(this, wxFileSelectorPromptStr, last.GetPath(), wxEmptyString,
+    bool save = style == wxFD_SAVE;
+    wxFileDialog cdlDialog(this, save ? "Save As" : "Open", last.GetPath(), wxEmptyString,
                            ProfileFilter, style);
     // A name given before the filter would get the filter's extension.
     if (last.HasName()) cdlDialog.SetFilename(last.GetFullName());
     if (cdlDialog.ShowModal() != wxID_OK) return false;
-    cdlDialogPath_ = cdlDialog.GetPath();
-    Settings.LastProfile = look::Stored(cdlDialogPath_);
+    wxString path = cdlDialog.GetPath();
+    std::string stored = look::Stored(path);
+    if (look::Shown(stored) != path) {  // a name that the system's code page cannot hold
+        wxMessageBox((save ? "Could not write " : "Could not read ") + path, ProgramTitle,
+                     wxOK | wxICON_WARNING, this);
+        return false;
+    }
+    cdlDialogPath_ = path;
+    Settings.LastProfile = stored;
     return true;
 }
 
@@ -387,7 +413,9 @@ void frmMain::SetSubSystemsHeading(const std::string& heading) {
 }
 
 void frmMain::ShowSubsystemList(bool show) {
-    if (lvwSubSystems->IsShown() != show) lvwSubSystems->Show(show);
+    if (lvwSubSystems->IsShown() == show) return;
+    lvwSubSystems->Show(show);
+    notice_->Show(!show);
 }
 
 void frmMain::ShowMessage(const std::string& text, MessageIcon icon) {
@@ -401,6 +429,10 @@ void frmMain::OnTimer() {
         return;
     }
     EngineTick();
+}
+
+platform::WindowHandle frmMain::Handle() const {
+    return reinterpret_cast<platform::WindowHandle>(GetHandle());
 }
 
 void frmMain::Unload() {

@@ -30,6 +30,7 @@ class frmMain final : public wxFrame, public MainWindow {
     void SetStatusCaption(const std::string& caption) override;
     void SetSubSystemsHeading(const std::string& heading) override;
     void ShowSubsystemList(bool show) override;
+    platform::WindowHandle Handle() const override;
     void Unload() override;
     void ShowMessage(const std::string& text, MessageIcon icon) override;
 
@@ -59,7 +60,8 @@ class frmMain final : public wxFrame, public MainWindow {
     int SelectedRow() const;
 
     void OnSubSystemsMouse(wxMouseEvent& event);
-    void OnSubSystemsKey(wxListEvent& event);
+    void OnSubSystemsChar(wxKeyEvent& event);
+    void ClickSubSystem();
     void OnSubSystemsClick();
     void OnSetAllRel();
     void OnSetSystemRel();
@@ -88,8 +90,10 @@ class frmMain final : public wxFrame, public MainWindow {
 
     ModalCount modals_;
     wxWindow* panel_;
+    wxWindow* notice_;
     std::unique_ptr<wxStaticBoxSizer> statusSizer_;
     int LastClickedItem = 0;
+    bool subSystemClicked_ = false;
     wxString cdlDialogPath_;  // the file chosen last in this run
 };
 

@@ -40,7 +40,8 @@ void frmOptions::SetVersion(const wxString& caption) {
 
 void frmOptions::OnContents() {
     std::string document = platform::ProgramFile("\\Quirkmeter.htm");
-    platform::ShellExecuteA(0, "Open", document.c_str(), "0", "0", platform::ShowNormal);
+    auto owner = reinterpret_cast<platform::WindowHandle>(GetHandle());
+    platform::ShellExecuteA(owner, "Open", document.c_str(), "0", "0", platform::ShowNormal);
 }
 
 void frmOptions::OnSettings() {

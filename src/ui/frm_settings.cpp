@@ -21,10 +21,17 @@ wxArrayString KeyEntries() {
     return entries;
 }
 
+// A code from an edited file that no entry stands for leaves the list without a selection.
+int KeyEntry(std::int32_t key) {
+    if (key == 0) return 0;
+    if (key >= '0' && key <= '9') return 1 + key - '0';
+    if (key >= 'A' && key <= 'Z') return 11 + key - 'A';
+    return wxNOT_FOUND;
+}
+
 void ShowHotkey(std::int32_t key, std::int32_t mods, PickList* list, wxCheckBox* ctrl,
                 wxCheckBox* shift) {
-    // A code from an edited file that no entry stands for leaves the list without a selection.
-    list->SetStringSelection(key == 0 ? wxString(NoKey) : wxString(wxUniChar(key)));
+    list->SetSelection(KeyEntry(key));
     ctrl->SetValue(WithCtrl(mods));
     shift->SetValue(WithShift(mods));
 }

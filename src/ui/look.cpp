@@ -10,12 +10,13 @@ namespace {
 
 constexpr char Face[] = "Arial";
 constexpr int TwipsPerPixel = 15;
+constexpr int DiscSizes[] = {16, 20, 24, 32, 48};
 
 // How much of a pixel the disc covers, by samples: a smooth edge on every platform alike.
 double Coverage(int x, int y, int size) {
     constexpr int Samples = 4;
     double radius = size * 5.5 / 16;
-    double centre = size * 7.5 / 16 + 0.5 * size / 16;
+    double centre = size / 2.0;
     int inside = 0;
     for (int i = 0; i < Samples; ++i)
         for (int j = 0; j < Samples; ++j) {
@@ -76,8 +77,18 @@ void PaintGreen(wxWindow* control) {
 
 wxBitmapBundle Disc(const wxColour& colour) {
     wxVector<wxBitmap> sizes;
-    for (int size : {16, 20, 24, 32, 48}) sizes.push_back(DiscBitmap(colour, size));
+    for (int size : DiscSizes) sizes.push_back(DiscBitmap(colour, size));
     return wxBitmapBundle::FromBitmaps(sizes);
+}
+
+wxIconBundle ProgramIcons() {
+    wxIconBundle icons;
+    for (int size : DiscSizes) {
+        wxIcon icon;
+        icon.CopyFromBitmap(DiscBitmap(Red, size));
+        icons.AddIcon(icon);
+    }
+    return icons;
 }
 
 wxString Shown(const std::string& text) {

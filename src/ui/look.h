@@ -4,6 +4,7 @@
 #include <wx/bmpbndl.h>
 #include <wx/colour.h>
 #include <wx/font.h>
+#include <wx/iconbndl.h>
 #include <wx/string.h>
 #include <wx/vector.h>
 #include <wx/window.h>
@@ -16,6 +17,7 @@ inline const wxColour Grey(128, 128, 128);
 inline const wxColour DarkGrey(64, 64, 64);
 inline const wxColour DarkGreen(0, 64, 0);
 inline const wxColour BrightGreen(0, 255, 0);
+inline const wxColour Red(255, 0, 0);
 inline const wxColour White(255, 255, 255);
 inline const wxColour Yellow(255, 255, 0);
 
@@ -33,6 +35,9 @@ void PaintGreen(wxWindow* control);
 
 /// A disc of that colour, 11 pixels across in a 16 x 16 image on dark green, sharp at any scale.
 wxBitmapBundle Disc(const wxColour& colour);
+
+/// What the title bar and the task bar show of the program: a red disc.
+wxIconBundle ProgramIcons();
 
 /// Texts of the rooms below, paths above all, are bytes in the system's encoding of file names.
 wxString Shown(const std::string& text);

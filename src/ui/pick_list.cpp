@@ -1,6 +1,9 @@
 #include "ui/pick_list.h"
 
+#include <wx/button.h>
+#include <wx/dc.h>
 #include <wx/time.h>
+#include <wx/toplevel.h>
 
 #include "ui/look.h"
 
@@ -32,6 +35,10 @@ void PickList::Pick(const wxString& entry) {
 }
 
 void PickList::OnChar(wxKeyEvent& event) {
+    if (event.GetKeyCode() == WXK_RETURN && !IsPopupShown()) {
+        PressDefaultButton();
+        return;
+    }
     wxChar character = event.GetUnicodeKey();
     if (character <= WXK_SPACE || character == WXK_DELETE || event.HasModifiers()) {
         event.Skip();
@@ -44,6 +51,32 @@ void PickList::OnChar(wxKeyEvent& event) {
     int entry = FindTyped();
     if (entry != wxNOT_FOUND && entry != GetSelection())
         Pick(GetString(static_cast<unsigned>(entry)));
+}
+
+// The toolkit's own handling of Enter does not reach a control that wants all keys.
+void PickList::PressDefaultButton() {
+    auto* dialog = static_cast<wxTopLevelWindow*>(wxGetTopLevelParent(this));
+    auto* button = wxDynamicCast(dialog->GetDefaultItem(), wxButton);
+    if (!button) return;
+    wxCommandEvent press(wxEVT_BUTTON, button->GetId());
+    press.SetEventObject(button);
+    button->Command(press);
+}
+
+void PickList::OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const {
+    // The toolkit paints the entry that is highlighted in the open list, and nothing else.
+    bool highlighted = (flags & wxODCB_PAINTING_SELECTED) && !(flags & wxODCB_PAINTING_CONTROL);
+    if (!highlighted) {
+        dc.SetPen(*wxTRANSPARENT_PEN);
+        dc.SetBrush(look::DarkGreen);
+        dc.DrawRectangle(rect);
+    }
+    wxOwnerDrawnComboBox::OnDrawBackground(dc, rect, item, flags);
+}
+
+void PickList::OnDrawItem(wxDC& dc, const wxRect& rect, int item, int flags) const {
+    if (!(flags & wxODCB_PAINTING_SELECTED)) dc.SetTextForeground(look::BrightGreen);
+    wxOwnerDrawnComboBox::OnDrawItem(dc, rect, item, flags);
 }
 
 // The entry of exactly that text; else the first that begins with it.

@@ -15,7 +15,10 @@ class PickList final : public wxOwnerDrawnComboBox {
     void Pick(const wxString& entry);
 
    private:
+    void OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const override;
+    void OnDrawItem(wxDC& dc, const wxRect& rect, int item, int flags) const override;
     void OnChar(wxKeyEvent& event);
+    void PressDefaultButton();
     int FindTyped() const;
 
     wxString typed_;

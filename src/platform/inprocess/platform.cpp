@@ -332,6 +332,7 @@ bool ClaimSingleInstance(const char*) {
 }
 
 bool InstanceRuns(const char* program) {
+    if (Fails("InstanceRuns")) return false;
     return TheWorld.Running.contains(program);
 }
 

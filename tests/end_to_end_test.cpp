@@ -1,0 +1,487 @@
+// The programs as their users run them: real processes on a display, in folders of their own.
+//
+// What Quirkmeter does is seen at the other end of the wire, in the lines that the practice
+// simulator prints: each write, and with it each status line that goes to the simulator's screen.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <random>
+#include <stdexcept>
+#include <system_error>
+
+#include "process.h"
+
+namespace quirkmeter {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::Each;
+using testing::Ge;
+using testing::IsEmpty;
+using testing::Lt;
+
+constexpr char Program[] = "Quirkmeter";
+constexpr char Companion[] = "fsqmhc.exe";
+
+// What one pilot has: a program folder, a folder in which the processes meet, and a simulator.
+// Nothing that was started from it outlives it. What does not come in time is thrown.
+class Cockpit {
+   public:
+    Cockpit() {
+        std::string pattern = (fs::temp_directory_path() / "cockpit-XXXXXX").string();
+        folder_ = mkdtemp(pattern.data());
+        // Not by this process: a program cannot be started while a file that is open for writing is
+        // being inherited by what another thread starts.
+        Process copy({"cp", Built(Program), Built(Companion), folder_});
+        EXPECT_EQ(copy.ExitCode(), 0);
+    }
+    ~Cockpit() {
+        started_.clear();
+        // The companion first, for it starts the program.
+        for (const char* program : {Companion, Program}) {
+            for (const pid_t process : Running(program)) {
+                kill(process, SIGKILL);
+                ExitCode(process);
+            }
+        }
+        simulator_.reset();
+        fs::remove_all(folder_);
+    }
+    Cockpit(const Cockpit&) = delete;
+
+    fs::path File(const char* name) const { return folder_ / name; }
+    fs::path Settings() const { return File("Quirkmeter.ini"); }
+
+    Process& Start(const char* program) { return started_.emplace_back(Here({File(program)})); }
+
+    // The processes that run a program of this cockpit, whoever started it.
+    std::vector<pid_t> Running(const char* program) const {
+        std::vector<pid_t> found;
+        for (const auto& process : fs::directory_iterator("/proc")) {
+            std::error_code gone;
+            if (fs::read_symlink(process.path() / "exe", gone) == File(program))
+                found.push_back(std::stoi(process.path().filename()));
+        }
+        return found;
+    }
+    pid_t TheOne(const char* program) const {
+        const std::vector<pid_t> processes = Running(program);
+        if (processes.size() == 1) return processes[0];
+        throw std::runtime_error(std::to_string(processes.size()) + " of " + program + " run");
+    }
+
+    // The files of the windows, shared blocks or instances (or of all three) that there are.
+    std::vector<std::string> PassingFiles(std::string_view kind = "") const {
+        std::vector<std::string> names;
+        std::error_code none;
+        for (const auto& entry : fs::directory_iterator(folder_ / "quirkmeter", none)) {
+            const std::string name = entry.path().filename();
+            for (const char* prefix : {"window-", "mapping-", "instance-"})
+                if (name.starts_with(prefix) && name.starts_with(kind)) names.push_back(name);
+        }
+        return names;
+    }
+
+    void StartSimulator(const std::string& takeOffAfter = "1000000") {
+        simulator_.emplace(
+            Here({Built("practice-simulator"), "--headless", "--takeoff-after", takeOffAfter}));
+        Await("# ready");
+    }
+    pid_t StartSimulatorWithWindow() {
+        simulator_.emplace(Here({Built("practice-simulator"), "--takeoff-after", "1000000"}));
+        Await("# ready");
+        return simulator_->Pid();
+    }
+    void Tell(const std::string& command) { simulator_->Tell(command); }
+    void KillSimulator() { simulator_->Kill(); }
+
+    // Listens until that many more lines with this text have come.
+    void Await(const std::string& text, std::size_t count = 1) {
+        const std::size_t from = lines_.size();
+        const auto end = Clock::now() + Patience;
+        while (Heard(text, from).size() < count) {
+            const std::string line = simulator_->Line();
+            if (line.empty() || Clock::now() > end) throw std::runtime_error(DidNotCome(text));
+            lines_.push_back(line);
+        }
+    }
+
+    // The lines with that text that have come so far, or from that one on.
+    std::vector<std::string> Heard(const std::string& text, std::size_t from = 0) const {
+        std::vector<std::string> found;
+        for (std::size_t i = from; i < lines_.size(); ++i)
+            if (lines_[i].find(text) != std::string::npos) found.push_back(lines_[i]);
+        return found;
+    }
+
+    // Ends the simulator, after which all that it had to say has been heard.
+    void EndSimulator() {
+        Tell("quit");
+        Await("# quit");
+        EXPECT_EQ(simulator_->ExitCode(), 0);
+    }
+
+   private:
+    static fs::path Built(const char* program) {
+        return fs::read_symlink("/proc/self/exe").parent_path() / program;
+    }
+
+    std::vector<std::string> Here(std::vector<std::string> command) const {
+        const std::string environment[] = {
+            "env", "XDG_RUNTIME_DIR=" + folder_.string(), "HOME=" + folder_.string(),
+            "LC_ALL=C.UTF-8", "CANBERRA_DRIVER=null", "GDK_BACKEND=x11", "NO_AT_BRIDGE=1",
+            "GSETTINGS_BACKEND=memory",
+            // The widget set does not give everything back at the end.
+            "ASAN_OPTIONS=detect_leaks=0"};
+        command.insert(command.begin(), std::begin(environment), std::end(environment));
+        return command;
+    }
+
+    std::string DidNotCome(const std::string& text) const {
+        std::string message = text + " did not come after\n";
+        for (const std::string& line : Heard("")) message += line + '\n';
+        return message;
+    }
+
+    fs::path folder_;
+    std::deque<Process> started_;
+    std::optional<Process> simulator_;
+    std::vector<std::string> lines_;
+};
+
+double Seconds(const std::string& line) {
+    return std::stod(line);
+}
+
+std::string WithoutSeconds(const std::string& line) {
+    return line.substr(line.find(' ') + 1);
+}
+
+// Between each line and the one before it.
+std::vector<double> Pauses(const std::vector<std::string>& lines) {
+    std::vector<double> pauses;
+    for (std::size_t i = 1; i < lines.size(); ++i)
+        pauses.push_back(Seconds(lines[i]) - Seconds(lines[i - 1]));
+    return pauses;
+}
+
+// The program's windows with that title that can be seen, once there are as many as that.
+std::vector<std::string> Windows(pid_t program, const std::string& title, std::size_t count) {
+    std::vector<std::string> found;
+    const auto search = [&] {
+        Process xdotool({"xdotool", "search", "--all", "--onlyvisible", "--pid",
+                         std::to_string(program), "--name", "^" + title + "$"});
+        found.clear();
+        for (std::string line; !(line = xdotool.Line()).empty();) found.push_back(line);
+        return found.size() == count;
+    };
+    if (!Becomes(search)) throw std::runtime_error(title + " did not come");
+    return found;
+}
+
+void Press(const std::string& window, const std::string& key) {
+    Process xdotool({"xdotool", "windowactivate", "--sync", window, "key", key});
+    EXPECT_EQ(xdotool.ExitCode(), 0) << key;
+}
+
+// --- Flights -----------------------------------------------------------------------------------
+
+void FlyWithEverythingFailing() {
+    Cockpit cockpit;
+    std::string profile;
+    const int subsystems[] = {14, 7, 7, 8, 12, 10, 4};
+    for (int s = 1; s <= 7; ++s)
+        for (int n = 1; n <= subsystems[s - 1]; ++n)
+            profile += std::to_string(s) + "#" + std::to_string(n) + "#0#0\r\n";
+    Write(cockpit.File("all.qmp"), profile);
+    Write(cockpit.Settings(), "LASTPROFILE=" + cockpit.File("all.qmp").string() +
+                                  "\r\nDISPLAYUPDATE=YES\r\nDISPLAYFAILURES=YES\r\n");
+    cockpit.StartSimulator();
+    cockpit.Start(Program);
+    cockpit.Await("0x3380 128 \"QM:  On hold (not airborne).  No failures.\"");
+    cockpit.Tell("takeoff");
+    cockpit.Await("\"QM:  Operational.  No failures.\"");
+    cockpit.Await("# gear up");
+    cockpit.Tell("gear down");
+
+    const std::string aFlag = "0x0B71 1 1 Pitot Static (failure flag)";
+    const std::string aSwitch = "0x07BC 4 0 Master (autopilot switch)";
+    const std::string flaps = "0x0BDC 4 0 Flaps (control)";
+    cockpit.Await(aFlag, 3);
+    cockpit.Await(aSwitch, 3);
+    cockpit.Await(flaps);
+    EXPECT_GE(Seconds(cockpit.Heard(aFlag)[0]) - Seconds(cockpit.Heard("# took off")[0]), 9);
+    for (const std::string& write : {aFlag, aSwitch, flaps})
+        EXPECT_THAT(Pauses(cockpit.Heard(write)), Each(AllOf(Ge(0.5), Lt(4)))) << write;
+    EXPECT_THAT(cockpit.Heard(" failures... "), testing::SizeIs(Ge(1u)));
+    EXPECT_THAT(cockpit.Heard("0x0BE8"), IsEmpty()) << "the gear is down";
+}
+
+void LoseAndRegainTheSimulator() {
+    Cockpit cockpit;
+    const fs::path profile = cockpit.File("a=b #1.qmp");
+    Write(profile, "1#1#50#2\r\n");
+    const std::string settings = "\r\n=\r\nDISPLAYUPDATE=YES\r\nLASTPROFILE=" + profile.string() +
+                                 "\nACTIVE_HK=68\nACTIVE_HKCS=2\nCLEAR_HKCS=1\nSTATUS_HK=83\n"
+                                 "PLAYFAILURESOUND=yes\nSTATUS_HKCS=3";
+    Write(cockpit.Settings(), settings);
+    cockpit.StartSimulator();
+    Process& first = cockpit.Start(Program);
+    cockpit.Await("\"QM:  On hold (not airborne).\"");
+    EXPECT_EQ(cockpit.Start(Program).ExitCode(), 0) << "a second instance";
+
+    cockpit.KillSimulator();
+    cockpit.StartSimulator();
+    cockpit.Await("\"QM:  Connected\"");
+    cockpit.Await("\"QM:  On hold (not airborne).\"");
+    EXPECT_EQ(cockpit.TheOne(Program), first.Pid());
+    EXPECT_EQ(Content(cockpit.Settings()), settings);
+
+    first.Signal(SIGTERM);
+    EXPECT_EQ(first.ExitCode(), 0);
+    EXPECT_EQ(Content(cockpit.Settings()),
+              "LASTPROFILE=" + profile.string() +
+                  "\r\nSTATUS_HK=83\r\nSTATUS_HKCS=3\r\nACTIVE_HK=68\r\nACTIVE_HKCS=2\r\n"
+                  "DISPLAYUPDATE=YES\r\n");
+    cockpit.EndSimulator();
+    EXPECT_THAT(cockpit.PassingFiles(), IsEmpty());
+}
+
+// --- Flights in Hardcore Mode ------------------------------------------------------------------
+
+const std::string HardcoreSettings = "DISPLAYUPDATE=YES\r\nHARDCOREMODE=YES\r\n";
+const std::string HardcoreOnHold = "\"QM:  On hold (not airborne). Hardcore Mode.\"";
+
+// The user's one start: it starts the companion and ends, and the companion starts the program
+// again.
+void StartHardcore(Cockpit& cockpit) {
+    Write(cockpit.Settings(), HardcoreSettings);
+    cockpit.StartSimulator();
+    EXPECT_EQ(cockpit.Start(Program).ExitCode(), 0);
+    cockpit.Await(HardcoreOnHold);
+    EXPECT_EQ(Content(cockpit.Settings()), HardcoreSettings);
+}
+
+void LetTwoTicksPass(Cockpit& cockpit) {
+    cockpit.Tell("pause");
+    cockpit.Await("\"QM:  On hold (sim paused)(not airborne). Hardcore Mode.\"");
+    cockpit.Tell("resume");
+    cockpit.Await(HardcoreOnHold);
+}
+
+void TakeOff(Cockpit& cockpit) {
+    cockpit.Tell("takeoff");
+    cockpit.Await("\"QM:  Operational. Hardcore Mode.\"");
+}
+
+void ExpectCleanEnd(const Cockpit& cockpit, pid_t program) {
+    EXPECT_EQ(ExitCode(program), 0);
+    EXPECT_EQ(Content(cockpit.Settings()), "LASTPROFILE=\r\n" + HardcoreSettings);
+}
+
+// Writes to the slew mode and to the position.
+std::vector<std::string> Moves(const Cockpit& cockpit) {
+    return cockpit.Heard(" 0x05");
+}
+
+void ExpectMovedThreeTimes(Cockpit& cockpit) {
+    cockpit.EndSimulator();
+    const char* move[] = {"0x05DC 2 1 Slew",
+                          "0x0560 4 0 Latitude, low half",
+                          "0x0564 4 0 Latitude, high half",
+                          "0x0568 4 0 Longitude, low half",
+                          "0x056C 4 0 Longitude, high half",
+                          "0x0570 4 0 Altitude, low half",
+                          "0x0574 4 0 Altitude, high half",
+                          "0x05DC 2 0 Slew"};
+    std::vector<std::string> expected, writes;
+    for (int run = 1; run <= 3; ++run)
+        expected.insert(expected.end(), std::begin(move), std::end(move));
+    for (const std::string& line : Moves(cockpit)) writes.push_back(WithoutSeconds(line));
+    EXPECT_EQ(writes, expected);
+    EXPECT_THAT(Pauses(cockpit.Heard(move[0])), Each(AllOf(Ge(0.99), Lt(3))));
+}
+
+void CloseOnTheGround() {
+    Cockpit cockpit;
+    StartHardcore(cockpit);
+    const pid_t program = cockpit.TheOne(Program);
+    const pid_t companion = cockpit.TheOne(Companion);
+    LetTwoTicksPass(cockpit);  // in which the companion sees the program run
+    kill(program, SIGTERM);
+    ExpectCleanEnd(cockpit, program);
+    EXPECT_EQ(ExitCode(companion), 0);
+    cockpit.EndSimulator();
+    EXPECT_THAT(Moves(cockpit), IsEmpty());
+    EXPECT_THAT(cockpit.Running(Program), IsEmpty());
+    EXPECT_THAT(cockpit.PassingFiles(), IsEmpty());
+}
+
+void CloseInTheAir() {
+    Cockpit cockpit;
+    StartHardcore(cockpit);
+    const pid_t program = cockpit.TheOne(Program);
+    const pid_t companion = cockpit.TheOne(Companion);
+    TakeOff(cockpit);
+    kill(program, SIGTERM);
+    ExpectCleanEnd(cockpit, program);
+    EXPECT_EQ(ExitCode(companion), 0);
+    ExpectMovedThreeTimes(cockpit);
+}
+
+void LoseTheCompanionInTheAir() {
+    Cockpit cockpit;
+    StartHardcore(cockpit);
+    const pid_t program = cockpit.TheOne(Program);
+    TakeOff(cockpit);
+    kill(cockpit.TheOne(Companion), SIGKILL);
+    ExpectCleanEnd(cockpit, program);
+    ExpectMovedThreeTimes(cockpit);
+}
+
+void LoseTheCompanionOnTheGround() {
+    Cockpit cockpit;
+    StartHardcore(cockpit);
+    const pid_t program = cockpit.TheOne(Program);
+    kill(cockpit.TheOne(Companion), SIGKILL);
+    LetTwoTicksPass(cockpit);
+    EXPECT_THAT(Moves(cockpit), IsEmpty());
+    cockpit.Tell("takeoff");
+    ExpectCleanEnd(cockpit, program);
+    ExpectMovedThreeTimes(cockpit);
+}
+
+void LoseTheLinkAndThenTheCompanion() {
+    Cockpit cockpit;
+    StartHardcore(cockpit);
+    const pid_t program = cockpit.TheOne(Program);
+    TakeOff(cockpit);
+    cockpit.KillSimulator();
+    kill(cockpit.TheOne(Companion), SIGKILL);
+    // The tick after the one that lost the link gives its block back, to connect anew.
+    EXPECT_TRUE(Becomes([&] { return cockpit.PassingFiles("mapping-").empty(); }));
+    EXPECT_EQ(cockpit.TheOne(Program), program);
+    EXPECT_EQ(Content(cockpit.Settings()), HardcoreSettings);
+    cockpit.StartSimulator("0");
+    cockpit.Await("\"QM:  Connected Hardcore Mode.\"");
+    ExpectCleanEnd(cockpit, program);
+    ExpectMovedThreeTimes(cockpit);
+}
+
+struct Flight {
+    const char* name;
+    void (*fly)();
+};
+
+// At the same time, because a flight lasts for seconds in most of which nothing happens.
+TEST(EndToEnd, Flights) {
+    std::vector<std::jthread> flights;
+    for (const auto& [name, fly] :
+         {Flight{"FlyWithEverythingFailing", FlyWithEverythingFailing},
+          {"LoseAndRegainTheSimulator", LoseAndRegainTheSimulator},
+          {"CloseOnTheGround", CloseOnTheGround},
+          {"CloseInTheAir", CloseInTheAir},
+          {"LoseTheCompanionInTheAir", LoseTheCompanionInTheAir},
+          {"LoseTheCompanionOnTheGround", LoseTheCompanionOnTheGround},
+          {"LoseTheLinkAndThenTheCompanion", LoseTheLinkAndThenTheCompanion}}) {
+        flights.emplace_back([name = name, fly = fly] {
+            SCOPED_TRACE(name);
+            try {
+                fly();
+            } catch (const std::exception& error) {
+                ADD_FAILURE() << error.what();
+            }
+        });
+    }
+}
+
+// --- Starting and ending -----------------------------------------------------------------------
+
+TEST(EndToEnd, NonsenseInTheSettingsIsPassedOver) {
+    Cockpit cockpit;
+    std::string settings;
+    std::mt19937 bytes(1);
+    for (int i = 0; i < 100000; ++i) settings += static_cast<char>(bytes());
+    Write(cockpit.Settings(), settings + "\r\nDISPLAYUPDATE=YES\r\n");
+    cockpit.StartSimulator();
+    Process& program = cockpit.Start(Program);
+    cockpit.Await("\"QM:  On hold (not airborne).\"");
+    program.Signal(SIGTERM);
+    EXPECT_EQ(program.ExitCode(), 0);
+    // Not to be printed where they differ.
+    EXPECT_TRUE(Content(cockpit.Settings()) == "LASTPROFILE=\r\nDISPLAYUPDATE=YES\r\n");
+}
+
+TEST(EndToEnd, SettingsThatCannotBeWrittenAreComplainedAbout) {
+    Cockpit cockpit;
+    fs::create_directory(cockpit.Settings());
+    cockpit.StartSimulator();
+    Process& program = cockpit.Start(Program);
+    const std::string main = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
+    EXPECT_TRUE(Becomes([&] { return !cockpit.PassingFiles("mapping-").empty(); }));
+    program.Signal(SIGTERM);
+    for (const std::string& window : Windows(program.Pid(), "FS2002 Quirkmeter", 2))
+        if (window != main) Press(window, "Return");
+    EXPECT_EQ(program.ExitCode(), 0);
+    EXPECT_TRUE(fs::is_directory(cockpit.Settings()));
+}
+
+TEST(EndToEnd, HotkeyWorksWhileTheSimulatorHasTheKeyboard) {
+    Cockpit cockpit;
+    std::ofstream(cockpit.Settings()) << "STATUS_HK=83\r\nSTATUS_HKCS=1\r\n";
+    const pid_t simulator = cockpit.StartSimulatorWithWindow();
+    Process& program = cockpit.Start(Program);
+    Windows(program.Pid(), "FS2002 Quirkmeter", 1);
+    Press(Windows(simulator, "Practice Simulator", 1)[0], "Escape");
+
+    Process down({"xdotool", "keydown", "ctrl", "keydown", "s"});
+    EXPECT_EQ(down.ExitCode(), 0);
+    cockpit.Await("\"QM:  On hold (not airborne).\"", 2);  // as long as it is held
+    Process up({"xdotool", "keyup", "s", "keyup", "ctrl"});
+    EXPECT_EQ(up.ExitCode(), 0);
+    program.Signal(SIGTERM);
+    EXPECT_EQ(program.ExitCode(), 0);
+}
+
+TEST(EndToEnd, TheProgramEndsAlsoWhileADialogIsOpen) {
+    const std::pair<const char*, const char*> dialogs[] = {{"alt+p", "Help"}, {"alt+s", "Save As"}};
+    for (const auto& [key, title] : dialogs) {
+        Cockpit cockpit;
+        Process& program = cockpit.Start(Program);
+        Press(Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0], key);
+        Windows(program.Pid(), title, 1);
+        program.Signal(SIGTERM);
+        EXPECT_EQ(program.ExitCode(), 0) << title;
+        EXPECT_EQ(Content(cockpit.Settings()), "LASTPROFILE=\r\n") << title;
+    }
+}
+
+TEST(EndToEnd, HardcoreModeDoesNotStartWithoutItsCompanion) {
+    Cockpit cockpit;
+    fs::remove(cockpit.File(Companion));
+    Write(cockpit.Settings(), HardcoreSettings);
+    Process& program = cockpit.Start(Program);
+    Press(Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0], "Return");
+    EXPECT_EQ(program.ExitCode(), 0);
+    EXPECT_EQ(Content(cockpit.Settings()), HardcoreSettings);
+}
+
+TEST(EndToEnd, ThereIsOneCompanion) {
+    Cockpit cockpit;
+    Process& first = cockpit.Start(Companion);
+    EXPECT_TRUE(Becomes([&] { return !cockpit.PassingFiles("window-").empty(); }));
+    EXPECT_EQ(cockpit.Start(Companion).ExitCode(), 0);
+    EXPECT_EQ(cockpit.TheOne(Companion), first.Pid());
+}
+
+}  // namespace
+}  // namespace quirkmeter
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    // What a child of ours leaves behind becomes ours to wait for.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,137 @@
+// What tests of whole processes share: another process, waiting for what it does, and its files.
+#pragma once
+
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace quirkmeter {
+
+using Clock = std::chrono::steady_clock;
+
+/// How long a test waits for what must come, on a machine that is busy with other things as well.
+inline constexpr std::chrono::seconds Patience{15};
+
+/// Waits until the condition holds; false when it still does not when the patience is at its end.
+template <typename Condition>
+bool Becomes(Condition condition) {
+    const auto end = Clock::now() + Patience;
+    while (!condition()) {
+        if (Clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+/// Waits for the end of a child. Its exit code, or minus the number of the signal that ended it;
+/// nothing when it runs on.
+inline std::optional<int> ExitCode(pid_t child) {
+    int status = 0;
+    if (!Becomes([&] { return waitpid(child, &status, WNOHANG) != 0; })) return std::nullopt;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+inline std::string Content(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void Write(const std::filesystem::path& path, std::string_view content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+/// A child process, which ends with this object at the latest.
+class Process {
+   public:
+    explicit Process(std::vector<std::string> command) {
+        std::vector<char*> arguments;
+        for (std::string& part : command) arguments.push_back(part.data());
+        arguments.push_back(nullptr);
+        int ends[2] = {-1, -1};
+        socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends);
+        pid_ = fork();
+        if (pid_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            dup2(ends[1], STDIN_FILENO);
+            dup2(ends[1], STDOUT_FILENO);
+            execvp(arguments[0], arguments.data());
+            _exit(127);
+        }
+        close(ends[1]);
+        socket_ = ends[0];
+    }
+    Process(Process&&) = delete;
+    ~Process() {
+        Kill();
+        close(socket_);
+    }
+
+    pid_t Pid() const { return pid_; }
+
+    /// The next line that it printed, or what there is of one when its output ends or the patience.
+    std::string Line() {
+        const auto end = Clock::now() + Patience;
+        std::size_t length;
+        while ((length = output_.find('\n')) == output_.npos) {
+            if (!Receive(end)) return std::exchange(output_, {});
+        }
+        const std::string line = output_.substr(0, length);
+        output_.erase(0, length + 1);
+        return line;
+    }
+    int Number() { return std::stoi(Line()); }
+
+    /// Gives it a line on its standard input.
+    void Tell(const std::string& line) const {
+        const std::string text = line + '\n';
+        send(socket_, text.data(), text.size(), MSG_NOSIGNAL);
+    }
+
+    void Signal(int signal) const { kill(pid_, signal); }
+
+    /// Waits for its end; see above.
+    std::optional<int> ExitCode() {
+        const std::optional<int> code = quirkmeter::ExitCode(pid_);
+        if (code) pid_ = -1;
+        return code;
+    }
+
+    void Kill() {
+        if (pid_ <= 0) return;
+        Signal(SIGKILL);
+        waitpid(pid_, nullptr, 0);
+        pid_ = -1;
+    }
+
+   private:
+    bool Receive(Clock::time_point end) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        pollfd waiting{socket_, POLLIN, 0};
+        if (left <= 0 || poll(&waiting, 1, static_cast<int>(left)) <= 0) return false;
+        char bytes[4096];
+        const ssize_t length = recv(socket_, bytes, sizeof bytes, 0);
+        if (length <= 0) return false;
+        output_.append(bytes, static_cast<std::size_t>(length));
+        return true;
+    }
+
+    pid_t pid_ = -1;
+    int socket_ = -1;
+    std::string output_;  // what was received and is not yet asked for
+};
+
+}  // namespace quirkmeter

@@ -209,7 +209,8 @@ void frmMain::BindHandlers() {
     });
     // The native list keeps the release of the button for itself and tells of a click.
     lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsMouse, this);
-    lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK, [this](wxCommandEvent&) { ClickSubSystem(); });
+    lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK,
+                        [this](wxCommandEvent&) { ClickSubSystem(SelectedRow()); });
     lvwSubSystems->Bind(wxEVT_CHAR, &frmMain::OnSubSystemsChar, this);
     auto onClick = [](wxButton* button, auto handler) {
         button->Bind(wxEVT_BUTTON, [handler](wxCommandEvent&) { handler(); });
@@ -285,29 +286,28 @@ void frmMain::RefreshSubsystems(bool skipRecomputation) {
 void frmMain::OnSubSystemsMouse(wxMouseEvent& event) {
     event.Skip();
     int flags = 0;
-    if (lvwSubSystems->HitTest(event.GetPosition(), flags) != wxNOT_FOUND) ClickSubSystem();
+    ClickSubSystem(static_cast<int>(lvwSubSystems->HitTest(event.GetPosition(), flags)) + 1);
 }
 
 void frmMain::OnSubSystemsChar(wxKeyEvent& event) {
     int key = event.GetKeyCode();
     if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || key == WXK_SPACE)
-        ClickSubSystem();
+        ClickSubSystem(SelectedRow());
     else
         event.Skip();
 }
 
-// The dialog waits until the list has dealt with the click itself; one click of two opens it.
-void frmMain::ClickSubSystem() {
-    if (std::exchange(subSystemClicked_, true)) return;
-    CallAfter([this] {
-        OnSubSystemsClick();
+// The dialog waits until the list has dealt with the click itself; one click of two opens it. A tick
+// in between may select another row, so the row is the one of the click.
+void frmMain::ClickSubSystem(int n) {
+    if (n < 1 || std::exchange(subSystemClicked_, true)) return;
+    CallAfter([this, n] {
+        OnSubSystemsClick(n);
         subSystemClicked_ = false;
     });
 }
 
-void frmMain::OnSubSystemsClick() {
-    int n = SelectedRow();
-    if (n == 0) return;
+void frmMain::OnSubSystemsClick(int n) {
     LastClickedItem = n;
     int s = SelectedSystem();
     SubsystemEntry& entry = Catalogue[s][n];

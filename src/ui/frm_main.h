@@ -61,8 +61,8 @@ class frmMain final : public wxFrame, public MainWindow {
 
     void OnSubSystemsMouse(wxMouseEvent& event);
     void OnSubSystemsChar(wxKeyEvent& event);
-    void ClickSubSystem();
-    void OnSubSystemsClick();
+    void ClickSubSystem(int n);
+    void OnSubSystemsClick(int n);
     void OnSetAllRel();
     void OnSetSystemRel();
     bool ChooseProfile(long style);

@@ -51,7 +51,7 @@ exec {number}< <(exec Xvfb -displayfd 1 -screen 0 1600x800x24 2>/dev/null)
 processes+=($!)
 read -r -u "$number" display
 export DISPLAY=:$display
-openbox 2>/dev/null & processes=($! "${processes[@]}")
+openbox >/dev/null 2>&1 & processes=($! "${processes[@]}")
 ./practice-simulator > >(report) & processes=($! "${processes[@]}")
 sleep 1
 ./Quirkmeter & processes=($! "${processes[@]}")

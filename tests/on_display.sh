@@ -9,6 +9,6 @@ read -r -u "$number" display
 # The file dialog keeps settings of its own, which are nobody's here.
 export GSETTINGS_BACKEND=memory
 export DISPLAY=:$display
-openbox 2>/dev/null &
+openbox >/dev/null 2>&1 &
 processes+=($!)
 "$@"

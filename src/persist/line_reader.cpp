@@ -4,7 +4,7 @@ namespace quirkmeter {
 
 int LineReader::Peek() {
     if (at_ == size_) {
-        file_.read(buffer_.data(), buffer_.size());
+        file_.read(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
         at_ = 0;
         size_ = static_cast<std::size_t>(file_.gcount());
         if (size_ == 0) return EndOfFile;

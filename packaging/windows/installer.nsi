@@ -1,0 +1,98 @@
+; Installs for one user, without an administrator: the program writes its settings beside itself.
+; VERSION, FOLDER (what to install), TARGET and OUTPUT come from pack.sh.
+Target ${TARGET}
+SetCompressor /SOLID lzma
+RequestExecutionLevel user
+ManifestDPIAware true
+
+!include MUI2.nsh
+
+!define INSTALLED "Software\Microsoft\Windows\CurrentVersion\Uninstall\Quirkmeter"
+!define MENU "$SMPROGRAMS\FS2002 Quirkmeter"
+
+Name "FS2002 Quirkmeter"
+OutFile "${OUTPUT}"
+InstallDir "$LOCALAPPDATA\Programs\Quirkmeter"
+InstallDirRegKey HKCU "${INSTALLED}" InstallLocation
+BrandingText " "
+
+VIProductVersion ${VERSION}.0.0
+VIAddVersionKey ProductName "FS2002 Quirkmeter"
+VIAddVersionKey ProductVersion "${VERSION}"
+VIAddVersionKey FileDescription "FS2002 Quirkmeter Setup"
+VIAddVersionKey FileVersion "${VERSION}"
+VIAddVersionKey LegalCopyright ""
+
+!define MUI_ICON quirkmeter.ico
+!define MUI_UNICON quirkmeter.ico
+!define MUI_FINISHPAGE_RUN "$INSTDIR\Quirkmeter.exe"
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_PAGE_FINISH
+!insertmacro MUI_UNPAGE_CONFIRM
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE English
+
+; A program that runs cannot be written to.
+!macro TryToOpen program
+    ${If} ${FileExists} "$INSTDIR\${program}"
+        FileOpen $0 "$INSTDIR\${program}" a
+        FileClose $0
+    ${EndIf}
+!macroend
+
+!macro RequireClosed
+again:
+    ClearErrors
+    !insertmacro TryToOpen Quirkmeter.exe
+    !insertmacro TryToOpen fsqmhc.exe
+    !insertmacro TryToOpen practice-simulator.exe
+    IfErrors 0 closed
+    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
+        "Please close Quirkmeter and the practice simulator first." /SD IDCANCEL IDRETRY again
+    SetErrorLevel 2
+    Quit
+closed:
+!macroend
+
+Section
+    !insertmacro RequireClosed
+    SetOutPath "$INSTDIR"
+    File "${FOLDER}/*"
+    WriteUninstaller "$INSTDIR\uninstall.exe"
+
+    CreateDirectory "${MENU}"
+    CreateShortcut "${MENU}\FS2002 Quirkmeter.lnk" "$INSTDIR\Quirkmeter.exe"
+    CreateShortcut "${MENU}\Practice Simulator.lnk" "$INSTDIR\practice-simulator.exe"
+
+    WriteRegStr HKCU "${INSTALLED}" DisplayName "FS2002 Quirkmeter"
+    WriteRegStr HKCU "${INSTALLED}" DisplayVersion "${VERSION}"
+    WriteRegStr HKCU "${INSTALLED}" DisplayIcon "$INSTDIR\Quirkmeter.exe"
+    WriteRegStr HKCU "${INSTALLED}" InstallLocation "$INSTDIR"
+    WriteRegStr HKCU "${INSTALLED}" UninstallString '"$INSTDIR\uninstall.exe"'
+    WriteRegStr HKCU "${INSTALLED}" QuietUninstallString '"$INSTDIR\uninstall.exe" /S'
+    SectionGetSize 0 $0
+    WriteRegDWORD HKCU "${INSTALLED}" EstimatedSize $0
+    WriteRegDWORD HKCU "${INSTALLED}" NoModify 1
+    WriteRegDWORD HKCU "${INSTALLED}" NoRepair 1
+SectionEnd
+
+; What the user made stays, and with it the folder: the settings and every other profile.
+Section Uninstall
+    !insertmacro RequireClosed
+    Delete "$INSTDIR\Quirkmeter.exe"
+    Delete "$INSTDIR\fsqmhc.exe"
+    Delete "$INSTDIR\practice-simulator.exe"
+    Delete "$INSTDIR\Quirkmeter.htm"
+    Delete "$INSTDIR\practice.qmp"
+    Delete "$INSTDIR\sound_failure.wav"
+    Delete "$INSTDIR\sound_ok.wav"
+    Delete "$INSTDIR\sound_warning.wav"
+    Delete "$INSTDIR\uninstall.exe"
+    RMDir "$INSTDIR"
+
+    Delete "${MENU}\FS2002 Quirkmeter.lnk"
+    Delete "${MENU}\Practice Simulator.lnk"
+    RMDir "${MENU}"
+    DeleteRegKey HKCU "${INSTALLED}"
+SectionEnd

@@ -30,9 +30,11 @@ trap end EXIT
 trap 'exit 130' INT TERM
 
 # Prints what the practice simulator reports: its events, and of the writes that come every second
-# those that say something new.
+# those that say something new; of a draining tank the first.
 report() {
-    awk '$2 == "#" || !($2 in last) || last[$2] != $4 || $2 == "0x3380" { print; fflush() }
+    awk '$2 == "#" || $2 == "0x3380" || !($2 in last) || (last[$2] != $4 && !/tank level/) {
+             print; fflush()
+         }
          { last[$2] = $4 }'
 }
 
@@ -47,7 +49,7 @@ cd ../..
 need "${display_packages[@]}"
 cd build/hangar
 echo "No display: a minute of flight on a virtual one."
-exec {number}< <(exec Xvfb -displayfd 1 -screen 0 1600x800x24 2>/dev/null)
+exec {number}< <(exec Xvfb -displayfd 1 -screen 0 2000x800x24 2>/dev/null)
 processes+=($!)
 read -r -u "$number" display
 export DISPLAY=:$display

@@ -121,8 +121,8 @@ void frmMain::CreateControls() {
     lstSystems = new wxListBox(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
     look::PaintGreen(lstSystems);
 
-    CreateHardcoreNotice();
     place = look::Twips(panel_, 120, 2400, 6495, 3975);
+    CreateHardcoreNotice(place);
     lvwSubSystems = new wxListCtrl(panel_, wxID_ANY, place.GetPosition(), place.GetSize(),
                                    wxLC_REPORT | wxLC_SINGLE_SEL);
     look::PaintGreen(lvwSubSystems);
@@ -175,7 +175,7 @@ void frmMain::MakeRoomForSystems() {
     SetClientSize(GetClientSize() + wxSize(0, extra));
 }
 
-void frmMain::CreateHardcoreNotice() {
+void frmMain::CreateHardcoreNotice(const wxRect& place) {
     struct Line {
         const char* Text;
         int Left, Top, Width, Height;
@@ -190,13 +190,13 @@ void frmMain::CreateHardcoreNotice() {
         {"Profile opening", 2400, 5280, 2895, 255},
         {"Deactivating", 2400, 5640, 2895, 255},
     };
-    wxRect place = look::Twips(panel_, 120, 2400, 6495, 3975);
     notice_ = new wxPanel(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
     notice_->Hide();
     for (const Line& line : Lines) {
-        place = look::Twips(panel_, line.Left - 120, line.Top - 2400, line.Width, line.Height);
-        auto* label = new wxStaticText(notice_, wxID_ANY, line.Text, place.GetPosition(),
-                                       place.GetSize(), wxST_NO_AUTORESIZE);
+        wxRect at = look::Twips(panel_, line.Left, line.Top, line.Width, line.Height);
+        auto* label =
+            new wxStaticText(notice_, wxID_ANY, line.Text, at.GetPosition() - place.GetPosition(),
+                             at.GetSize(), wxST_NO_AUTORESIZE);
         label->SetForegroundColour(look::DarkGreen);
         label->SetFont(line.Height == 375 ? look::Large() : look::Bold());
     }

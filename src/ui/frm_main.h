@@ -49,7 +49,8 @@ class frmMain final : public wxFrame, public MainWindow {
 
    private:
     void CreateControls();
-    void CreateHardcoreNotice();
+    /// In the place of the list of sub-systems.
+    void CreateHardcoreNotice(const wxRect& place);
     void MakeRoomForSystems();
     void BindHandlers();
 

@@ -5,6 +5,7 @@ list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MINGW_ARCHITECTURE)
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR ${MINGW_ARCHITECTURE})
 set(host ${MINGW_ARCHITECTURE}-w64-mingw32)
+set(CMAKE_C_COMPILER ${host}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${host}-g++-posix)
 set(CMAKE_RC_COMPILER ${host}-windres)
 list(APPEND CMAKE_FIND_ROOT_PATH /usr/${host})  # behind the widget set

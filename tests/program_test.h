@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -122,8 +123,9 @@ class ProgramTest : public testing::Test {
         inprocess::Reset();
         ResetProgramState();
         TheMainWindow = &Window;
-        std::string folder = std::filesystem::temp_directory_path() / "quirkmeter-test-XXXXXX";
-        Folder = ::mkdtemp(folder.data());
+        Folder = std::filesystem::temp_directory_path() /
+                 ("quirkmeter-test-" + std::to_string(std::random_device{}()));
+        std::filesystem::create_directory(Folder);
         inprocess::SetProgramFolder(Folder.string());
         BuildCatalogue();
     }

@@ -8,6 +8,7 @@
 #include <wx/uiaction.h>
 
 #include "engine/tick.h"
+#include "native.h"
 #include "program_test.h"
 #include "ui/frm_main.h"
 #include "ui/frm_options.h"
@@ -37,20 +38,39 @@ bool Until(const std::function<bool()>& condition) {
     return true;
 }
 
+// Acts once, as soon as the condition holds, in whatever event loop is running then.
+void WhenTrue(std::function<bool()> condition, std::function<void()> act) {
+    auto* timer = new wxTimer;
+    timer->Bind(wxEVT_TIMER, [=](wxTimerEvent&) {
+        if (!condition()) return;
+        timer->Stop();
+        act();
+        wxTheApp->ScheduleForDestruction(timer);
+    });
+    timer->Start(5);
+}
+
 // Knows the modal dialogs that are open, and answers the system's message boxes as a user would.
 class Modals final : public wxModalDialogHook {
    public:
     Modals() { Register(); }
     ~Modals() override { Unregister(); }
 
-    /// Asked before the hooks that came later, as it answers for a user and those only watch.
-    void ComeFirst() {
-        Unregister();
-        Register();
-    }
-
     /// The dialog opened last.
     wxDialog* Last() const { return open_.empty() ? nullptr : open_.back(); }
+
+    /// True when the dialog opened last has the keyboard. What is the system's own does not know it
+    /// by itself.
+    bool LastHasKeyboard() const {
+        if (dynamic_cast<wxFileDialog*>(Last())) {
+            wxString title = native::KeyboardTitle();
+            return title == "Save As" || title == "Open";
+        }
+        if (!dynamic_cast<wxMessageDialogBase*>(Last()))
+            return Last()->IsShownOnScreen() && Last()->IsActive();
+        auto* main = dynamic_cast<frmMain*>(TheMainWindow);
+        return !main->IsActive() && native::KeyboardTitle() == "FS2002 Quirkmeter";
+    }
 
     std::vector<std::string> Messages;
     /// Runs while a message box is open.
@@ -58,36 +78,28 @@ class Modals final : public wxModalDialogHook {
 
    private:
     int Enter(wxDialog* dialog) override {
-        auto* box = dynamic_cast<wxMessageDialogBase*>(dialog);
-        if (!box) {
-            open_.push_back(dialog);
-            return wxID_NONE;
-        }
-        EXPECT_EQ(box->GetTitle(), "FS2002 Quirkmeter");
-        EXPECT_EQ(box->GetMessageDialogStyle() & (wxYES_NO | wxCANCEL), 0);
-        bool warning = box->GetMessageDialogStyle() & wxICON_WARNING;
-        Messages.push_back((warning ? "! " : "") + look::Stored(box->GetMessage()));
-        Meanwhile();
-        return wxID_OK;
+        open_.push_back(dialog);
+        if (auto* box = dynamic_cast<wxMessageDialogBase*>(dialog))
+            WhenTrue([this] { return LastHasKeyboard(); }, [this, box] { Answer(box); });
+        return wxID_NONE;
     }
     void Exit(wxDialog*) override { open_.pop_back(); }
 
+    void Answer(wxMessageDialogBase* box) {
+        EXPECT_EQ(box->GetMessageDialogStyle() & (wxYES_NO | wxCANCEL), 0);
+        bool warning = box->GetMessageDialogStyle() & wxICON_WARNING;
+        Messages.push_back((warning ? "! " : "") + look::Stored(native::Text(box)));
+        Meanwhile();
+        wxUIActionSimulator().Char(WXK_RETURN);
+    }
+
     std::vector<wxDialog*> open_;
 };
-
-// The system's own file dialog does not know by itself whether it has the keyboard.
-bool HasKeyboard(wxDialog* dialog) {
-    if (!dynamic_cast<wxFileDialog*>(dialog)) return dialog->IsActive();
-    wxArrayString output;
-    wxExecute("xdotool getwindowfocus getwindowname", output, wxEXEC_SYNC | wxEXEC_NOEVENTS);
-    return !output.empty() && (output[0] == "Save As" || output[0] == "Open");
-}
 
 class WindowTest : public ProgramTest {
    protected:
     WindowTest() {
         InstallSounds();
-        std::filesystem::current_path(Folder);
         Open();
     }
     ~WindowTest() override {
@@ -98,7 +110,6 @@ class WindowTest : public ProgramTest {
     void Open() {
         ResetProgramState();
         main = new frmMain;
-        modals.ComeFirst();
         ASSERT_TRUE(main->Load());
         main->tmrTimer.Stop();  // ticks come from the test
         inprocess::TakeSounds();
@@ -122,8 +133,13 @@ class WindowTest : public ProgramTest {
 
     void ClickOn(wxWindow* window, wxPoint at) {
         wxUIActionSimulator mouse;
-        mouse.MouseMove(window->ClientToScreen(at));
-        HandleEvents();
+        EXPECT_TRUE(Until([&] {
+            const wxPoint place = window->ClientToScreen(at);
+            mouse.MouseMove(place);
+            HandleEvents();
+            wxWindow* found = wxFindWindowAtPoint(place);
+            return found && wxGetTopLevelParent(found) == wxGetTopLevelParent(window);
+        })) << "a new window may still be on its way to its place";
         mouse.MouseClick();
         HandleEvents();
         EXPECT_TRUE(Until([this] { return waiting == 0; })) << "the dialog that was to open";
@@ -159,17 +175,12 @@ class WindowTest : public ProgramTest {
     template <typename Dialog>
     void WhenOpen(std::function<void(Dialog*)> act) {
         ++waiting;
-        // A timer of its own, which fires in whatever event loop is running then.
-        auto* timer = new wxTimer;
-        timer->Bind(wxEVT_TIMER, [this, act, timer](wxTimerEvent&) {
-            auto* dialog = dynamic_cast<Dialog*>(modals.Last());
-            if (!dialog || !dialog->IsShownOnScreen() || !HasKeyboard(dialog)) return;
-            timer->Stop();
-            --waiting;
-            act(dialog);
-            wxTheApp->ScheduleForDestruction(timer);
-        });
-        timer->Start(5);
+        WhenTrue(
+            [this] { return dynamic_cast<Dialog*>(modals.Last()) && modals.LastHasKeyboard(); },
+            [this, act] {
+                --waiting;
+                act(static_cast<Dialog*>(modals.Last()));
+            });
     }
 
     // Presses the button and types the file's name into the file dialog, which shows the test's
@@ -178,8 +189,7 @@ class WindowTest : public ProgramTest {
         WhenOpen<wxFileDialog>([this, path, tick](wxFileDialog* dialog) {
             EXPECT_EQ(dialog->GetWildcard(), "FS2002 Quirkmeter Profile (*.qmp)|;*.qmp");
             if (tick) Tick();
-            if (!path.empty())
-                wxUIActionSimulator().Text(("./" + platform::FileName(path)).c_str());
+            if (!path.empty()) native::TypeFileName(platform::FileName(path));
             HandleEvents();
             // The first key may go to the completion of the name.
             EXPECT_TRUE(Until([&] {

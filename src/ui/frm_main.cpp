@@ -64,7 +64,8 @@ void ApplyEdit(SubsystemEntry& entry, const ReliabilityEdit& edit) {
 frmMain::frmMain()
     : wxFrame(nullptr, wxID_ANY, ProgramTitle, wxDefaultPosition, wxDefaultSize,
               wxDEFAULT_FRAME_STYLE & ~(wxRESIZE_BORDER | wxMAXIMIZE_BOX)),
-      tmrTimer(this) {
+      tmrTimer(this),
+      cdlDialogPath_(look::Shown(platform::ProgramFile("\\"))) {
     TheMainWindow = this;
     SetIcons(look::ProgramIcons());
     CreateControls();

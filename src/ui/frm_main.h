@@ -95,7 +95,7 @@ class frmMain final : public wxFrame, public MainWindow {
     std::unique_ptr<wxStaticBoxSizer> statusSizer_;
     int LastClickedItem = 0;
     bool subSystemClicked_ = false;
-    wxString cdlDialogPath_;  // the file chosen last in this run
+    wxString cdlDialogPath_;  // the file chosen last in this run; at first the program's folder
 };
 
 }  // namespace quirkmeter

@@ -341,7 +341,7 @@ bool TerminationRequested() {
 }
 
 std::string ProgramFile(std::string_view name) {
-    return TheWorld.Folder + "/" + std::string(name.substr(1));
+    return (std::filesystem::path(TheWorld.Folder) / name.substr(1)).string();
 }
 
 std::string FileName(const std::string& path) {

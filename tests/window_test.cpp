@@ -5,6 +5,7 @@
 #include <wx/filedlg.h>
 #include <wx/modalhook.h>
 #include <wx/msgdlg.h>
+#include <wx/panel.h>
 #include <wx/uiaction.h>
 
 #include "engine/tick.h"
@@ -14,6 +15,7 @@
 #include "ui/frm_options.h"
 #include "ui/frm_settings.h"
 #include "ui/look.h"
+#include "window_texts.h"
 
 namespace quirkmeter {
 namespace {
@@ -48,6 +50,50 @@ void WhenTrue(std::function<bool()> condition, std::function<void()> act) {
         wxTheApp->ScheduleForDestruction(timer);
     });
     timer->Start(5);
+}
+
+std::string Caption(wxWindow* control) {
+    return look::Stored(wxControl::RemoveMnemonics(native::Text(control)));
+}
+
+std::string RowTexts(wxListCtrl* list, long row) {
+    wxString texts;
+    for (int column = 0; column < list->GetColumnCount(); ++column)
+        texts += (column > 0 ? "|" : "") + list->GetItemText(row, column);
+    return look::Stored(texts);
+}
+
+std::string ColumnTitles(wxListCtrl* list) {
+    wxString titles;
+    for (int column = 0; column < list->GetColumnCount(); ++column) {
+        wxListItem title;
+        title.SetMask(wxLIST_MASK_TEXT);
+        list->GetColumn(column, title);
+        titles += (column > 0 ? "|" : "") + title.GetText();
+    }
+    return look::Stored(titles);
+}
+
+// A line for every text that a window shows: its title, then what is in it.
+std::string Texts(wxWindow* window) {
+    if (!window->IsShown()) return "";
+    std::string lines;
+    auto add = [&lines](const std::string& text) {
+        if (!text.empty()) lines += text + "\n";
+    };
+    if (auto* systems = dynamic_cast<wxListBox*>(window)) {
+        for (const wxString& title : systems->GetStrings()) add(look::Stored(title));
+    } else if (auto* rows = dynamic_cast<wxListCtrl*>(window)) {
+        add(ColumnTitles(rows));
+        for (long row = 0; row < rows->GetItemCount(); ++row) add(RowTexts(rows, row));
+    } else if (auto* list = dynamic_cast<PickList*>(window)) {
+        add("[" + look::Stored(list->GetValue()) + "]");
+    } else {
+        // A panel has a text, too, which nobody sees.
+        if (!dynamic_cast<wxPanel*>(window)) add(look::Stored(native::Text(window)));
+        for (wxWindow* child : window->GetChildren()) lines += Texts(child);
+    }
+    return lines;
 }
 
 // Knows the modal dialogs that are open, and answers the system's message boxes as a user would.
@@ -228,14 +274,14 @@ TEST_F(WindowTest, StartShowsTheAutopilotAndNoConnection) {
     EXPECT_THAT(Row(1), ElementsAre(" Airspeed", "100%", "1 hour of flight", "Never"));
     EXPECT_EQ(Icon(14), 0);
     EXPECT_EQ(Selected(), 1);
-    EXPECT_EQ(main->cmdSetSystemRel->GetLabel(), "Set Autopilot &Reliabilities");
-    EXPECT_EQ(main->lblSubSystems->GetLabelText(), "Sub-systems");
-    EXPECT_EQ(main->lblStatus->GetLabelText(), "FSUIPC - No connection to Flight Simulator.");
+    EXPECT_EQ(native::Text(main->cmdSetSystemRel), "Set Autopilot &Reliabilities");
+    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems");
+    EXPECT_EQ(Caption(main->lblStatus), "FSUIPC - No connection to Flight Simulator.");
     EXPECT_EQ(main->GetTitle(), "FS2002 Quirkmeter");
     EXPECT_EQ(main->lstSystems->GetString(6), " Radio");
 
     ChooseSystem(4);
-    EXPECT_EQ(main->cmdSetSystemRel->GetLabel(), "Set Engine &Reliabilities");
+    EXPECT_EQ(native::Text(main->cmdSetSystemRel), "Set Engine &Reliabilities");
     EXPECT_EQ(main->lvwSubSystems->GetItemCount(), 8);
     Catalogue[4][2].Reliability = "99.5";
     Catalogue[4][2].Hours = "0.5";
@@ -246,6 +292,33 @@ TEST_F(WindowTest, StartShowsTheAutopilotAndNoConnection) {
     main->RefreshSubsystems(true);
     EXPECT_EQ(Cell(2, 3), "Yes");
     EXPECT_EQ(Icon(2), 1);
+}
+
+// Read from the system's own controls: the same on every system.
+TEST_F(WindowTest, EveryTextIsShownAsItStands) {
+    std::string texts = Texts(main);
+    for (int system = 2; system <= 7; ++system) {
+        ChooseSystem(system);
+        texts += "\n" + look::Stored(native::Text(main->cmdSetSystemRel)) + "\n" +
+                 Texts(main->lvwSubSystems);
+    }
+    auto cancel = [this, &texts](auto* dialog) {
+        texts += "\n" + Texts(dialog);
+        Click(dialog->cmdCancel);
+    };
+    WhenOpen<frmReliability>(cancel);
+    ClickRow(1);
+    WhenOpen<frmReliability>(cancel);
+    Click(main->cmdSetAllRel);
+    WhenOpen<frmOptions>([&](frmOptions* dialog) {
+        texts += "\n" + Texts(dialog);
+        WhenOpen<frmSettings>(cancel);
+        Click(dialog->cmdSettings);
+    });
+    Click(main->cmdOptions);
+    main->ShowSubsystemList(false);
+    texts += "\n" + Texts(main);
+    EXPECT_EQ(texts, WindowTexts);
 }
 
 TEST_F(WindowTest, TabGoesThroughTheControlsInOrder) {
@@ -441,7 +514,7 @@ TEST_F(WindowTest, CommaRoundTrip) {
     Close();
     Open();
     EXPECT_THAT(Row(1), ElementsAre(" Airspeed", "99,25%", "0,5 hours of flight", "No"));
-    EXPECT_EQ(main->lblSubSystems->GetLabelText(), "Sub-systems (heavy)");
+    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems (heavy)");
     WhenOpen<frmReliability>([this](frmReliability* dialog) {
         EXPECT_EQ(dialog->cboRelRight->GetValue(), "250");
         EXPECT_EQ(dialog->cboHours->GetValue(), "0.5");
@@ -457,7 +530,7 @@ TEST_F(WindowTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     Catalogue[1][3].Reliability = "12.5";
     const std::string profile = (Folder / "a&b").string();
     ChooseFile(main->cmdSaveAs, profile);
-    EXPECT_EQ(main->lblSubSystems->GetLabelText(), "Sub-systems (a&b)");
+    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems (a&b)");
     Catalogue[1][3].Reliability = "25";
     ChooseFile(main->cmdSaveAs, profile);  // over the old one, without a question
     Catalogue[1][3].Reliability = "100";
@@ -471,7 +544,7 @@ TEST_F(WindowTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     ChooseFile(main->cmdOpen, (Folder / "bad").string());
     EXPECT_THAT(modals.Messages, ElementsAre("! Could not read " + (Folder / "bad").string()));
     EXPECT_EQ(Settings.LastProfile, "");
-    EXPECT_EQ(main->lblSubSystems->GetLabelText(), "Sub-systems (a&b)");
+    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems (a&b)");
     inprocess::FailCalls("ReplaceFile", 1, 1, 0);
     ChooseFile(main->cmdSaveAs, profile);
     EXPECT_EQ(modals.Messages.back(), "! Could not write " + profile);
@@ -482,7 +555,7 @@ TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {
     WriteFile("Quirkmeter.htm", "");
     WhenOpen<frmOptions>([this](frmOptions* dialog) {
         EXPECT_EQ(dialog->GetTitle(), "Help");
-        EXPECT_EQ(dialog->lblVersion->GetLabelText(), "FSQM Version 1.3");
+        EXPECT_EQ(Caption(dialog->lblVersion), "FSQM Version 1.3");
         Key(WXK_RETURN);  // the default button
         EXPECT_TRUE(dialog->IsModal()) << "stays open";
         Key(WXK_ESCAPE);
@@ -587,7 +660,7 @@ TEST_F(WindowTest, HardcoreLockRefusesWhatItMustAndNothingElse) {
     Settings.HardcoreActive = true;
     Tick();
     Tick();
-    EXPECT_EQ(main->lblStatus->GetLabelText(), "On hold (not airborne). Hardcore Mode.");
+    EXPECT_EQ(Caption(main->lblStatus), "On hold (not airborne). Hardcore Mode.");
     EXPECT_TRUE(main->lvwSubSystems->IsShown());
     AddFailure(1, 1);
     simulator.Space.SetValue(0x0366, 2, 0);
@@ -658,7 +731,7 @@ TEST_F(WindowTest, StartUpReadsWhatWasSavedAndSecondInstanceDoesNothing) {
     Open();
     EXPECT_EQ(modals.Messages.size(), 1u);
     EXPECT_EQ(Catalogue[1][1].RangeHigh - Catalogue[1][1].RangeLow, 50000);
-    EXPECT_EQ(main->lblStatus->GetLabelText(), "On hold (not airborne).  No failures.");
+    EXPECT_EQ(Caption(main->lblStatus), "On hold (not airborne).  No failures.");
 }
 
 }  // namespace
@@ -666,7 +739,13 @@ TEST_F(WindowTest, StartUpReadsWhatWasSavedAndSecondInstanceDoesNothing) {
 
 class WindowTestApp final : public wxApp {
    public:
-    bool OnInit() override { return true; }
+    bool OnInit() override {
+        wxSetAssertHandler([](const wxString& file, int line, const wxString&,
+                              const wxString& condition, const wxString& message) {
+            ADD_FAILURE_AT(file.utf8_str(), line) << condition << ": " << message;
+        });
+        return true;
+    }
     int OnRun() override {
         SetExitOnFrameDelete(false);
         wxTheApp->CallAfter([this] {

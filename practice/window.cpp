@@ -256,6 +256,7 @@ bool RunWindow(Simulator& simulator, const std::string& className) {
     char* arguments[] = {name, nullptr};
     int count = 1;
     std::atomic<bool> wireFailed = false;
+    platform::CloseOwnConsole();
     // Where there is no display, the widget set's own target dies while it tries to show that.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxApp::SetInstance(new PracticeApp(simulator, className, wireFailed));

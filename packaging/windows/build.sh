@@ -135,7 +135,7 @@ if [ ! -d "$toolkit" ]; then
 fi 9>"$cache/lock"
 
 build=build/windows-$arch
-cmake -G Ninja -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+cmake -G Ninja -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
     -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" -DMINGW_ARCHITECTURE="$arch" \
     -DCMAKE_FIND_ROOT_PATH="$toolkit" \
     -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config" >/dev/null

@@ -160,7 +160,7 @@ unpacked() {
     mkdir -p "$WINEPREFIX/drive_c/$users_folder"
     unzip -q "$zip" -d "$WINEPREFIX/drive_c/$users_folder"
     [ "$(ls "$WINEPREFIX/drive_c/$users_folder")" = Quirkmeter ]
-    [ "$(cd "$folder" && LC_ALL=C ls | tr '\n' ' ')" = "Quirkmeter.exe Quirkmeter.htm fsqmhc.exe \
+    [ "$(cd "$folder" && LC_ALL=C ls | tr '\n' ' ')" = "LICENSE.txt Quirkmeter.exe Quirkmeter.htm fsqmhc.exe \
 practice-simulator.exe practice.qmp sound_failure.wav sound_ok.wav sound_warning.wav " ]
 }
 

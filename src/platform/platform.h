@@ -147,6 +147,10 @@ bool InstanceRuns(const char* program);
 /// Windows by a request to close an owned window, which does not close it.
 bool TerminationRequested();
 
+/// Closes a console that Windows opened for this process alone, as it does for a console program
+/// that is not started from one. Elsewhere there is none.
+void CloseOwnConsole();
+
 /// The path of a file in the folder of the running executable; `name` begins with a backslash,
 /// which becomes the system's own separator.
 std::string ProgramFile(std::string_view name);

@@ -54,6 +54,8 @@ bool InstanceRuns(const char* program) {
     return lock && !LiveFiles(lock, InstanceFile(program)).empty();
 }
 
+void CloseOwnConsole() {}
+
 std::string ProgramFile(std::string_view name) {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);

@@ -1,6 +1,8 @@
 // The process, its clock and its folder.
 #include <windows.h>
 
+#include <iterator>
+
 #include "platform/platform.h"
 
 namespace quirkmeter::platform {
@@ -58,6 +60,11 @@ bool InstanceRuns(const char* program) {
     if (!mutex) return ::GetLastError() == ERROR_ACCESS_DENIED;
     ::CloseHandle(mutex);
     return true;
+}
+
+void CloseOwnConsole() {
+    DWORD processes[2];
+    if (::GetConsoleProcessList(processes, std::size(processes)) == 1) ::FreeConsole();
 }
 
 std::string ProgramFile(std::string_view name) {

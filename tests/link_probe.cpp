@@ -1,0 +1,31 @@
+// link-probe: works the link by hand. It takes an operation a line: init, open VERSION, close,
+// read OFFSET SIZE, process; and answers each with its result code. A failure that sets no code
+// shows as -1.
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "link/sim_link.h"
+
+int main() {
+    using namespace quirkmeter;
+    static std::vector<std::byte> answers(BlockSize);
+    std::string operation;
+    while (std::cin >> operation) {
+        std::int32_t result = -1, number = 0, size = 0;
+        if (operation == "init") {
+            SimInit();
+        } else if (operation == "close") {
+            SimClose();
+        } else if (operation == "open") {
+            std::cin >> number;
+            SimOpen(number, result);
+        } else if (operation == "read") {
+            std::cin >> number >> size;
+            SimRead(number, size, answers.data(), result);
+        } else if (operation == "process") {
+            SimProcess(result);
+        }
+        std::cout << result << std::endl;
+    }
+}

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Takes the pictures of docs/pictures from the running programs on a virtual display, at 100 % and at
-# 200 %: ./docs/take-screenshots.sh, after ./run.sh has built everything.
+# 200 %, and the main window as Windows draws it: ./docs/take-screenshots.sh, after ./run.sh and
+# packaging/windows/build.sh have built everything.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh
-need "${display_packages[@]}" xdotool
+need "${display_packages[@]}" xdotool wine64
 root=$PWD
 folder=$(mktemp -d)
 processes=()
@@ -26,13 +27,24 @@ shoot() {
 front() { timeout 10 xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync; }
 keys() { for key; do xdotool key --clearmodifiers "$key"; sleep 0.3; done; }
 
-fly() {
-    scale=$1
+open_display() {
     exec {number}< <(exec Xvfb -displayfd 1 -screen 0 2600x1800x24 2>/dev/null)
     processes=($!)
     read -r -u "$number" display
-    export DISPLAY=:$display GDK_SCALE=$((scale / 100))
+    export DISPLAY=:$display
     start openbox
+}
+
+close_display() {
+    kill "${processes[@]}" 2>/dev/null || true
+    wait 2>/dev/null || true
+    cd "$root"
+}
+
+fly() {
+    scale=$1
+    export GDK_SCALE=$((scale / 100))
+    open_display
     rm -rf "$folder/fly"
     cmake --install build/release --prefix "$folder/fly" >/dev/null
     cd "$folder/fly"
@@ -71,10 +83,24 @@ fly() {
     front "FS2002 Quirkmeter"
     sleep 8
     shoot hardcore "FS2002 Quirkmeter"
-    kill "${processes[@]}" 2>/dev/null || true
-    wait 2>/dev/null || true
-    cd "$root"
+    close_display
+}
+
+fly_on_windows() {
+    scale=windows
+    export WINEPREFIX=$folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
+    open_display
+    cp -r build/windows-x86_64/hangar "$folder/hangar"
+    cd "$folder/hangar"
+    printf '%s\r\n' "LASTPROFILE=Z:${PWD//\//\\}\practice.qmp" DISPLAYFAILURES=YES >Quirkmeter.ini
+    start /usr/lib/wine/wine64 practice-simulator.exe --takeoff-after 2
+    start /usr/lib/wine/wine64 Quirkmeter.exe
+    sleep 40
+    shoot main "FS2002 Quirkmeter"
+    /usr/lib/wine/wineserver64 -k || true
+    close_display
 }
 
 fly 100
 fly 200
+fly_on_windows

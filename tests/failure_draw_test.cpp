@@ -1,7 +1,8 @@
 #include "engine/failure_draw.h"
 
-#include <array>
 #include <cmath>
+#include <numeric>
+#include <utility>
 
 #include "model/random.h"
 #include "program_test.h"
@@ -19,14 +20,17 @@ class FailureDrawTest : public ProgramTest {
         ForEachSubsystem([&](int, int, SubsystemEntry& entry) {
             entry.Reliability = reliability;
             entry.Hours = hours;
+            entry.Elapsed = 0;
         });
         ComputeFailureRanges();
     }
 
     // A draw step as it comes in flight, ten ticks after the last.
-    void Step() {
-        inprocess::AdvanceClock(10);
-        DrawStep(0, 0);
+    void Step(int count = 1) {
+        for (int i = 0; i < count; ++i) {
+            inprocess::AdvanceClock(10);
+            DrawStep(0, 0);
+        }
     }
 
     // Takes the failures out of the list, so that the sub-systems can fail again.
@@ -36,187 +40,129 @@ class FailureDrawTest : public ProgramTest {
         return count;
     }
 
-    SubsystemEntry& Entry(int s, int n) { return Catalogue[s][n]; }
+    // How often one draw fails, by the width of the ranges.
+    double Chance() { return (Catalogue[1][1].RangeHigh - Catalogue[1][1].RangeLow) / 100001.0; }
 };
 
-using RandomTest = ProgramTest;
-
-TEST_F(RandomTest, EveryNumberOfTheRangeIsAsLikely) {
-    std::array<int, 10> counts{};
-    for (int i = 0; i < 100000; ++i) {
-        if (i % 62 == 0) inprocess::AdvanceClock(10);
-        std::int32_t r = RandomInRange(4, -5);
-        ASSERT_GE(r, -5);
-        ASSERT_LE(r, 4);
-        ++counts[static_cast<std::size_t>(r + 5)];
-    }
-    for (int count : counts) EXPECT_NEAR(count, 10000, 4 * std::sqrt(10000 * 0.9));
-    EXPECT_EQ(RandomInRange(7, 7), 7);
+TEST_F(FailureDrawTest, RandomNumbersDifferFromDayToDay) {
     EXPECT_EQ(RandomInRange(0, 1), 1) << "an empty range gives its lower bound";
-}
-
-TEST_F(RandomTest, AnotherRunAtTheSameTimeOfDayDiffersOnceItsPastDiffers) {
     auto first = RandomInRange(1 << 30, 0);
-    auto second = RandomInRange(1 << 30, 0);
-    EXPECT_NE(first, second) << "within one clock reading the sequence goes on";
-    inprocess::AdvanceClock(86400);
-    auto nextDay = RandomInRange(1 << 30, 0);
-    EXPECT_NE(nextDay, first);
-    EXPECT_NE(nextDay, second);
+    EXPECT_NE(RandomInRange(1 << 30, 0), first) << "within one clock reading the sequence goes on";
+    ResetRandom();
+    first = RandomInRange(1 << 30, 0);
+    inprocess::AdvanceClock(10);
+    RandomInRange(1 << 30, 0);
+    inprocess::AdvanceClock(86390);
+    EXPECT_NE(RandomInRange(1 << 30, 0), first) << "the same second of another day";
 }
 
 TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliability) {
     const std::pair<const char*, int> widths[] = {{"100", 0},    {"99.999", 1}, {"99", 1000},
-                                                  {"90", 10000}, {"50", 50000}, {"0", 100000}};
+                                                  {"90", 10000}, {"0", 100000}, {"x", 0}};
     for (auto [reliability, width] : widths) {
-        SetAll(reliability, "1");
+        SetAll(reliability, "y");  // unreadable: the default
         ForEachSubsystem([&](int, int, const SubsystemEntry& entry) {
             EXPECT_EQ(entry.RangeHigh - entry.RangeLow, width) << reliability;
-            EXPECT_GE(entry.RangeLow, 0);
-            EXPECT_LE(entry.RangeHigh, 100000);
-            EXPECT_GE(entry.DrawAt, 1);
-            EXPECT_LE(entry.DrawAt, 360);
+            EXPECT_TRUE(0 <= entry.RangeLow && entry.RangeHigh <= 100000);
+            EXPECT_TRUE(1 <= entry.DrawAt && entry.DrawAt <= 360);
         });
     }
-}
-
-TEST_F(FailureDrawTest, PeriodLengthIsRoundedToTheNearestStepHalfToEven) {
-    // 0.0125 hours are 4.5 steps.
-    SetAll("0", "0.0125");
-    for (int i = 0; i < 200; ++i) {
-        ComputeFailureRanges();
-        EXPECT_LE(Entry(1, 1).DrawAt, 4);
-    }
+    Step(400);
+    EXPECT_EQ(FailureCount, 0);
 }
 
 TEST_F(FailureDrawTest, OneDrawAPeriodAtItsStep) {
-    SetAll("0", "1");
-    Entry(1, 1).DrawAt = 200;
-    Entry(1, 1).RangeLow = 0;
-    Entry(1, 1).RangeHigh = 100001;
-    for (int step = 1; step < 200; ++step) Step();
-    EXPECT_FALSE(Entry(1, 1).Failed);
+    SubsystemEntry& entry = Catalogue[1][1];
+    entry.Reliability = "0";
+    entry.DrawAt = 200;
+    entry.RangeHigh = 100001;
+    Step(199);
+    EXPECT_FALSE(entry.Failed);
     Step();
-    EXPECT_TRUE(Entry(1, 1).Failed);
-    EXPECT_EQ(Entry(1, 1).Elapsed, 200);
-    Entry(1, 1).DrawAt = 201;
+    EXPECT_TRUE(entry.Failed);
+    EXPECT_EQ(entry.Elapsed, 200);
+    entry.DrawAt = 201;
     Step();
-    for (int step = 202; step < 360; ++step) Step();
-    EXPECT_EQ(Entry(1, 1).Elapsed, 359);
+    EXPECT_EQ(FailureCount, 1) << "a failed sub-system is never added again";
+    TakeFailures();
+    Step(158);
+    EXPECT_EQ(entry.Elapsed, 359);
     Step();
-    EXPECT_EQ(Entry(1, 1).Elapsed, 0);
-    int pairs = 0;
-    for (int row = 1; row <= FailureCount; ++row)
-        pairs += FailureList[row].System == 1 && FailureList[row].SubSystem == 1;
-    EXPECT_EQ(pairs, 1) << "a failed sub-system is never added again";
+    EXPECT_EQ(entry.Elapsed, 0);
+    EXPECT_EQ(FailureCount, 0);
+    // 0.0125 hours are 4.5 steps: half to even.
+    entry.Hours = "0.0125";
+    for (int i = 0; i < 200; ++i) {
+        ComputeFailureRanges();
+        EXPECT_LE(entry.DrawAt, 4);
+    }
 }
 
 TEST_F(FailureDrawTest, GearAndFlapsWaitWhileOutAndMissingEnginesAreSkipped) {
     SetAll("0", "0.0");
     Engine.EngineCount = 2;
-    Entry(1, 1).Reliability = "100";
-    Entry(2, 5).Elapsed = 5;
+    const SubsystemEntry& flaps = Catalogue[2][4];
+    SubsystemEntry& gear = Catalogue[2][5];
+    Catalogue[1][1].Reliability = "100";
+    gear.Elapsed = 5;
     DrawStep(1, 0);
-    EXPECT_FALSE(Entry(2, 5).Failed) << "gear";
-    EXPECT_TRUE(Entry(2, 4).Failed);
-    RemoveFailureRow(FindFailure(2, 4));
-    DrawStep(1, 1);
-    EXPECT_FALSE(Entry(2, 4).Failed) << "flaps";
-    EXPECT_EQ(Entry(2, 5).Elapsed, 0);
-    EXPECT_EQ(Entry(1, 1).Elapsed, 0) << "what cannot fail is not counted";
-    EXPECT_FALSE(Entry(1, 1).Failed);
-    EXPECT_FALSE(Entry(4, 5).Failed) << "engine 3";
-    EXPECT_FALSE(Entry(3, 6).Failed) << "generator 4";
-    EXPECT_EQ(FailureCount, 62 - 1 - 2 - 2 - 4);
+    EXPECT_FALSE(gear.Failed);
+    EXPECT_EQ(gear.Elapsed, 0);
+    EXPECT_TRUE(flaps.Failed);
+    EXPECT_EQ(Catalogue[1][1].Elapsed, 0) << "what cannot fail is not counted";
+    EXPECT_FALSE(Catalogue[4][5].Failed) << "engine 3";
+    EXPECT_FALSE(Catalogue[3][6].Failed) << "generator 4";
+    EXPECT_EQ(TakeFailures(), 62 - 1 - 1 - 2 - 4);
     DrawStep(-1, 1);
-    EXPECT_FALSE(Entry(2, 4).Failed) << "flaps";
-    EXPECT_TRUE(Entry(2, 5).Failed);
+    EXPECT_FALSE(flaps.Failed);
+    EXPECT_TRUE(gear.Failed);
 }
 
-TEST_F(FailureDrawTest, UnreadableTextsCountAsTheDefaults) {
-    SetAll("x", "y");
-    EXPECT_EQ(Entry(1, 1).RangeHigh - Entry(1, 1).RangeLow, 0);
-    for (int i = 0; i < 400; ++i) Step();
-    EXPECT_EQ(FailureCount, 0);
-}
-
-// The rate of failures over `periods` periods of all sub-systems together, against the width of the
-// ranges, in standard deviations.
-TEST_F(FailureDrawTest, FailuresComeAtTheRateOfTheirReliability) {
+// Within four standard deviations.
+TEST_F(FailureDrawTest, FailuresComeAtTheRateOfTheirReliabilityAtAnyStep) {
     struct Case {
         const char* Reliability;
         const char* Hours;
-        int StepsPerPeriod;
         int Periods;
+        std::size_t StepsPerPeriod;
     };
-    const Case cases[] = {
-        {"99.999", "0.1", 36, 200000}, {"99", "0.1", 36, 100000}, {"90", "0.1", 36, 100000},
-        {"50", "0.1", 36, 100000},     {"0", "0.1", 36, 100000},  {"99", "1", 360, 100000},
-        {"90", "24", 8640, 2000},      {"99", "24", 8640, 2000},
-    };
-    for (const Case& c : cases) {
-        ResetRandom();
+    for (const Case& c : {Case{"99.999", "0.1", 3000, 36}, Case{"90", "0.1", 2000, 36},
+                          Case{"0", "0.1", 2000, 36}, Case{"99", "1", 800, 360}}) {
         SetAll(c.Reliability, c.Hours);
-        double p = (Entry(1, 1).RangeHigh - Entry(1, 1).RangeLow) / 100001.0;
-        int rounds = (c.Periods + Subsystems - 1) / Subsystems;
-        int failures = 0;
-        for (int step = 0; step < rounds * c.StepsPerPeriod; ++step) {
-            Step();
-            failures += TakeFailures();
-        }
-        double draws = static_cast<double>(rounds) * Subsystems;
-        double deviation = std::sqrt(draws * p * (1 - p));
-        EXPECT_LE(std::abs(failures - draws * p), 4 * deviation + 1e-9)
-            << c.Reliability << " over " << c.Hours << ": " << failures << " of " << draws;
-        SetAll("100", "1");
-        ForEachSubsystem([](int, int, SubsystemEntry& entry) { entry.Elapsed = 0; });
+        std::vector<double> failures(c.StepsPerPeriod);
+        for (int period = 0; period < c.Periods; ++period)
+            for (double& count : failures) {
+                Step();
+                count += TakeFailures();
+            }
+        const double expected = c.Periods * Subsystems * Chance();
+        const double all = std::accumulate(failures.begin(), failures.end(), 0.0);
+        EXPECT_NEAR(all, expected, 4 * std::sqrt(expected * (1 - Chance()))) << c.Reliability;
+        double chiSquare = 0;
+        const double each = all / static_cast<double>(c.StepsPerPeriod);
+        for (const double count : failures) chiSquare += (count - each) * (count - each) / each;
+        // Less would be too even to be chance. Rare failures scatter more.
+        const double freedom = static_cast<double>(c.StepsPerPeriod) - 1;
+        if (each < 5) continue;
+        EXPECT_NEAR(chiSquare, freedom, 4 * std::sqrt(2 * freedom)) << c.Reliability;
     }
 }
 
-TEST_F(FailureDrawTest, TheStepWithinThePeriodIsUniform) {
-    SetAll("0", "0.1");
-    std::array<int, 36> counts{};
-    const int rounds = 2000;
-    for (int round = 0; round < rounds; ++round)
-        for (int& count : counts) {
-            Step();
-            count += TakeFailures();
-        }
-    double expected = rounds * Subsystems / 36.0;
-    double chiSquare = 0;
-    for (int count : counts) chiSquare += (count - expected) * (count - expected) / expected;
-    // 35 degrees of freedom, four standard deviations.
-    EXPECT_LT(chiSquare, 35 + 4 * std::sqrt(70));
-    EXPECT_GT(chiSquare, 35 - 4 * std::sqrt(70)) << "too even to be chance";
-}
-
+// The number of failures of one step varies as that of independent sub-systems does, and says
+// nothing of the next.
 TEST_F(FailureDrawTest, SubsystemsFailIndependentlyWithinAndAcrossSteps) {
     SetAll("50", "0.0");
-    const double p = (Entry(1, 1).RangeHigh - Entry(1, 1).RangeLow) / 100001.0;
     const int steps = 20000;
-    double sumOfSquares = 0, neighbours = 0, successors = 0;
-    std::array<double, Subsystems> last{};
+    double squares = 0, products = 0, last = 0;
     for (int step = 0; step < steps; ++step) {
         Step();
-        std::array<double, Subsystems> now{};
-        std::size_t i = 0;
-        double total = 0;
-        ForEachSubsystem([&](int, int, const SubsystemEntry& entry) {
-            now[i] = (entry.Failed ? 1 : 0) - p;
-            total += now[i++];
-        });
-        sumOfSquares += total * total;
-        for (i = 0; i + 1 < Subsystems; ++i) neighbours += now[i] * now[i + 1];
-        for (i = 0; i < Subsystems; ++i) successors += now[i] * last[i];
-        last = now;
-        TakeFailures();
+        const double now = TakeFailures() - Subsystems * Chance();
+        squares += now * now;
+        products += now * std::exchange(last, now);
     }
-    const double variance = p * (1 - p);
-    // The number of failures of one step varies as that of independent sub-systems does.
-    double expected = Subsystems * variance;
-    EXPECT_NEAR(sumOfSquares / steps, expected, 4 * expected * std::sqrt(2.0 / steps));
-    EXPECT_NEAR(neighbours, 0, 4 * variance * std::sqrt(steps * (Subsystems - 1.0)));
-    EXPECT_NEAR(successors, 0, 4 * variance * std::sqrt(steps * static_cast<double>(Subsystems)));
+    const double variance = Subsystems * Chance() * (1 - Chance());
+    EXPECT_NEAR(squares / steps, variance, 4 * variance * std::sqrt(2.0 / steps));
+    EXPECT_NEAR(products / steps, 0, 4 * variance * std::sqrt(1.0 / steps));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 int main() {
     using namespace quirkmeter;
     static std::vector<std::byte> answers(BlockSize);
+    std::cin.unsetf(std::ios::basefield);  // 0x for hexadecimal
     std::string operation;
     while (std::cin >> operation) {
         std::int32_t result = -1, number = 0, size = 0;

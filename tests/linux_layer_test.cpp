@@ -8,14 +8,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <chrono>
-#include <cmath>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -35,7 +30,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StartsWith;
 
 template <typename... Texts>
 std::vector<std::string> Peer(Texts... arguments) {
@@ -81,49 +75,36 @@ std::intptr_t Send(WindowHandle window, std::intptr_t lParam, std::uint32_t mill
 }
 
 TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
-    EXPECT_EQ(FindWindowA("UIPCMAIN", nullptr), 0u);
     Process owner(Peer("own", "UIPCMAIN", "The Title"));
     const WindowHandle window = static_cast<WindowHandle>(owner.Number());
     ASSERT_NE(window, 0u);
-
     EXPECT_EQ(FindWindowExA(0, 0, "UIPCMAIN", nullptr), window);
     EXPECT_EQ(FindWindowA("uipcmain", "THE title"), window);
     EXPECT_EQ(FindWindowA("UIPCMAIN", "The"), 0u);
     EXPECT_EQ(FindWindowA("UIPCMAI", nullptr), 0u);
-
     std::uintptr_t reply = 0;
     EXPECT_NE(Send(window, 5, 2000, &reply), 0);
     EXPECT_EQ(reply, 0xFFFFFFFF0000C002 + 0xC001 + 5);
-}
 
-TEST_F(LinuxLayer, ATimeOutLeavesNoLastErrorAndAVanishedWindowLeavesOne) {
-    Process owner(Peer("own", "Window", ""));
-    const WindowHandle window = static_cast<WindowHandle>(owner.Number());
-
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = Clock::now();
     EXPECT_EQ(Send(window, -1, 30), 0);
-    EXPECT_EQ(GetLastError(), ErrorSuccess);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
-    EXPECT_EQ(Send(window, 0, 0), 0) << "no time at all";
-    EXPECT_EQ(GetLastError(), ErrorSuccess);
-
+    EXPECT_EQ(GetLastError(), ErrorSuccess) << "the time is up";
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(30));
     owner.Kill();
     EXPECT_EQ(Send(window, 0, 1000), 0);
     EXPECT_EQ(GetLastError(), ErrorInvalidWindowHandle);
-    EXPECT_EQ(FindWindowA("Window", nullptr), 0u);
+    EXPECT_EQ(FindWindowA("UIPCMAIN", nullptr), 0u);
     EXPECT_THAT(PassingFiles(), IsEmpty());
 
-    Process successor(Peer("own", "Window", ""));
+    Process successor(Peer("own", "UIPCMAIN", ""));
     const WindowHandle next = static_cast<WindowHandle>(successor.Number());
     EXPECT_GT(next, window) << "an old handle must not lead to a new window";
     EXPECT_EQ(Send(next, -2, 10000), 0) << "dies while we wait";
     EXPECT_EQ(GetLastError(), ErrorInvalidWindowHandle);
-    EXPECT_EQ(Send(0, 0, 1000), 0);
-    EXPECT_EQ(GetLastError(), ErrorInvalidWindowHandle);
 }
 
-// A connection as no sender of this layer makes it.
-int ConnectTo(WindowHandle window) {
+// A connection as no sender of this layer makes it, with a packet of that many bytes.
+int ConnectTo(WindowHandle window, std::size_t bytes) {
     const int folder = open((fs::path(getenv("XDG_RUNTIME_DIR")) / "quirkmeter").c_str(), O_PATH);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -132,62 +113,34 @@ int ConnectTo(WindowHandle window) {
     const int connection = socket(AF_UNIX, SOCK_SEQPACKET, 0);
     EXPECT_EQ(connect(connection, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     close(folder);
+    if (bytes > 0) send(connection, std::string(bytes, 'x').data(), bytes, 0);
     return connection;
 }
+
+constexpr std::size_t WholeRequest = 24;
 
 TEST_F(LinuxLayer, SendersThatSayNothingOrNonsenseDoNotKeepTheOwnerFromOthers) {
     const int before = OpenDescriptors();
     int messages = 0;
-    const WindowHandle window =
-        OwnWindow("Window", "", [&](auto, auto, auto) { return ++messages; });
+    WindowHandle window = 0;
+    window = OwnWindow("Window", "", [&](auto, auto, auto) {
+        DropWindow(window);  // a handler may do that
+        return ++messages;
+    });
     std::vector<int> connections;
-    const std::string whole(24, 'x');
-    for (const std::string& packet : {std::string(1, 'x'), whole + 'x', std::string(100000, 'x')}) {
-        connections.push_back(ConnectTo(window));
-        send(connections.back(), packet.data(), packet.size(), 0);
-    }
+    for (const std::size_t bytes : {std::size_t{1}, WholeRequest + 1, std::size_t{100000}})
+        connections.push_back(ConnectTo(window, bytes));
     for (int i = 0; i < 1000; ++i) {
-        connections.push_back(ConnectTo(window));
+        connections.push_back(ConnectTo(window, 0));
         if (i % 50 == 0) ServeMessages(0);
     }
-    const int impatient = ConnectTo(window);
-    send(impatient, whole.data(), whole.size(), 0);
-    close(impatient);
+    close(ConnectTo(window, WholeRequest));  // gives up at once
     for (int i = 0; i < 10; ++i) ServeMessages(0);
     EXPECT_EQ(messages, 0);
     EXPECT_LT(OpenDescriptors(), before + static_cast<int>(connections.size()) + 100);
 
-    std::atomic<std::uintptr_t> reply = 0;
-    std::thread sender([&] {
-        std::uintptr_t answer = 0;
-        Send(window, 0, 5000, &answer);
-        reply = answer;
-    });
-    EXPECT_TRUE(Becomes([&] {
-        ServeMessages(0);
-        return messages > 0;
-    }));
-    sender.join();
-    EXPECT_EQ(reply, 1u);
-
-    for (const int connection : connections) close(connection);
-    DropWindow(window);
-    EXPECT_EQ(OpenDescriptors(), before);
-    EXPECT_THAT(PassingFiles(), IsEmpty());
-}
-
-TEST_F(LinuxLayer, AHandlerMayDropItsWindow) {
-    WindowHandle window = 0;
-    int messages = 0;
-    window = OwnWindow("Window", "", [&](auto, auto, auto) {
-        DropWindow(window);
-        return ++messages;
-    });
-    const int first = ConnectTo(window);
-    const int second = ConnectTo(window);
-    const std::string request(24, 'x');
-    send(first, request.data(), request.size(), 0);
-    send(second, request.data(), request.size(), 0);
+    const int first = ConnectTo(window, WholeRequest);
+    const int second = ConnectTo(window, WholeRequest);
     ServeMessages(1000);
     std::int64_t reply = 0;
     EXPECT_EQ(recv(first, &reply, sizeof reply, 0), 8);
@@ -195,54 +148,39 @@ TEST_F(LinuxLayer, AHandlerMayDropItsWindow) {
     EXPECT_LE(recv(second, &reply, sizeof reply, 0), 0) << "the window has gone";
     EXPECT_EQ(messages, 1);
     EXPECT_EQ(FindWindowA("Window", nullptr), 0u);
-    close(first);
-    close(second);
+    connections.insert(connections.end(), {first, second});
+    for (const int connection : connections) close(connection);
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_THAT(PassingFiles(), IsEmpty());
 }
 
 std::string AtomName(int atom) {
     char name[256];
-    const std::uint32_t length =
-        GlobalGetAtomNameA(static_cast<std::uint16_t>(atom), name, sizeof name);
-    return std::string(name, length);
+    return {name, GlobalGetAtomNameA(static_cast<std::uint16_t>(atom), name, sizeof name)};
 }
 
 TEST_F(LinuxLayer, AtomsAreSharedAndCounted) {
-    const int atom = Process(Peer("atom", "FSASMLIB:IPC:1A4:1", "1")).Number();
+    Process first(Peer("atom", "FSASMLIB:IPC:1A4:1", "5000"));
+    Process second(Peer("atom", "FSASMLIB:IPC:1A4:1", "5000"));
+    const auto atom = static_cast<std::uint16_t>(first.Number());
+    EXPECT_EQ(second.Number(), atom);
     EXPECT_GE(atom, 0xC000);
-    EXPECT_EQ(AtomName(atom), "FSASMLIB:IPC:1A4:1");
     EXPECT_EQ(GlobalAddAtomA("fsasmlib:ipc:1a4:1"), atom);
     const int other = GlobalAddAtomA("other");
-    EXPECT_NE(other, atom);
-
     char cut[5];
-    EXPECT_EQ(GlobalGetAtomNameA(static_cast<std::uint16_t>(atom), cut, sizeof cut), 4u);
+    EXPECT_EQ(GlobalGetAtomNameA(atom, cut, sizeof cut), 4u);
     EXPECT_STREQ(cut, "FSAS");
-
-    GlobalDeleteAtom(static_cast<std::uint16_t>(atom));
-    EXPECT_EQ(AtomName(atom), "FSASMLIB:IPC:1A4:1") << "added twice, deleted once";
-    GlobalDeleteAtom(static_cast<std::uint16_t>(atom));
+    for (int i = 0; i < 10000; ++i) GlobalDeleteAtom(atom);
+    EXPECT_EQ(AtomName(atom), "FSASMLIB:IPC:1A4:1") << "deleted once less than added";
+    GlobalDeleteAtom(atom);
     EXPECT_EQ(AtomName(atom), "");
     EXPECT_EQ(GetLastError(), ErrorInvalidHandle);
     EXPECT_EQ(AtomName(other), "other");
-    EXPECT_EQ(AtomName(0x3FFF), "");
 
     EXPECT_EQ(AtomName(GlobalAddAtomA(std::string(255, 'n').c_str())), std::string(255, 'n'));
     EXPECT_EQ(GlobalAddAtomA(std::string(256, 'n').c_str()), 0);
     EXPECT_EQ(GlobalAddAtomA(""), 0);
-}
 
-TEST_F(LinuxLayer, NoCountOfAnAtomIsLostWhenProcessesAddAtOnce) {
-    Process first(Peer("atom", "name", "5000"));
-    Process second(Peer("atom", "name", "5000"));
-    const auto atom = static_cast<std::uint16_t>(first.Number());
-    EXPECT_EQ(second.Number(), atom);
-    for (int i = 0; i < 9999; ++i) GlobalDeleteAtom(atom);
-    EXPECT_EQ(AtomName(atom), "name");
-    GlobalDeleteAtom(atom);
-    EXPECT_EQ(AtomName(atom), "");
-}
-
-TEST_F(LinuxLayer, RegisteredMessagesHaveOneNumberInAllProcesses) {
     const std::uint32_t message = RegisterWindowMessageA("FSASMLIB:IPC");
     EXPECT_GE(message, 0xC000u);
     EXPECT_NE(RegisterWindowMessageA("another"), message);
@@ -256,12 +194,9 @@ TEST_F(LinuxLayer, ADamagedAtomTableIsNotBelieved) {
          {sound.substr(0, 100), std::string(20 << 20, '\xFF'), std::string(sound.size(), '\0'),
           std::string("\1\0\0\0", 4) + std::string(9000, 'n')}) {
         Write(Folder() / "atoms", damaged);
-        EXPECT_EQ(AtomName(0xC000), "");
-        EXPECT_EQ(AtomName(0xC001), "");
+        EXPECT_EQ(AtomName(0xC000) + AtomName(0xC001) + AtomName(0x3FFF), "");
         const int atom = GlobalAddAtomA("again");
         EXPECT_EQ(AtomName(atom), "again");
-        GlobalDeleteAtom(static_cast<std::uint16_t>(atom));
-        EXPECT_EQ(AtomName(atom), "");
     }
 }
 
@@ -274,42 +209,38 @@ TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
     EXPECT_EQ(OpenFileMappingA(FileMapWrite, false, "block"), 0u);
     EXPECT_EQ(GetLastError(), ErrorFileNotFound);
     const int before = OpenDescriptors();
-
-    Process maker(Peer("map", "block"));
-    EXPECT_EQ(maker.Number(), static_cast<int>(ErrorSuccess));
-    EXPECT_EQ(maker.Number(), 0) << "new memory is zero";
-    const MappingHandle mapping = Create("block");
-    EXPECT_EQ(GetLastError(), ErrorAlreadyExists);
-    auto* view = static_cast<char*>(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0));
-    ASSERT_NE(view, nullptr);
-    EXPECT_TRUE(Becomes([&] { return static_cast<volatile char*>(view)[32767] == 42; }));
+    // The last error and the last byte, as the next process to make the block finds them.
+    const auto found = [] {
+        Process peer(Peer("map", "block"));
+        const int error = peer.Number();
+        return std::pair(error, peer.Number());
+    };
+    MappingHandle mapping = 0;
+    char* view = nullptr;
+    {
+        Process maker(Peer("map", "block"));
+        maker.Line();
+        EXPECT_EQ(maker.Number(), 0) << "new memory is zero";
+        mapping = Create("block");
+        EXPECT_EQ(GetLastError(), ErrorAlreadyExists);
+        view = static_cast<char*>(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0));
+        ASSERT_NE(view, nullptr);
+        EXPECT_TRUE(Becomes([&] { return static_cast<volatile char*>(view)[32767] == 42; }));
+    }
     EXPECT_EQ(ViewSize(view), 32768u);
     EXPECT_EQ(ViewSize(view + 1), 0u);
-
-    maker.Kill();
     EXPECT_TRUE(CloseHandle(mapping));
     EXPECT_FALSE(CloseHandle(mapping));
-    {
-        Process second(Peer("map", "block"));
-        EXPECT_EQ(second.Number(), static_cast<int>(ErrorAlreadyExists)) << "the view holds it";
-        EXPECT_EQ(second.Number(), 42);
-    }
+    EXPECT_EQ(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0), nullptr);
+    EXPECT_EQ(found(), std::pair(static_cast<int>(ErrorAlreadyExists), 42)) << "the view holds it";
     EXPECT_TRUE(UnmapViewOfFile(view));
     EXPECT_FALSE(UnmapViewOfFile(view));
-    EXPECT_EQ(ViewSize(view), 0u);
     EXPECT_THAT(PassingFiles(), IsEmpty());
-
-    Process third(Peer("map", "block"));
-    EXPECT_EQ(third.Number(), static_cast<int>(ErrorSuccess));
-    EXPECT_EQ(third.Number(), 0);
-    third.Kill();
-    const MappingHandle other = Create("other");
+    EXPECT_EQ(found(), std::pair(static_cast<int>(ErrorSuccess), 0));
+    mapping = Create("other");
     EXPECT_THAT(PassingFiles(), ElementsAre("mapping-other")) << "what was killed is swept";
-    EXPECT_TRUE(CloseHandle(other));
-    EXPECT_EQ(OpenFileMappingA(FileMapWrite, false, "block"), 0u);
-    EXPECT_EQ(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0), nullptr);
-    EXPECT_EQ(GetLastError(), ErrorInvalidHandle);
-    EXPECT_EQ(OpenDescriptors(), before + 2) << "one output for each peer still in sight";
+    EXPECT_TRUE(CloseHandle(mapping));
+    EXPECT_EQ(OpenDescriptors(), before);
 }
 
 TEST_F(LinuxLayer, NoNameOfAMappingLeadsOutOfTheFolderOrToAnother) {
@@ -325,7 +256,6 @@ TEST_F(LinuxLayer, NoNameOfAMappingLeadsOutOfTheFolderOrToAnother) {
     EXPECT_EQ(Create(std::string(300, '/')), 0u);
     EXPECT_EQ(Create(""), 0u);
     EXPECT_EQ(Create("huge", 0x7FFFFFFF), 0u);
-    EXPECT_EQ(GetLastError(), ErrorNotEnoughMemory);
     EXPECT_THAT(PassingFiles(), IsEmpty());
 }
 
@@ -345,8 +275,6 @@ TEST_F(LinuxLayer, AProcessKilledAtAnyMomentLeavesTheFolderUsable) {
 TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
     const auto expectRefused = [] {
         EXPECT_EQ(OwnWindow("Window", "", {}), 0u);
-        EXPECT_EQ(FindWindowA("Window", nullptr), 0u);
-        EXPECT_EQ(RegisterWindowMessageA("message"), 0u);
         EXPECT_EQ(GlobalAddAtomA("atom"), 0);
         EXPECT_EQ(Create("block"), 0u);
         EXPECT_NE(GetLastError(), ErrorSuccess);
@@ -357,7 +285,6 @@ TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
     fs::permissions(root_ / "elsewhere", fs::perms::owner_all);
     fs::create_symlink(root_ / "elsewhere", Folder());
     expectRefused();
-    EXPECT_TRUE(fs::is_empty(root_ / "elsewhere"));
     fs::remove(Folder());
     fs::create_directory(Folder());
     fs::permissions(Folder(), fs::perms::owner_all | fs::perms::group_exec);
@@ -368,7 +295,7 @@ TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
         expectRefused();
     }
     const std::string complaint = testing::internal::GetCapturedStderr();
-    EXPECT_THAT(complaint, StartsWith(Folder().string()));
+    EXPECT_THAT(complaint, testing::StartsWith(Folder().string()));
     EXPECT_EQ(std::ranges::count(complaint, '\n'), 1);
 
     setenv("XDG_RUNTIME_DIR", (root_ / "missing").c_str(), 1);
@@ -380,143 +307,95 @@ TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
 }
 
 TEST_F(LinuxLayer, OneProcessAtATimeIsTheSingleInstance) {
-    Process first(Peer("claim"));
-    EXPECT_EQ(first.Number(), 1);
-    EXPECT_EQ(Process(Peer("claim")).Number(), 0);
-    first.Kill();
+    {
+        Process first(Peer("claim"));
+        EXPECT_EQ(first.Number(), 1);
+        EXPECT_EQ(Process(Peer("claim")).Number(), 0);
+    }
     EXPECT_EQ(Process(Peer("claim")).Number(), 1);
 }
-
-// --- Keys -------------------------------------------------------------------------------------
-
-class KeyTest : public LinuxLayer {
-   protected:
-    void SetUp() override {
-        setenv("DISPLAY", (":" + server_.Line()).c_str(), 1);
-        display_ = XOpenDisplay(nullptr);
-        ASSERT_NE(display_, nullptr) << "Xvfb did not start";
-        // Somebody else's window has the focus.
-        const Window window =
-            XCreateSimpleWindow(display_, DefaultRootWindow(display_), 0, 0, 9, 9, 0, 0, 0);
-        XSelectInput(display_, window, StructureNotifyMask);
-        XMapWindow(display_, window);
-        XEvent event;
-        do {
-            XNextEvent(display_, &event);
-        } while (event.type != MapNotify);
-        XSetInputFocus(display_, window, RevertToNone, CurrentTime);
-        XGrabKeyboard(display_, window, False, GrabModeAsync, GrabModeAsync, CurrentTime);
-        XSync(display_, False);
-        GetAsyncKeyState('A');
-    }
-    void Press(KeySym key, bool down) {
-        XTestFakeKeyEvent(display_, XKeysymToKeycode(display_, key), down, CurrentTime);
-        XSync(display_, False);
-    }
-
-    Process server_{{"Xvfb", "-displayfd", "1", "-screen", "0", "64x64x8", "-nolisten", "tcp"}};
-    Display* display_ = nullptr;
-};
 
 constexpr std::int16_t Down = std::int16_t(0x8000);
 constexpr std::int16_t DownAndPressed = std::int16_t(0x8001);
 
 // One test, because a process opens its display once.
-TEST_F(KeyTest, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
+TEST_F(LinuxLayer, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
+    EXPECT_EQ(Process({"env", "-u", "DISPLAY", Peer()[0], "key"}).Number(), 0) << "no display";
+    Process server({"Xvfb", "-displayfd", "1", "-screen", "0", "64x64x8", "-nolisten", "tcp"});
+    setenv("DISPLAY", (":" + server.Line()).c_str(), 1);
+    Display* display = XOpenDisplay(nullptr);
+    ASSERT_NE(display, nullptr) << "Xvfb did not start";
+    // Somebody else has the keyboard.
+    XGrabKeyboard(display, DefaultRootWindow(display), False, GrabModeAsync, GrabModeAsync,
+                  CurrentTime);
+    const auto press = [display](KeySym key, bool down) {
+        XTestFakeKeyEvent(display, XKeysymToKeycode(display, key), down, CurrentTime);
+        XSync(display, False);
+    };
     EXPECT_EQ(GetAsyncKeyState('S'), 0);
-    Press(XK_s, true);
-    Press(XK_Control_R, true);
+    press(XK_s, true);
+    press(XK_Control_R, true);
     EXPECT_EQ(GetAsyncKeyState('S'), DownAndPressed);
     EXPECT_EQ(GetAsyncKeyState('S'), Down);
     EXPECT_EQ(GetAsyncKeyState(17), DownAndPressed);
     EXPECT_EQ(GetAsyncKeyState(16), 0);
     EXPECT_EQ(GetAsyncKeyState('D'), 0);
-    Press(XK_s, false);
-    Press(XK_Control_R, false);
+    press(XK_s, false);
     EXPECT_EQ(GetAsyncKeyState('S'), 0);
-
-    Press(XK_Shift_L, true);
-    Press(XK_Shift_L, false);
+    press(XK_Shift_L, true);
+    press(XK_Shift_L, false);
     EXPECT_EQ(GetAsyncKeyState('S'), 0);
     EXPECT_EQ(GetAsyncKeyState(16), 1) << "tapped since it was asked for";
     EXPECT_EQ(GetAsyncKeyState(16), 0);
-    Press(XK_F1, true);
-    EXPECT_EQ(GetAsyncKeyState(112), 0) << "not one of the keys that are watched";
 
     // The layout changes to one that has the digits on the shifted level.
-    const KeyCode digit = XKeysymToKeycode(display_, XK_1);
     KeySym shifted[] = {XK_ampersand, XK_1};
-    XChangeKeyboardMapping(display_, digit, 2, shifted, 1);
-    XSync(display_, False);
-    XTestFakeKeyEvent(display_, digit, True, CurrentTime);
-    XSync(display_, False);
+    XChangeKeyboardMapping(display, XKeysymToKeycode(display, XK_1), 2, shifted, 1);
+    XSync(display, False);
+    press(XK_ampersand, true);
     EXPECT_EQ(GetAsyncKeyState('1'), DownAndPressed);
     EXPECT_EQ(GetAsyncKeyState('2'), 0);
 
-    XSetIOErrorExitHandler(
-        display_, [](Display*, void*) {}, nullptr);
-    server_.Kill();
+    server.Kill();
     testing::internal::CaptureStderr();
     EXPECT_EQ(GetAsyncKeyState('1'), 0);
     EXPECT_EQ(GetAsyncKeyState('1'), 0);
     testing::internal::GetCapturedStderr();
 }
 
-TEST_F(LinuxLayer, NoKeyIsDownWithoutADisplay) {
-    EXPECT_EQ(Process({"env", "-u", "DISPLAY", Peer()[0], "key"}).Number(), 0);
-}
-
-// --- Sounds -----------------------------------------------------------------------------------
-
-// One channel of 16-bit samples, 8000 a second.
-std::string WaveFile(const std::string& samples) {
-    const auto number = [](std::size_t value) {
-        const auto bytes = static_cast<std::uint32_t>(value);
-        return std::string(reinterpret_cast<const char*>(&bytes), 4);
-    };
-    return "RIFF" + number(36 + samples.size()) + "WAVEfmt " + number(16) +
-           std::string("\1\0\1\0", 4) + number(8000) + number(16000) + std::string("\2\0\20\0", 4) +
-           "data" + number(samples.size()) + samples;
-}
+// One channel of 4000 16-bit samples, 8000 a second.
+constexpr std::string_view WaveHeader(
+    "RIFF\x64\x1F\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1F\0\0\x80\x3E\0\0\2\0\x10\0data\x40\x1F\0\0",
+    44);
 
 TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
     std::string samples;
-    for (int i = 0; i < 4000; ++i) samples += static_cast<char>(i * 7 % 251);
-    const fs::path wave = root_ / "sound.wav";
-    Write(wave, WaveFile(samples));
+    for (int i = 0; i < 8000; ++i) samples += static_cast<char>(i * 7 % 251);
+    Write(root_ / "sound.wav", std::string(WaveHeader) + samples);
     Write(root_ / "device.conf", "pcm.!default { type file slave.pcm { type null } file \"" +
                                      (root_ / "played").string() + "\" format raw }\n");
     Write(root_ / "none.conf", "\n");
-
-    const auto play = [&](const std::string& configuration) {
-        return std::vector<std::string>{"env",
-                                        "CANBERRA_DRIVER=alsa",
-                                        "ALSA_CONFIG_PATH=" + (root_ / configuration).string(),
-                                        "sh",
-                                        "-c",
-                                        "exec \"$@\" 2>" + (root_ / "complaints").string(),
-                                        "sh",
-                                        Peer()[0],
-                                        "play",
-                                        wave.string()};
+    const auto play = [this](const std::string& configuration) {
+        return std::vector<std::string>{
+            "sh", "-c",
+            "cd " + root_.string() + " && CANBERRA_DRIVER=alsa ALSA_CONFIG_PATH=" + configuration +
+                " exec " + Peer()[0] + " play sound.wav 2>complaints"};
     };
-    {
-        Process player(play("device.conf"));
-        EXPECT_EQ(player.Number(), 1);
-        EXPECT_TRUE(Becomes([&] { return Content(root_ / "played").ends_with(samples); }));
-    }
-    Process silent(play("none.conf"));
-    EXPECT_EQ(silent.Number(), 0);
-    EXPECT_EQ(silent.Number(), 0);
+    Process player(play("device.conf"));
+    EXPECT_EQ(player.Number(), 1);
+    EXPECT_TRUE(Becomes([&] { return Content(root_ / "played").ends_with(samples); }));
+    EXPECT_EQ(Process(play("none.conf")).Number(), 0);
     EXPECT_EQ(Content(root_ / "complaints"), "");
 }
 
-// --- Shell and files --------------------------------------------------------------------------
-
 TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
-    const fs::path report = root_ / "a report";
+    const fs::path program = root_ / "folder/program.exe";
+    const fs::path report = root_ / "report";
+    const fs::path document = root_ / "a document.htm";
     fs::create_directory(root_ / "folder");
-    fs::create_symlink(Peer()[0], root_ / "folder/program.exe");
+    fs::create_symlink(Peer()[0], program);
+    Write(document, "<html>");
+    setenv("STARTER_SESSION", std::to_string(getsid(0)).c_str(), 1);
     const int leaky = open("/dev/null", O_RDONLY);
     ASSERT_EQ(dup2(leaky, 400), 400);
     const auto execute = [](const fs::path& file, const std::string& parameters,
@@ -524,31 +403,22 @@ TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
         return ShellExecuteA(0, "Open", file.c_str(), parameters.c_str(), directory.c_str(),
                              ShowMinimized);
     };
-    const auto lines = [&](const fs::path& path) {
+    const auto told = [](const fs::path& path) {
         EXPECT_TRUE(Becomes([&] { return fs::exists(path); }));
-        std::istringstream text(Content(path));
-        std::vector<std::string> found;
-        for (std::string line; std::getline(text, line);) found.push_back(line);
+        const std::string content = Content(path);
         fs::remove(path);
-        return found;
+        return content;
     };
-    const fs::path plain = root_ / "report";
-    const auto ownSession = testing::Ne(std::to_string(getsid(0)));
-    EXPECT_EQ(execute(root_ / "folder/program.exe", "report " + plain.string() + "  0 $(id)", "0"),
-              33);
-    EXPECT_THAT(lines(plain), ElementsAre(plain, "0", "$(id)", root_ / "folder", ownSession));
-    EXPECT_EQ(execute(root_ / "folder/program.exe", "report " + plain.string(), root_), 33);
-    EXPECT_THAT(lines(plain), ElementsAre(plain, root_, ownSession));
+    EXPECT_EQ(execute(program, "report " + report.string() + "  0 $(id)", root_), 33);
+    EXPECT_EQ(told(report), "0\n$(id)\n" + root_.string() + "\n");
 
-    const fs::path document = root_ / "a document.htm";
-    Write(document, "<html>");
     const std::string path = getenv("PATH");
     setenv("PATH", root_.c_str(), 1);
     EXPECT_EQ(execute(document, "0", "0"), 31) << "nothing to open it with";
     fs::create_symlink(Peer()[0], root_ / "xdg-open");
     EXPECT_EQ(execute(document, "0", "0"), 33);
-    EXPECT_THAT(lines(document.string() + ".opened"),
-                ElementsAre(document.string() + ".opened", root_, ownSession));
+    EXPECT_EQ(told(document.string() + ".opened"),
+              document.string() + "\n" + root_.string() + "\n");
     setenv("PATH", path.c_str(), 1);
 
     EXPECT_EQ(execute(root_ / "missing", "0", "0"), 2);
@@ -560,7 +430,7 @@ TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
     close(400);
 }
 
-TEST_F(LinuxLayer, AFileIsReplacedAsAWhole) {
+TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrStands) {
     const fs::path file = root_ / "file";
     const mode_t mask = umask(027);
     EXPECT_TRUE(ReplaceFile(file, "first"));
@@ -574,34 +444,24 @@ TEST_F(LinuxLayer, AFileIsReplacedAsAWhole) {
     EXPECT_EQ(Content(file), "second");
     const fs::path home = fs::current_path();
     fs::current_path(root_);
-    EXPECT_TRUE(ReplaceFile("file", ""));
+    EXPECT_TRUE(ReplaceFile("file", "old"));
     fs::current_path(home);
-    EXPECT_EQ(Content(file), "");
-}
 
-TEST_F(LinuxLayer, AFileThatCannotBeReplacedStands) {
-    const fs::path file = root_ / "file";
-    Write(file, "old");
-    const auto limitFileSize = [](rlim_t bytes) {
-        rlimit limit{};
-        getrlimit(RLIMIT_FSIZE, &limit);
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    };
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
     std::signal(SIGXFSZ, SIG_IGN);
-    limitFileSize(1000);
+    limit.rlim_cur = 1000;
+    setrlimit(RLIMIT_FSIZE, &limit);
     EXPECT_FALSE(ReplaceFile(file, std::string(5000, 'n')));
-    limitFileSize(RLIM_INFINITY);
+    limit.rlim_cur = RLIM_INFINITY;
+    setrlimit(RLIMIT_FSIZE, &limit);
     fs::permissions(file, fs::perms::owner_read);
-    EXPECT_FALSE(ReplaceFile(file, "new"));
-    EXPECT_EQ(Content(file), "old");
-
     fs::create_directory(root_ / "folder");
-    EXPECT_FALSE(ReplaceFile(root_ / "folder", "new"));
-    EXPECT_FALSE(ReplaceFile(root_ / "missing/file", "new"));
-    fs::create_symlink("nowhere", root_ / "link");
-    EXPECT_FALSE(ReplaceFile(root_ / "link", "new"));
-    EXPECT_EQ(std::ranges::distance(fs::directory_iterator(root_)), 4) << "no temporary file stays";
+    fs::create_symlink("nowhere", root_ / "astray");
+    for (const char* name : {"file", "folder", "missing/file", "astray"})
+        EXPECT_FALSE(ReplaceFile(root_ / name, "new")) << name;
+    EXPECT_EQ(Content(file), "old");
+    EXPECT_EQ(std::ranges::distance(fs::directory_iterator(root_)), 5) << "no temporary file stays";
 }
 
 TEST_F(LinuxLayer, TheSeparatorIsThatOfTheUsersLocale) {
@@ -609,28 +469,15 @@ TEST_F(LinuxLayer, TheSeparatorIsThatOfTheUsersLocale) {
           "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
     Process compiler({"localedef", "-c", "--quiet", "-i", root_ / "source", "-f", "ANSI_X3.4-1968",
                       root_ / "xx_XX"});
-    compiler.Line();
-    if (!fs::exists(root_ / "xx_XX/LC_NUMERIC")) GTEST_SKIP() << "no character maps here";
-    const auto separator = [&](const std::string& locale) {
-        return Process({"env", "-u", "LC_ALL", "LOCPATH=" + root_.string(), "LC_NUMERIC=" + locale,
-                        Peer()[0], "separator"})
-            .Line();
-    };
-    EXPECT_EQ(separator("xx_XX"), ",");
-    EXPECT_EQ(separator("C"), ".");
-    EXPECT_EQ(separator("no_SUCH"), ".");
-}
-
-TEST_F(LinuxLayer, SecondsSinceMidnightAreOfLocalTime) {
-    setenv("TZ", "XXX-5:30", 1);
-    tzset();
-    const double before = static_cast<double>((time(nullptr) + 19800) % 86400);
-    const double seconds = SecondsSinceMidnight();
-    EXPECT_GE(seconds, 0);
-    EXPECT_LT(seconds, 86400);
-    EXPECT_LT(std::fmod(seconds - before + 86400, 86400), 5);
-    unsetenv("TZ");
-    tzset();
+    compiler.ExitCode();
+    const bool compiled = fs::exists(root_ / "xx_XX/LC_NUMERIC");  // else no character maps here
+    const std::pair<const char*, const char*> locales[] = {
+        {"xx_XX", compiled ? "," : "."}, {"C", "."}, {"no_SUCH", "."}};
+    for (const auto& [locale, separator] : locales) {
+        Process asker({"env", "-u", "LC_ALL", "LOCPATH=" + root_.string(),
+                       std::string("LC_NUMERIC=") + locale, Peer()[0], "separator"});
+        EXPECT_EQ(asker.Line(), separator) << locale;
+    }
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // What tests of whole processes share: another process, waiting for what it does, and its files.
 #pragma once
 
-#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,7 +16,6 @@
 #include <string>
 #include <string_view>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace quirkmeter {
@@ -73,6 +72,8 @@ class Process {
         }
         close(ends[1]);
         socket_ = ends[0];
+        const timeval patience{Patience.count(), 0};
+        setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     }
     Process(Process&&) = delete;
     ~Process() {
@@ -83,17 +84,12 @@ class Process {
     pid_t Pid() const { return pid_; }
 
     /// The next line that it printed, or what there is of one when its output ends or the patience.
-    std::string Line() {
-        const auto end = Clock::now() + Patience;
-        std::size_t length;
-        while ((length = output_.find('\n')) == output_.npos) {
-            if (!Receive(end)) return std::exchange(output_, {});
-        }
-        const std::string line = output_.substr(0, length);
-        output_.erase(0, length + 1);
+    std::string Line() const {
+        std::string line;
+        for (char next; recv(socket_, &next, 1, 0) == 1 && next != '\n';) line += next;
         return line;
     }
-    int Number() { return std::stoi(Line()); }
+    int Number() const { return std::stoi(Line()); }
 
     /// Gives it a line on its standard input.
     void Tell(const std::string& line) const {
@@ -118,20 +114,8 @@ class Process {
     }
 
    private:
-    bool Receive(Clock::time_point end) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-        pollfd waiting{socket_, POLLIN, 0};
-        if (left <= 0 || poll(&waiting, 1, static_cast<int>(left)) <= 0) return false;
-        char bytes[4096];
-        const ssize_t length = recv(socket_, bytes, sizeof bytes, 0);
-        if (length <= 0) return false;
-        output_.append(bytes, static_cast<std::size_t>(length));
-        return true;
-    }
-
     pid_t pid_ = -1;
     int socket_ = -1;
-    std::string output_;  // what was received and is not yet asked for
 };
 
 }  // namespace quirkmeter

@@ -1,11 +1,7 @@
 // What the pilot sees, hears and presses: status line, sounds, hotkeys, Hardcore Mode.
-#include <cstring>
-
 #include "engine/hotkeys.h"
 #include "engine/tick.h"
 #include "hardcore/companion.h"
-#include "link/actuation.h"
-#include "link/sounds.h"
 #include "link/status.h"
 #include "program_test.h"
 
@@ -14,6 +10,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+constexpr std::int16_t Up = 0, Tapped = 1, Down = -32768;
 
 class SpeechTest : public LinkedTest {
    protected:
@@ -28,6 +26,13 @@ class SpeechTest : public LinkedTest {
         auto bytes = Simulator.Space.Bytes(0x3380, 128);
         return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
     }
+    void Poll(int key, std::int16_t keyState, std::int16_t ctrl, std::int16_t shift) {
+        inprocess::SetKey(17, ctrl);
+        inprocess::SetKey(16, shift);
+        inprocess::SetKey(key, keyState);
+        PollHotkeys();
+        inprocess::SetKey(key, Up);
+    }
 };
 
 TEST_F(SpeechTest, MessageIsOneBatchTextFirst) {
@@ -37,20 +42,16 @@ TEST_F(SpeechTest, MessageIsOneBatchTextFirst) {
     std::string expected = "QM:  Operational.";
     expected.resize(128);
     EXPECT_EQ(ScreenText(), expected);
-    EXPECT_EQ(Simulator.Batches, 1);
     ASSERT_EQ(Simulator.Writes.size(), 2u);
     EXPECT_EQ(Simulator.Writes[1], (SimWriteRecord{0x32FA, 2, 5}));
-
     Show("Operational.");
     EXPECT_EQ(Simulator.Batches, 1) << "unchanged";
     EXPECT_EQ(Window.StatusChanges, 1);
     Settings.DisplayUpdate = false;
     EXPECT_EQ(Show("On hold."), "On hold.");
     EXPECT_EQ(Simulator.Batches, 1);
-    Show("On hold.", true);
-    EXPECT_EQ(Simulator.Batches, 2) << "asked for";
-
     Show(std::string(300, 'x'), true);
+    EXPECT_EQ(Simulator.Batches, 2) << "asked for";
     EXPECT_EQ(ScreenText(), "QM:  " + std::string(122, 'x') + '\0');
     SimClose();
     EXPECT_EQ(Show("Lost."), "Lost.") << "the label needs no link";
@@ -58,51 +59,22 @@ TEST_F(SpeechTest, MessageIsOneBatchTextFirst) {
 
 TEST_F(SpeechTest, FailureListStopsOnceTheLineIsLong) {
     Settings.DisplayFailures = true;
-    AddFailure(6, 9);
-    AddFailure(4, 1);
-    EXPECT_EQ(Show("Operational.  2 failures."),
-              "Operational.  2 failures... Eng(Engine 1 (Fail)), Inst(Vacuum)");
-    for (int n = 2; n <= 6; ++n) AddFailure(1, n);
-    EXPECT_EQ(Show("Operational.  7 failures."),
-              "Operational.  7 failures... AP(Back Course), AP(Autothrottle), AP(Attitude)...");
-    Settings.DisplayFailures = false;
-    EXPECT_EQ(Show("Operational."), "Operational.");
-}
-
-TEST_F(SpeechTest, HardcoreModeHidesFailuresAndSaysSoOnce) {
-    Settings.DisplayFailures = Settings.HardcoreActive = true;
-    Settings.StatusHotkey = 'S';
-    Simulator.Space.SetValue(0x0366, 2, 1);
-    AddFailure(6, 9);
-    EngineTick();
-    EXPECT_EQ(Window.StatusCaption, "On hold (not airborne). Hardcore Mode.");
-    inprocess::SetKey('S', -32768);
-    EngineTick();
-    EXPECT_EQ(Window.StatusCaption, "On hold (not airborne). Hardcore Mode.");
-}
-
-TEST_F(SpeechTest, MissingSoundIsSkipped) {
-    std::filesystem::remove(Folder / "sound_ok.wav");
-    PlaySoundFile(SoundOk);
-    PlaySoundFile(SoundWarning);
-    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav"));
+    for (int n = 1; n <= 6; ++n) AddFailure(1, n);
+    EXPECT_EQ(Show("Operational.  6 failures."),
+              "Operational.  6 failures... AP(Back Course), AP(Autothrottle), AP(Attitude)...");
 }
 
 // A hotkey fires on exactly its combination; a modifier that does not belong must not even have
 // been tapped.
 TEST_F(SpeechTest, HotkeyMatchesItsModifiersExactly) {
-    constexpr std::int16_t Up = 0, Tapped = 1, Down = -32768;
     Settings.ActiveHotkey = 'A';
     for (std::int32_t mods : {0, 1, 2, 3, 4, -1})
         for (std::int16_t ctrl : {Up, Tapped, Down})
             for (std::int16_t shift : {Up, Tapped, Down})
                 for (std::int16_t key : {Up, Tapped, Down}) {
                     Settings.ActiveHotkeyMods = mods;
-                    inprocess::SetKey(17, ctrl);
-                    inprocess::SetKey(16, shift);
-                    inprocess::SetKey('A', key);
                     Engine.Deactivated = false;
-                    PollHotkeys();
+                    Poll('A', key, ctrl, shift);
                     bool ctrlRight = (mods == 1 || mods == 3) ? ctrl == Down : ctrl == Up;
                     bool shiftRight = (mods == 2 || mods == 3) ? shift == Down : shift == Up;
                     EXPECT_EQ(Engine.Deactivated, key == Down && ctrlRight && shiftRight)
@@ -111,142 +83,100 @@ TEST_F(SpeechTest, HotkeyMatchesItsModifiersExactly) {
 }
 
 TEST_F(SpeechTest, EveryHotkeyHasItsOwnKeyModifiersAndAction) {
-    constexpr std::int16_t Down = -32768;
-    Settings.StatusHotkey = 'S';
-    Settings.StatusHotkeyMods = 1;
-    Settings.ClearHotkey = 'C';
-    Settings.ClearHotkeyMods = 2;
+    Settings.StatusHotkey = Settings.ClearHotkey = 'S';  // one key for two: the status first
+    Settings.StatusHotkeyMods = Settings.ClearHotkeyMods = 1;
     Settings.ActiveHotkey = 'A';
-    Settings.ActiveHotkeyMods = 3;
+    Settings.ActiveHotkeyMods = 2;
+    AddFailure(6, 8);
     AddFailure(6, 9);
-    auto press = [](int key, std::int32_t mods) {
-        inprocess::SetKey(17, WithCtrl(mods) ? Down : std::int16_t{0});
-        inprocess::SetKey(16, WithShift(mods) ? Down : std::int16_t{0});
-        inprocess::SetKey(key, Down);
-        PollHotkeys();
-        inprocess::SetKey(key, 0);
-    };
-    for (std::int32_t mods : {0, 1, 2, 3}) press('S', mods);
-    EXPECT_EQ(Window.StatusChanges, 1);
-    EXPECT_EQ(Simulator.Batches, 1);
-    for (std::int32_t mods : {0, 1, 3}) press('C', mods);
-    EXPECT_EQ(FailureCount, 1);
-    press('C', 2);
-    EXPECT_EQ(FailureCount, 0);
-    for (std::int32_t mods : {0, 1, 2, 3}) press('A', mods);
-    EXPECT_TRUE(Engine.Deactivated);
-
-    // One key for two actions: the status first.
-    AddFailure(6, 9);
-    Settings.ClearHotkey = 'S';
-    Settings.ClearHotkeyMods = 1;
-    Simulator.TakeWrites();
-    press('S', 1);
-    ASSERT_EQ(Simulator.Writes.size(), 3u);
+    for (int key : {'S', 'A'})
+        for (std::int16_t ctrl : {Up, Down}) Poll(key, Down, ctrl, ctrl == Down ? Up : Down);
+    EXPECT_EQ(Simulator.Writes.size(), 3u);
     EXPECT_EQ(Simulator.Writes[0].Offset, 0x3380u);
     EXPECT_EQ(Simulator.Writes[2], (SimWriteRecord{0x0B73, 1, 0}));
+    EXPECT_EQ(FailureCount, 1);
+    EXPECT_TRUE(Engine.Deactivated);
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav", "sound_warning.wav"));
+    std::filesystem::remove(Folder / "sound_ok.wav");
+    Poll('A', Down, Up, Down);
+    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "a missing file is skipped";
 }
 
-TEST_F(SpeechTest, HotkeysRepeatShareKeysAndWorkWithoutALink) {
+TEST_F(SpeechTest, HotkeysRepeatAtEveryTickAndWorkWithoutALink) {
     SimClose();
-    SimInit();
     Engine.Connected = false;
     Simulator.Reply = 0;
     Settings.StatusHotkey = Settings.ActiveHotkey = 'Q';
-    inprocess::SetKey('Q', -32768);
-    EngineTick();
-    EXPECT_TRUE(Engine.Deactivated);
-    EngineTick();
-    EngineTick();
-    EXPECT_TRUE(Engine.Deactivated);
+    inprocess::SetKey('Q', Down);
+    for (int tick = 0; tick < 3; ++tick) EngineTick();
     EXPECT_THAT(inprocess::TakeSounds(),
                 ElementsAre("sound_warning.wav", "sound_ok.wav", "sound_warning.wav"));
     EXPECT_EQ(Window.StatusCaption, "FSUIPC - No connection to Flight Simulator.");
-
-    Settings = {};
-    Settings.ClearHotkey = 'Q';
-    PollHotkeys();
-    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "no failure to clear";
-    AddFailure(1, 1);
-    AddFailure(1, 2);
-    PollHotkeys();
-    EXPECT_EQ(FailureCount, 1);
-    EXPECT_FALSE(Catalogue[1][2].Failed);
 }
 
 class HardcoreTest : public SpeechTest {
    protected:
     HardcoreTest() { Settings.HardcoreActive = true; }
-    void StartCompanion() {
-        Companion = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
-                                        [](auto, auto, auto) { return std::intptr_t{0}; });
+    static platform::WindowHandle StartCompanion() {
+        return platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
+                                   [](auto, auto, auto) { return std::intptr_t{0}; });
     }
-    platform::WindowHandle Companion = 0;
 };
 
 TEST_F(HardcoreTest, CompanionIsStartedOnceOrThePilotIsTold) {
-    StartCompanion();
-    EXPECT_TRUE(StartHardcoreCompanion());
-    EXPECT_THAT(inprocess::TakeShellRuns(), IsEmpty());
-    platform::DropWindow(Companion);
     EXPECT_FALSE(StartHardcoreCompanion());
     EXPECT_THAT(Window.Messages, ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
     inprocess::TakeShellRuns();
     WriteFile("fsqmhc.exe", "");
     EXPECT_FALSE(StartHardcoreCompanion());
+    EXPECT_EQ(Window.Messages.size(), 1u);
+    StartCompanion();
+    EXPECT_TRUE(StartHardcoreCompanion());
     EXPECT_THAT(inprocess::TakeShellRuns(),
                 ElementsAre(inprocess::ShellRun{"Open", (Folder / "fsqmhc.exe").string(), "0", "0",
                                                 platform::ShowMinimized}));
-    EXPECT_EQ(Window.Messages.size(), 1u);
+}
+
+TEST_F(HardcoreTest, HidesFailuresAndSaysSoOnce) {
+    Settings.DisplayFailures = true;
+    Settings.StatusHotkey = 'S';
+    Simulator.Space.SetValue(0x0366, 2, 1);
+    AddFailure(6, 9);
+    Window.ListShown = false;
+    for (std::int16_t key : {Up, Down}) {
+        inprocess::SetKey('S', key);
+        EngineTick();
+        EXPECT_EQ(Window.StatusCaption, "On hold (not airborne). Hardcore Mode.");
+    }
+    EXPECT_TRUE(Window.ListShown);
+    EXPECT_EQ(Window.Unloads, 0) << "no companion is needed on the ground";
 }
 
 TEST_F(HardcoreTest, AirborneTheListIsHiddenAndTheCompanionLookedFor) {
-    StartCompanion();
-    Simulator.Space.SetValue(0x0366, 2, 1);
-    EngineTick();
-    EXPECT_TRUE(Window.ListShown);
-    int searches = inprocess::CallCount("FindWindowA");
-    Simulator.Space.SetValue(0x0366, 2, 0);
+    const auto companion = StartCompanion();
+    Settings.ActiveHotkey = 'A';
     EngineTick();
     EXPECT_FALSE(Window.ListShown);
-    EXPECT_EQ(inprocess::CallCount("FindWindowA"), searches + 1);
+    EXPECT_EQ(Window.Unloads, 0);
     AddFailure(1, 1);
-    ToggleActive();
+    Poll('A', Down, Up, Up);
     EXPECT_FALSE(Engine.Deactivated);
 
     // A lost link leaves the lock, the hidden list and the failures; nobody looks for the
     // companion.
     Simulator.Reply = 0;
-    platform::DropWindow(Companion);
+    platform::DropWindow(companion);
     EngineTick();
     EngineTick();
     EXPECT_EQ(FailureCount, 1);
-    EXPECT_EQ(Window.Unloads, 0);
+    EXPECT_FALSE(Window.ListShown);
     Simulator.Reply = 1;
     EngineTick();  // connects
     EXPECT_EQ(Window.Unloads, 0);
-    int statusChanges = Window.StatusChanges;
+    const int statusChanges = Window.StatusChanges;
     EngineTick();
     EXPECT_EQ(Window.Unloads, 1);
     EXPECT_EQ(Window.StatusChanges, statusChanges) << "the tick goes no further";
-}
-
-TEST_F(HardcoreTest, LandingShowsTheListAgainAndCompanionIsNotNeeded) {
-    Simulator.Space.SetValue(0x0366, 2, 1);
-    Window.ListShown = false;
-    EngineTick();
-    EXPECT_TRUE(Window.ListShown);
-    EXPECT_EQ(Window.Unloads, 0);
-}
-
-TEST_F(HardcoreTest, LeavingAFlightMovesTheAircraftThreeTimes) {
-    LeaveFlight();
-    EXPECT_EQ(Simulator.Batches, 0);
-    Engine.Airborne = true;
-    double start = inprocess::Elapsed();
-    LeaveFlight();
-    EXPECT_EQ(Simulator.Batches, 9);
-    EXPECT_NEAR(inprocess::Elapsed() - start, 2.0, 1e-6);
 }
 
 }  // namespace

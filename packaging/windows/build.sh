@@ -5,7 +5,7 @@
 #
 # What is missing is installed with apt. The widget set is built from Debian's own source package,
 # once for each architecture, version and set of switches, and kept in the user's cache. A build that
-# was stopped goes on where it was.
+# was stopped goes on where it was. Exit status 75: that package cannot be fetched now.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
@@ -64,10 +64,10 @@ list_sources() {
 fetch_sources() {
     [ -d "$sources" ] && return
     echo "fetching the sources of wxWidgets $version"
-    logged fetch list_sources
+    (logged fetch list_sources) || exit 75
     rm -rf "$sources.partial"
     mkdir -p "$sources.partial"
-    (cd "$sources.partial" && logged fetch source_apt source "wxwidgets3.2=$version")
+    (cd "$sources.partial" && logged fetch source_apt source "wxwidgets3.2=$version") || exit 75
     mv "$sources.partial"/wxwidgets3.2-*/ "$sources"
     rm -rf "$sources.partial"
 }

@@ -160,8 +160,8 @@ unpacked() {
     mkdir -p "$WINEPREFIX/drive_c/$users_folder"
     unzip -q "$zip" -d "$WINEPREFIX/drive_c/$users_folder"
     [ "$(ls "$WINEPREFIX/drive_c/$users_folder")" = Quirkmeter ]
-    [ "$(cd "$folder" && LC_ALL=C ls | tr '\n' ' ')" = "LICENSE.txt Quirkmeter.exe Quirkmeter.htm fsqmhc.exe \
-practice-simulator.exe practice.qmp sound_failure.wav sound_ok.wav sound_warning.wav " ]
+    [ "$(cd "$folder" && LC_ALL=C ls | tr '\n' ' ')" = "LICENSE.txt Quirkmeter.exe Quirkmeter.htm \
+fsqmhc.exe practice-simulator.exe practice.qmp sound_failure.wav sound_ok.wav sound_warning.wav " ]
 }
 
 fails_every_second() {

@@ -126,7 +126,7 @@ TEST_F(FilesTest, OddSettingsChangeNothing) {
     EXPECT_TRUE(ReadSettings());
     WriteSettings();
     EXPECT_THAT(Window.Messages,
-                ElementsAre("! Could not write " + Folder.string() + "/Quirkmeter.ini file"));
+                ElementsAre("! Could not write " + (Folder / "Quirkmeter.ini").string() + " file"));
 }
 
 TEST_F(FilesTest, HardcoreModeIsLastAndNeedsItsCompanion) {

@@ -549,6 +549,15 @@ TEST_F(WindowTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     ChooseFile(main->cmdSaveAs, profile);
     EXPECT_EQ(modals.Messages.back(), "! Could not write " + profile);
     EXPECT_EQ(Settings.LastProfile, profile);
+
+    // A name in letters that Windows' code page has not.
+    inprocess::FailCalls("HoldsPath", 1, 2, 0);
+    for (wxButton* button : {main->cmdSaveAs, main->cmdOpen}) {
+        ChooseFile(button, (Folder / "foreign").string());
+        EXPECT_EQ(Settings.LastProfile, profile);
+    }
+    EXPECT_EQ(modals.Messages.back(), "! Could not read " + (Folder / "foreign").string());
+    EXPECT_FALSE(std::filesystem::exists(Folder / "foreign"));
 }
 
 TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {

@@ -1,24 +1,33 @@
 #!/usr/bin/env bash
-# usage: checks.sh ZIP SETUP: runs what is in the packages under Wine, on the display it is given,
-# and prints a line for each check. What Quirkmeter does is seen in the lines that the practice
-# simulator prints, in its windows' titles and in the files that it leaves.
+# usage: checks.sh FOLDER: runs the test programs and what is in the packages of that build folder
+# under Wine, on the display it is given, and prints a line for each check. What Quirkmeter does is
+# seen in the lines that the practice simulator prints, in its windows' titles and in the files that
+# it leaves; for each check that fails there is a picture of the display in the folder.
 set -Eeuo pipefail
-zip=$(realpath "$1")
-setup=$(realpath "$2")
-pictures=$(dirname "$zip") # of what the display shows when a check fails
-patience=60                # seconds
+build=$(realpath "$1")
+zip=$(echo "$build"/Quirkmeter-*.zip)
+setup=$(echo "$build"/Quirkmeter-*-setup.exe)
+patience=60 # seconds
 
-rm -f "$pictures"/FAILED-*.png
+rm -f "$build"/FAILED-*.png
 
 world=$(mktemp -d)
 # A Windows of its own, which ends with all that runs on it.
 export WINEPREFIX=$world/prefix WINEDEBUG=-all
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe="
-export HOME=$world/home LC_ALL=C.UTF-8
+export HOME=$world/home USER=Jörg LC_ALL=C.UTF-8
 wine() { timeout "$patience" /usr/lib/wine/wine64 "$@" 2>/dev/null; }
 wineserver() { timeout "$patience" /usr/lib/wine/wineserver64 "$@"; }
-trap 'wineserver -k || true; wineserver -w || true; rm -rf "$world"' EXIT
+end_all() {
+    for WINEPREFIX in "$world"/prefix*; do
+        wineserver -k || true
+        wineserver -w || true
+    done
+    rm -rf "$world"
+}
+trap end_all EXIT
 
+main='FS2002 Quirkmeter'
 users_folder="Flüge mit Übung"
 folder="$WINEPREFIX/drive_c/$users_folder/Quirkmeter"
 ini=$folder/Quirkmeter.ini
@@ -45,7 +54,7 @@ check() {
     else
         echo "FAILED $1"
         sed 's/^/   /' "$world/check.log"
-        import -window root "$pictures/FAILED-$2.png"
+        import -window root "$build/FAILED-$2.png"
         failed=$((failed + 1))
     fi
 }
@@ -85,11 +94,26 @@ running() {
 
 one_runs() { [ "$(running "$1" | wc -l)" -eq 1 ]; }
 
-# window TITLE: its number; fails unless there is exactly one visible window of that title.
+# A message box has the main window's title, and is told from it by its height.
+is_low() {
+    local height
+    height=$(xdotool getwindowgeometry "$1" 2>/dev/null | sed -n 's/.*Geometry: .*x//p')
+    ((${height:-0} < 200))
+}
+
+# window TITLE: its number; fails unless there is exactly one visible window of that title. "box" is
+# the title of a message box here.
 window() {
-    local numbers
-    numbers=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null || true)
-    [[ $numbers =~ ^[0-9]+$ ]] && echo "$numbers"
+    local numbers number found=()
+    numbers=$(xdotool search --onlyvisible --name "^${1/#box/$main}\$" 2>/dev/null || true)
+    for number in $numbers; do
+        case $1 in
+        box) is_low "$number" || continue ;;
+        "$main") is_low "$number" && continue ;;
+        esac
+        found+=("$number")
+    done
+    ((${#found[@]} == 1)) && echo "${found[0]}"
 }
 
 is_open() { window "$1" >/dev/null; }
@@ -111,16 +135,18 @@ is_within() { awk -v a="$1" -v b="$2" -v c="$3" 'BEGIN { exit !(a <= b && b <= c
 
 # --- What the user does ---------------------------------------------------------------------------
 
-# start PROGRAM [OPTION]...: from its folder.
+# start PROGRAM [OPTION]...: from its folder; the simulator may be given commands.
+commands=$world/commands
 start() {
     local program=$1
     shift
-    (cd "$folder" && exec /usr/lib/wine/wine64 "$program" "$@" </dev/null 2>/dev/null) &
+    (cd "$folder" && exec /usr/lib/wine/wine64 "$program" "$@" <"$commands" 2>/dev/null) &
 }
 
-# The aircraft takes off by itself.
+tell_simulator() { echo "$*" >"$commands"; }
+
 start_simulator() {
-    start practice-simulator.exe --headless --takeoff-after 2 >"$log"
+    start practice-simulator.exe "$@" >"$log"
     await grep -q '# ready' "$log"
 }
 
@@ -129,16 +155,64 @@ end_simulator() {
     await no running practice-simulator.exe
 }
 
-# press TITLE KEY...: in the window of that title, as soon as there is one.
-press() {
+# The first start only starts the companion.
+start_hardcore() {
+    settings "$profile" HARDCOREMODE=YES >"$ini"
+    (cd "$folder" && wine Quirkmeter.exe)
+    await one_runs fsqmhc.exe
+    await is_open "$main"
+}
+
+# to_front TITLE: as soon as there is such a window.
+to_front() {
     await is_open "$1"
     timeout "$patience" xdotool windowactivate --sync "$(window "$1")"
+}
+
+# press TITLE KEY...
+press() {
+    to_front "$1"
     shift
     xdotool key --delay 100 "$@"
 }
 
+# answer TITLE KEY...: which close that window.
+answer() {
+    press "$@"
+    await no is_open "$1"
+}
+
+# hold KEY CONDITION...: with CTRL and SHIFT in the simulator, until the condition is met.
+hold() {
+    local key=$1 status=0
+    shift
+    to_front 'Practice Simulator'
+    xdotool keydown ctrl keydown shift keydown "$key"
+    await "$@" || status=$?
+    xdotool keyup "$key" keyup shift keyup ctrl
+    return $status
+}
+
+letters() { grep -o . <<<"$1"; }
+
+# choose TITLE KEY...: as the name, instead of the one that the file dialog comes with.
+choose() { answer "$1" Home shift+End "${@:2}" Return; }
+
+# save NAME: comes to the program's folder, where the file dialog looks first.
+save() {
+    press "$main" alt+s
+    choose 'Save As' $(letters "$1")
+    await test -s "$folder/$1"
+}
+
 close_program() {
-    press 'FS2002 Quirkmeter' alt+F4
+    press "$main" alt+F4
+    await no running Quirkmeter.exe
+}
+
+end_session() {
+    rm "$ini"
+    wine wineboot --end-session
     await no running Quirkmeter.exe
 }
 
@@ -151,10 +225,83 @@ settings() {
         DISPLAYUPDATE=YES DISPLAYFAILURES=YES PLAYFAILURESOUND=YES "$@" | iconv -t CP1252
 }
 
-# --- The checks -----------------------------------------------------------------------------------
+# --- The tests ------------------------------------------------------------------------------------
 
-pitot=0x0B71
-profile="C:\\$users_folder\\Quirkmeter\\pitot.qmp"
+# The tests name their files as the toolkit does, in letters that every code page has, so they run on
+# a Windows of their own. A program that ended half-way has not passed.
+plain=$world/prefix-plain
+passes() {
+    USER=pilot WINEPREFIX=$plain timeout 300 /usr/lib/wine/wine64 "$build/bin/$1" --gtest_brief=1 "${@:2}" 2>&1 | tee "$world/tests.log"
+    grep -q '^\[  PASSED  \]' "$world/tests.log"
+}
+
+# Where which room may look is the sources' business.
+program_passes() { passes program_test.exe --gtest_filter='-RoomsTest.*'; }
+
+windows_pass() { passes window_test.exe; }
+
+# --- The link -------------------------------------------------------------------------------------
+
+link_probe() { timeout "$1" /usr/lib/wine/wine64 "$build/bin/link-probe.exe" 2>/dev/null; }
+
+# answers CODE OPERATION...: of the link, worked by hand.
+answers() {
+    local code
+    echo "${@:2}" >&"${probe[1]}"
+    read -r -t "$patience" code <&"${probe[0]}"
+    [ "$code" = "$1"$'\r' ]
+}
+
+batch_answers() { answers 0 read 0x3304 4 && answers "$1" process; }
+
+# What the link says of a call can be seen from outside but for a system that is out of messages,
+# atoms or memory (3, 4 and 6), and a time-out (below).
+link_says_what_is_wrong() {
+    coproc probe { link_probe 300; }
+    answers 9 process
+    answers 2 open 0
+    start_simulator --headless --misbehave old
+    answers 7 open 0
+    end_simulator
+    start_simulator --headless --class FS98MAIN --misbehave old
+    answers 14 open 0
+    tell_simulator misbehave none
+    await answers 0 open 0
+    answers 1 open 0
+    answers 10 process
+    batch_answers 0
+    answers 0 read 0 32492
+    answers 15 read 0 0
+    answers 0 process
+    answers 15 read 0 32493
+    tell_simulator misbehave wrong
+    await batch_answers 13
+    tell_simulator misbehave drop
+    await batch_answers 12
+    tell_simulator misbehave none
+    answers -1 close
+    await answers 8 open 1
+    answers 0 open 0
+    answers -1 init
+    answers 5 open 0
+    end_simulator
+}
+
+# A module that never answers is given up after a minute and a half: that goes on beside the other
+# checks.
+wait_for_silent_module() (
+    export USER=pilot WINEPREFIX=$plain
+    log=$world/silent.log commands=/dev/null
+    start_simulator --headless --misbehave silent
+    link_probe 300 <<<"open 0" >"$world/silent-code"
+)
+
+silence_is_a_time_out() {
+    await test -s "$world/silent-code"
+    [ "$(cat "$world/silent-code")" = $'11\r' ]
+}
+
+# --- The checks -----------------------------------------------------------------------------------
 
 unpacked() {
     mkdir -p "$WINEPREFIX/drive_c/$users_folder"
@@ -164,72 +311,157 @@ unpacked() {
 fsqmhc.exe practice-simulator.exe practice.qmp sound_failure.wav sound_ok.wav sound_warning.wav " ]
 }
 
+one_job_is_left() { [ "$(jobs -rp | wc -l)" -eq 1 ]; }
+
+one_instance_stays() {
+    settings '' >"$ini"
+    for _ in {1..4}; do start Quirkmeter.exe; done
+    await one_job_is_left
+    await is_open "$main"
+    (cd "$folder" && wine Quirkmeter.exe)
+    one_runs Quirkmeter.exe
+    is_open "$main"
+}
+
+# The first row of the last system, which is a failure flag.
+adf=0x0B64
+adf_dialog=' Radio - ADF Reliability'
+
+# The systems list has the focus at the start, and the list of sub-systems from here on.
+failing_needs_the_simulator() {
+    press "$main" End Tab Return
+    answer "$adf_dialog" alt+t
+    answer box Return
+    one_runs Quirkmeter.exe
+}
+
+answer_row() {
+    press "$main" Return
+    answer "$adf_dialog" "$@"
+}
+
+fails_and_clears() {
+    start_simulator --headless --takeoff-after 1000000
+    await wrote 1 0x3380 "On hold (not airborne)."
+    answer_row alt+t
+    await wrote 2 $adf "$adf 1 1 "
+    answer_row alt+f
+    await wrote 1 $adf "$adf 1 0 "
+    await wrote 2 0x3380 "No failures."
+    answer_row alt+t
+    await wrote 2 0x3380 "Radio(ADF)"
+    press "$main" alt+c
+    await wrote 2 $adf "$adf 1 0 "
+}
+
+click_opens() {
+    to_front "$main"
+    xdotool mousemove --window "$(window "$main")" 60 190 click 1
+    answer "$adf_dialog" Escape
+}
+
+# The list keeps the focus after the click. In the dialog the whole percents have it, and one down
+# from 100 is 99.999 %.
+enter_opens_and_accepts() {
+    answer_row Down Return
+    save heavy
+    [ "$(wc -l <"$folder/heavy")" -eq 62 ]
+    [ "$(grep -n 99 "$folder/heavy")" = $'59:7#1#99.999#1\r' ]
+}
+
+sets_many() {
+    press "$main" alt+a
+    answer 'All Reliabilities' Down Return
+    press "$main" alt+r
+    answer ' Radio Reliabilities' Down Return
+    save light
+    [ "$(grep -c '^[1-6]#.*#99\.999#1' "$folder/light")" -eq 58 ]
+    [ "$(grep -c '^7#.*#98\.999#1' "$folder/light")" -eq 4 ]
+}
+
+opens_profile() {
+    press "$main" alt+o
+    choose Open $(letters heavy)
+    save copy
+    cmp "$folder/heavy" "$folder/copy"
+}
+
+refuses_foreign_letters() {
+    local before
+    before=$(ls "$WINEPREFIX/drive_c")
+    press "$main" alt+s
+    choose 'Save As' C colon backslash Cyrillic_zhe
+    answer box Return
+    [ "$(ls "$WINEPREFIX/drive_c")" = "$before" ]
+    one_runs Quirkmeter.exe
+}
+
+# There is no browser on this Windows.
+opens_help() {
+    wine reg add 'HKCR\.htm' /ve /d htmlfile /f
+    wine reg add 'HKCR\htmlfile\shell\open\command' /ve /d 'notepad.exe "%1"' /f
+    press "$main" alt+p
+    press Help alt+h
+    answer 'Quirkmeter.htm - Notepad' alt+F4
+    is_open Help
+}
+
+keeps_settings() {
+    press Help alt+s
+    press Settings alt+d alt+h alt+o
+    answer box Return
+    await no is_open Settings
+    await no is_open Help
+    rm "$ini"
+    close_program
+    cmp "$ini" <(settings "C:\\$users_folder\\Quirkmeter\\copy" HARDCOREMODE=YES |
+        sed /DISPLAYUPDATE/d)
+    end_simulator
+}
+
+pitot=0x0B71
+profile="C:\\$users_folder\\Quirkmeter\\pitot.qmp"
+
 fails_every_second() {
     printf '6#7#0#0\r\n' >"$folder/pitot.qmp"
     settings "$profile" >"$ini"
-    start_simulator
+    start_simulator --takeoff-after 2
     start Quirkmeter.exe
     await wrote 6 $pitot
     is_within 4 "$(seconds_between 1 6 $pitot)" 6.5
     wrote 1 0x3380 "Pitot Static"
 }
 
-second_instance_ends() {
-    (cd "$folder" && wine Quirkmeter.exe)
-    one_runs Quirkmeter.exe
-    is_open 'FS2002 Quirkmeter'
+obeys_hotkeys() {
+    no wrote 2 0x3380 "Pitot Static"
+    hold s wrote 2 0x3380 "Pitot Static"
+    hold c wrote 1 $pitot "$pitot 1 0 "
+    hold d wrote 1 0x3380 "(deactivated)"
 }
 
 reconnects() {
     end_simulator
-    start_simulator
-    await wrote 2 $pitot
+    start_simulator --headless --takeoff-after 1000000
+    await wrote 1 0x3380 "On hold (not airborne)"
     one_runs Quirkmeter.exe
-}
-
-airspeed=' Autopilot - Airspeed Reliability'
-
-click_opens() {
-    await is_open 'FS2002 Quirkmeter'
-    xdotool mousemove --window "$(window 'FS2002 Quirkmeter')" 60 190 click 1
-    await is_open "$airspeed"
-    press "$airspeed" Escape
-    await no is_open "$airspeed"
-}
-
-# The list keeps the focus after the click. In the dialog the whole percents have it, and one down
-# from 100 is 99.999 %.
-enter_opens_and_accepts() {
-    press 'FS2002 Quirkmeter' Return
-    press "$airspeed" Down Return
-    await no is_open "$airspeed"
-}
-
-saves_heavy() {
-    press 'FS2002 Quirkmeter' alt+s
-    press 'Save As' C colon backslash h e a v y Return
-    local heavy=$WINEPREFIX/drive_c/heavy
-    await test -s "$heavy"
-    [ "$(wc -l <"$heavy")" -eq 62 ]
-    cmp <(head -n 1 "$heavy") <(printf '1#1#99.999#1\r\n')
-}
-
-settings_are_written() {
-    rm "$ini"
     close_program
-    cmp "$ini" <(settings 'C:\heavy')
+    end_simulator
 }
 
 hardcore_restarts() {
-    end_simulator
-    settings "$profile" HARDCOREMODE=YES >"$ini"
-    start_simulator
-    (cd "$folder" && wine Quirkmeter.exe)
-    await one_runs fsqmhc.exe
-    await is_open 'FS2002 Quirkmeter'
-    await wrote 1 0x3380 "Hardcore Mode."
+    start_hardcore
+    start_simulator --headless --takeoff-after 2
+    await wrote 1 0x3380 "Operational. Hardcore Mode."
     await wrote 1 $pitot
     one_runs Quirkmeter.exe
+}
+
+# The aircraft was moved three times, a second apart.
+flight_was_ended() {
+    wrote 3 0x0560
+    no wrote 4 0x0560
+    is_within 1.9 "$(seconds_between 1 3 0x0560)" 4
+    cmp "$ini" <(settings "$profile" HARDCOREMODE=YES)
 }
 
 hardcore_ends_the_flight() {
@@ -237,11 +469,48 @@ hardcore_ends_the_flight() {
     kill -KILL $(running fsqmhc.exe)
     await no running Quirkmeter.exe
     await no running fsqmhc.exe
-    wrote 3 0x0560
-    no wrote 4 0x0560
-    is_within 1.9 "$(seconds_between 1 3 0x0560)" 4
-    cmp "$ini" <(settings "$profile" HARDCOREMODE=YES)
+    flight_was_ended
     end_simulator
+}
+
+# Programs end in the order in which they were started, so the simulator outlives the others.
+session_end_ends_the_flight() {
+    start_hardcore
+    start_simulator --headless --takeoff-after 2
+    await wrote 1 0x3380 "Operational. Hardcore Mode."
+    end_session
+    await no running fsqmhc.exe
+    flight_was_ended
+    await no running practice-simulator.exe
+}
+
+warns_of_damaged_profile() {
+    printf 'Not a profile\r\n' >"$folder/damaged.qmp"
+    settings "C:\\$users_folder\\Quirkmeter\\damaged.qmp" >"$ini"
+    start Quirkmeter.exe
+    answer box Return
+    await is_open "$main"
+}
+
+session_end_keeps_settings() {
+    press "$main" alt+p
+    await is_open Help
+    end_session
+    cmp "$ini" <(settings '')
+}
+
+decimal_separator() { wine reg add 'HKCU\Control Panel\International' /v sDecimal /d "$1" /f; }
+
+# In the dialog, one down from 100 % and the least of its thousandths but one.
+follows_regional_settings() {
+    trap 'decimal_separator .' EXIT
+    decimal_separator ,
+    start Quirkmeter.exe
+    press "$main" Tab Return
+    answer ' Autopilot - Airspeed Reliability' Down Tab End Up Return
+    save comma
+    cmp <(head -n 1 "$folder/comma") <(printf '1#1#99,001#1\r\n')
+    close_program
 }
 
 uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Quirkmeter'
@@ -263,7 +532,7 @@ installs() {
 installed_program_runs() {
     folder=$(installed)
     start Quirkmeter.exe
-    await is_open 'FS2002 Quirkmeter'
+    await is_open "$main"
     fails_with 2 wine "$setup" /S
     local inside=${folder#*/drive_c}
     fails_with 2 wine "$folder/uninstall.exe" /S "_?=C:${inside//\//\\}"
@@ -291,27 +560,47 @@ uninstall_leaves_nothing() {
     [ ! -e "$(installed)" ]
 }
 
-mkdir "$HOME" "$WINEPREFIX"
+mkdir "$HOME" "$WINEPREFIX" "$plain"
+mkfifo "$commands"
+exec {keep_open}<>"$commands"
+# A letter that no layout has would be on the keyboard only while it is pressed.
+setxkbmap us,ru
 wineserver -p
-wine wineboot --init || {
+wine wineboot --init && USER=pilot WINEPREFIX=$plain wine wineboot --init || {
     echo "FAILED Wine does not start"
     exit 1
 }
 
 check "the zip unpacks into one folder with all its files" unpacked
-check "a failure of the profile is written every second" fails_every_second
-check "a second instance ends at once" second_instance_ends
-check "the program connects again after the simulator was killed" reconnects
+check "the tests of the program pass" program_passes
+check "the tests of its windows pass" windows_pass
+wait_for_silent_module &
+check "the link says what is wrong" link_says_what_is_wrong
+check "of several instances one stays" one_instance_stays
+check "Test Failure needs the simulator" failing_needs_the_simulator
+check "Test Failure, Clear Failure and Clear All Failures reach the simulator" fails_and_clears
 check "a click on a row opens its reliability" click_opens
-check "Enter opens the row's reliability, and accepts it" enter_opens_and_accepts
-check "a profile saved as heavy is named heavy" saves_heavy
-check "closing writes the settings" settings_are_written
+check "Enter opens it and accepts it, and a profile saved as heavy is named heavy" \
+    enter_opens_and_accepts
+check "all reliabilities are set at once, and those of a system" sets_many
+check "a profile is opened again" opens_profile
+check "a profile's name that the code page cannot hold is refused" refuses_foreign_letters
+check "the help opens" opens_help
+check "settings and Hardcore Mode are changed, and written at the end" keeps_settings
+check "a failure of the profile is written every second" fails_every_second
+check "the hotkeys work while the simulator has the keyboard" obeys_hotkeys
+check "the program connects again after the simulator was killed" reconnects
 check "Hardcore Mode starts the companion, which starts the program again" hardcore_restarts
 check "without its companion in the air Hardcore Mode ends the flight" hardcore_ends_the_flight
+check "the end of the session in the air does so, too" session_end_ends_the_flight
+check "a damaged profile gives a warning, and the program starts" warns_of_damaged_profile
+check "the end of the session writes the settings, whatever is open" session_end_keeps_settings
+check "numbers have the decimal separator of the regional settings" follows_regional_settings
 check "the installer installs" installs
 check "the installed program starts, holds off the installers and writes its settings" \
     installed_program_runs
 check "uninstalling keeps the user's files" uninstall_keeps_the_users_files
 check "uninstalling leaves nothing else" uninstall_leaves_nothing
+check "a module that never answers is a time-out" silence_is_a_time_out
 echo "$passed passed, $failed failed"
 ((failed == 0))

@@ -160,6 +160,10 @@ std::string FileName(const std::string& path);
 
 bool FileExists(const std::string& path);
 
+/// True when this system's texts can hold the path letter for letter: on Windows when all of its
+/// letters are in the ANSI code page.
+bool HoldsPath(const std::wstring& path);
+
 /// The decimal separator of the user's regional settings.
 char DecimalSeparator();
 

@@ -375,14 +375,13 @@ bool frmMain::ChooseProfile(long style) {
     if (last.HasName()) cdlDialog.SetFilename(last.GetFullName());
     if (cdlDialog.ShowModal() != wxID_OK) return false;
     wxString path = cdlDialog.GetPath();
-    std::string stored = look::Stored(path);
-    if (look::Shown(stored) != path) {  // a name that the system's code page cannot hold
+    if (!platform::HoldsPath(path.ToStdWstring())) {
         wxMessageBox((save ? "Could not write " : "Could not read ") + path, ProgramTitle,
                      wxOK | wxICON_WARNING, this);
         return false;
     }
     cdlDialogPath_ = path;
-    Settings.LastProfile = stored;
+    Settings.LastProfile = look::Stored(path);
     return true;
 }
 

@@ -355,6 +355,10 @@ bool FileExists(const std::string& path) {
     return std::filesystem::exists(path, error);
 }
 
+bool HoldsPath(const std::wstring&) {
+    return !Fails("HoldsPath");
+}
+
 char DecimalSeparator() {
     return TheWorld.Separator;
 }

@@ -71,6 +71,10 @@ bool FileExists(const std::string& path) {
     return std::filesystem::is_regular_file(path, error);
 }
 
+bool HoldsPath(const std::wstring&) {
+    return true;
+}
+
 char DecimalSeparator() {
     static const char separator = [] {
         const locale_t user = newlocale(LC_NUMERIC_MASK, "", nullptr);

@@ -84,6 +84,13 @@ bool FileExists(const std::string& path) {
     return (::GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
+bool HoldsPath(const std::wstring& path) {
+    BOOL replaced = FALSE;
+    ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path.c_str(), -1, nullptr, 0, nullptr,
+                          &replaced);
+    return !replaced;
+}
+
 char DecimalSeparator() {
     static const char separator = [] {
         char text[8];

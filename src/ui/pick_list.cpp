@@ -35,7 +35,8 @@ void PickList::Pick(const wxString& entry) {
 }
 
 void PickList::OnChar(wxKeyEvent& event) {
-    if (event.GetKeyCode() == WXK_RETURN && !IsPopupShown()) {
+    const int key = event.GetKeyCode();
+    if ((key == WXK_RETURN || key == WXK_NUMPAD_ENTER) && !IsPopupShown()) {
         PressDefaultButton();
         return;
     }

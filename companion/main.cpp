@@ -25,7 +25,11 @@ class CompanionFrame final : public wxFrame {
 class CompanionApp final : public wxApp {
    public:
     // The parameter that Quirkmeter passes means nothing.
-    bool OnInit() override { return true; }
+    bool OnInit() override {
+        // Whether the session may end is only a question, and gone with it would be the flight.
+        Bind(wxEVT_QUERY_END_SESSION, [](wxCloseEvent&) {});
+        return true;
+    }
 
     // Not in OnInit, where ending at once would be an error.
     int OnRun() override {

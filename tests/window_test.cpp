@@ -366,6 +366,39 @@ TEST_F(WindowTest, ClickOpensTheDialogOfTheRowAndAcceptStores) {
     EXPECT_EQ(Catalogue[1][2].RangeHigh - Catalogue[1][2].RangeLow, 49750);
 }
 
+TEST_F(WindowTest, ReleaseOfTheButtonAloneIsNoClick) {
+    wxUIActionSimulator mouse;
+    mouse.MouseMove(main->lblSubSystems->ClientToScreen(wxPoint(5, 5)));
+    HandleEvents();
+    mouse.MouseDown();
+    HandleEvents();
+    mouse.MouseMove(main->lvwSubSystems->ClientToScreen(wxPoint(60, 60)));
+    HandleEvents();
+    bool opened = false;
+    WhenOpen<frmReliability>([this, &opened](frmReliability* dialog) {
+        opened = true;
+        Click(dialog->cmdCancel);
+    });
+    mouse.MouseUp();
+    HandleEvents();
+    EXPECT_FALSE(opened);
+    ClickRow(1);
+    EXPECT_TRUE(opened);
+}
+
+TEST_F(WindowTest, PlacesFollowTheScaleOfTheDisplay) {
+    std::vector<wxWindow*> controls = {main->lstSystems, main->lvwSubSystems, main->cmdOptions,
+                                       main->Frame1, main->lblStatus};
+    std::vector<wxRect> before;
+    for (wxWindow* control : controls) before.push_back(control->GetRect());
+    wxDPIChangedEvent change(wxSize(96, 96), wxSize(192, 192));
+    main->ProcessWindowEvent(change);
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        EXPECT_EQ(controls[i]->GetPosition(), before[i].GetPosition() * 2) << i;
+        EXPECT_EQ(controls[i]->GetSize(), before[i].GetSize() * 2) << i;
+    }
+}
+
 TEST_F(WindowTest, EnterAndSpaceOpenTheDialogAndEscapeLeavesIt) {
     for (int key : {WXK_RETURN, WXK_SPACE}) {
         main->lvwSubSystems->SetFocus();
@@ -705,6 +738,29 @@ TEST_F(WindowTest, HardcoreLockRefusesWhatItMustAndNothingElse) {
     EXPECT_EQ(std::ranges::count(simulator.Writes, SimWriteRecord{0x0560, 4, 0}), 3);
     EXPECT_NEAR(inprocess::Elapsed() - start, 2, 1e-6);
     EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=" + profile + "\r\n");
+    platform::DropWindow(companion);
+}
+
+TEST_F(WindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
+    TestSimulator simulator;
+    simulator.Space.SetValue(0x0366, 2, 1);
+    auto companion = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
+                                         [](auto, auto, auto) { return std::intptr_t{0}; });
+    Settings.HardcoreActive = true;
+    Tick();
+    WhenOpen<frmReliability>([&](frmReliability* dialog) {
+        simulator.Space.SetValue(0x0366, 2, 0);
+        Tick();
+        EXPECT_FALSE(main->lvwSubSystems->IsShown());
+        Click(dialog->cmdCancel);
+    });
+    ClickRow(1);
+    EXPECT_TRUE(Until([this] { return main->IsActive() && !modals.Last(); }));
+    HandleEvents();
+    WhenOpen<frmOptions>([this](frmOptions* dialog) { Click(dialog->cmdCancel); });
+    Key('P', wxMOD_ALT);
+    EXPECT_TRUE(Until([this] { return waiting == 0; }));
+    Engine.Airborne = false;  // or the flight would be ended
     platform::DropWindow(companion);
 }
 

@@ -514,6 +514,16 @@ follows_regional_settings() {
     close_program
 }
 
+# Greek letters: neither the settings nor anything else beside the program has a name in ANSI there.
+runs_from_foreign_folder() {
+    unzip -q "$zip" -d "$WINEPREFIX/drive_c/Πτήση"
+    folder=$WINEPREFIX/drive_c/Πτήση/Quirkmeter
+    printf 'PLAYFAILURESOUND=YES\r\n' >"$folder/Quirkmeter.ini"
+    start Quirkmeter.exe
+    close_program
+    cmp "$folder/Quirkmeter.ini" <(printf 'LASTPROFILE=\r\nPLAYFAILURESOUND=YES\r\n')
+}
+
 uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Quirkmeter'
 installed() { echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/Quirkmeter; }
 menu() {
@@ -597,6 +607,7 @@ check "the end of the session in the air does so, too" session_end_ends_the_flig
 check "a damaged profile gives a warning, and the program starts" warns_of_damaged_profile
 check "the end of the session writes the settings, whatever is open" session_end_keeps_settings
 check "numbers have the decimal separator of the regional settings" follows_regional_settings
+check "the program runs from a folder that the code page cannot hold" runs_from_foreign_folder
 check "the installer installs" installs
 check "the installed program starts, holds off the installers and writes its settings" \
     installed_program_runs

@@ -126,6 +126,8 @@ void frmMain::CreateControls() {
     CreateHardcoreNotice(place);
     lvwSubSystems = new wxListCtrl(panel_, wxID_ANY, place.GetPosition(), place.GetSize(),
                                    wxLC_REPORT | wxLC_SINGLE_SEL);
+    // The theme would leave a selected row its bright green on a pale ground.
+    lvwSubSystems->EnableSystemTheme(false);
     look::PaintGreen(lvwSubSystems);
     lvwSubSystems->SetTextColour(look::BrightGreen);
     wxVector<wxBitmapBundle> imgList;
@@ -204,14 +206,18 @@ void frmMain::CreateHardcoreNotice(const wxRect& place) {
 }
 
 void frmMain::BindHandlers() {
+    look::FollowDisplayScale(this);
     lstSystems->Bind(wxEVT_LISTBOX, [this](wxCommandEvent&) {
         FillSubsystemList();
         lvwSubSystems->EnsureVisible(0);
     });
     // The native list keeps the release of the button for itself and tells of a click.
+    lvwSubSystems->Bind(wxEVT_LEFT_DOWN, &frmMain::OnSubSystemsMouse, this);
     lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsMouse, this);
-    lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK,
-                        [this](wxCommandEvent&) { ClickSubSystem(SelectedRow()); });
+    lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK, [this](wxCommandEvent&) {
+        subSystemPressed_ = false;
+        ClickSubSystem(SelectedRow());
+    });
     lvwSubSystems->Bind(wxEVT_CHAR, &frmMain::OnSubSystemsChar, this);
     auto onClick = [](wxButton* button, auto handler) {
         button->Bind(wxEVT_BUTTON, [handler](wxCommandEvent&) { handler(); });
@@ -222,6 +228,7 @@ void frmMain::BindHandlers() {
     onClick(cmdSaveAs, [this] { SaveProfile(); });
     onClick(cmdOpen, [this] { OpenProfile(); });
     onClick(cmdOptions, [this] { OnOptions(); });
+    Bind(wxEVT_ACTIVATE, &frmMain::OnActivate, this);
     Bind(wxEVT_TIMER, [this](wxTimerEvent&) { OnTimer(); });
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent&) { OnClose(); });
 }
@@ -284,8 +291,10 @@ void frmMain::RefreshSubsystems(bool skipRecomputation) {
         SelectRow(LastClickedItem);
 }
 
+// A click is pressed and released here; a release alone belongs to something else.
 void frmMain::OnSubSystemsMouse(wxMouseEvent& event) {
     event.Skip();
+    if (!std::exchange(subSystemPressed_, event.LeftDown()) || event.LeftDown()) return;
     int flags = 0;
     ClickSubSystem(static_cast<int>(lvwSubSystems->HitTest(event.GetPosition(), flags)) + 1);
 }
@@ -421,6 +430,16 @@ void frmMain::ShowSubsystemList(bool show) {
 void frmMain::ShowMessage(const std::string& text, MessageIcon icon) {
     wxMessageBox(look::Shown(text), ProgramTitle,
                  wxOK | (icon == MessageIcon::Warning ? wxICON_WARNING : wxICON_NONE), this);
+}
+
+// The list may have been hidden since it had the keyboard here, which then nothing has.
+void frmMain::OnActivate(wxActivateEvent& event) {
+    event.Skip();
+    if (!event.GetActive() || lvwSubSystems->IsShown()) return;
+    CallAfter([this] {
+        wxWindow* focus = FindFocus();
+        if (!focus || focus == this || focus == panel_) lstSystems->SetFocus();
+    });
 }
 
 void frmMain::OnTimer() {

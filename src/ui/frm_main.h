@@ -70,6 +70,7 @@ class frmMain final : public wxFrame, public MainWindow {
     void SaveProfile();
     void OpenProfile();
     void OnOptions();
+    void OnActivate(wxActivateEvent& event);
     void OnTimer();
     void OnClose();
 
@@ -94,6 +95,7 @@ class frmMain final : public wxFrame, public MainWindow {
     wxWindow* notice_;
     std::unique_ptr<wxStaticBoxSizer> statusSizer_;
     int LastClickedItem = 0;
+    bool subSystemPressed_ = false;
     bool subSystemClicked_ = false;
     wxString cdlDialogPath_;  // the file chosen last in this run; at first the program's folder
 };

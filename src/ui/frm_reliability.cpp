@@ -62,6 +62,7 @@ frmReliability::frmReliability(wxWindow* parent, const wxString& caption, bool s
     edit_.EditTest = false;
     edit_.EditClear = false;
 
+    look::FollowDisplayScale(this);
     cboRelLeft->Bind(wxEVT_COMBOBOX, [this](wxCommandEvent&) { OnRelLeft(); });
     cboRelRight->Bind(wxEVT_COMBOBOX, [this](wxCommandEvent&) { OnRelRight(); });
     cmdAccept->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnAccept(); });
@@ -100,9 +101,9 @@ void frmReliability::CreateControls(bool single) {
     label(".", 1080, 240, 135, 375)->SetFont(look::Black());
     cboRelRight = list(ThousandthEntries(), 1320);
     label("%", 2280, 240, 375, 375)->SetFont(look::Black());
-    label("based on", 2760, 315, 855, 255);
+    label("based on", 2760, 360, 855, 255);
     cboHours = list(HourEntries(), 3720);
-    label("hours of flight", 4680, 315, 1320, 255);
+    label("hours of flight", 4680, 360, 1695, 255);
     cmdAccept = button(wxID_OK, "&Accept", 120, 840);
     cmdCancel = button(wxID_CANCEL, "&Cancel", 120, 1320);
     cmdTest = button(wxID_ANY, "&Test Failure", 3360, 840);

@@ -43,6 +43,16 @@ wxBitmap DiscBitmap(const wxColour& colour, int size) {
     return wxBitmap(image);
 }
 
+void ScalePlaces(wxWindow* window, const wxDPIChangedEvent& event) {
+    for (wxWindow* child : window->GetChildren()) {
+        if (child->IsTopLevel()) continue;
+        wxRect place = child->GetRect();
+        child->SetSize(event.ScaleX(place.x), event.ScaleY(place.y), event.ScaleX(place.width),
+                       event.ScaleY(place.height));
+        ScalePlaces(child, event);
+    }
+}
+
 }  // namespace
 
 wxSize Twips(const wxWindow* window, int width, int height) {
@@ -70,6 +80,13 @@ wxFont Black() {
     return wxFontInfo(12).FaceName("Arial Black").Weight(wxFONTWEIGHT_HEAVY);
 }
 
+void FollowDisplayScale(wxWindow* window) {
+    window->Bind(wxEVT_DPI_CHANGED, [window](wxDPIChangedEvent& event) {
+        event.Skip();
+        ScalePlaces(window, event);
+    });
+}
+
 void PaintGreen(wxWindow* control) {
     control->SetBackgroundColour(DarkGreen);
     control->SetForegroundColour(BrightGreen);
@@ -91,8 +108,11 @@ wxIconBundle ProgramIcons() {
     return icons;
 }
 
+// The toolkit's converter of file names takes everything for UTF-8 that could be; the system's own
+// encoding comes first.
 wxString Shown(const std::string& text) {
-    return {text.data(), *wxConvFileName, text.size()};
+    wxString shown(text.data(), wxConvLibc, text.size());
+    return shown.empty() ? wxString(text.data(), *wxConvFileName, text.size()) : shown;
 }
 
 std::string Stored(const wxString& text) {

@@ -30,6 +30,9 @@ wxFont Bold();
 wxFont Large();  // bold, for what must be seen first
 wxFont Black();  // the two signs beside the pick lists
 
+/// Keeps a layout of fixed places in scale when its window comes to a display of another scale.
+void FollowDisplayScale(wxWindow* window);
+
 /// Gives a control the bright green on dark green of the program's lists.
 void PaintGreen(wxWindow* control);
 

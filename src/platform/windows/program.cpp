@@ -22,6 +22,24 @@ std::size_t NameStart(const std::string& path) {
     return start;
 }
 
+// Where the folder has letters that the code page has not, its short name serves.
+std::wstring ExecutablePath() {
+    std::wstring path(LongestPath, L'\0');
+    path.resize(::GetModuleFileNameW(nullptr, path.data(), LongestPath));
+    if (HoldsPath(path)) return path;
+    std::wstring shortPath(LongestPath, L'\0');
+    shortPath.resize(::GetShortPathNameW(path.c_str(), shortPath.data(), LongestPath));
+    return shortPath.empty() ? path : shortPath;
+}
+
+std::string InAnsi(const std::wstring& text) {
+    std::string ansi(text.size() * 4, '\0');
+    ansi.resize(static_cast<std::size_t>(
+        ::WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()), ansi.data(),
+                              static_cast<int>(ansi.size()), nullptr, nullptr)));
+    return ansi;
+}
+
 std::string InstanceName(const char* program) {
     return std::string("Local\\FS2002 Quirkmeter ") + program;
 }
@@ -68,8 +86,7 @@ void CloseOwnConsole() {
 }
 
 std::string ProgramFile(std::string_view name) {
-    std::string path(LongestPath, '\0');
-    path.resize(::GetModuleFileNameA(nullptr, path.data(), LongestPath));
+    std::string path = InAnsi(ExecutablePath());
     const std::size_t nameStart = NameStart(path);
     if (nameStart > 0) path.resize(nameStart - 1);
     return path.append(name);

@@ -93,6 +93,7 @@ fly_on_windows() {
     cp -r build/windows-x86_64/hangar "$folder/hangar"
     cd "$folder/hangar"
     printf '%s\r\n' "LASTPROFILE=Z:${PWD//\//\\}\practice.qmp" DISPLAYFAILURES=YES >Quirkmeter.ini
+    /usr/lib/wine/wine64 wineboot --init >/dev/null 2>&1
     start /usr/lib/wine/wine64 practice-simulator.exe --takeoff-after 2
     start /usr/lib/wine/wine64 Quirkmeter.exe
     sleep 40

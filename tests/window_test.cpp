@@ -210,6 +210,10 @@ class WindowTest : public ProgramTest {
         keyboard.Char(key, modifiers);
         HandleEvents();
     }
+    platform::WindowHandle OwnCompanion() {
+        return platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
+                                   [](auto, auto, auto) { return std::intptr_t{0}; });
+    }
     void ChooseSystem(int system) {
         main->lstSystems->SetSelection(system - 1);
         wxCommandEvent event(wxEVT_LISTBOX, main->lstSystems->GetId());
@@ -697,8 +701,7 @@ TEST_F(SettingsWindowTest, HardcoreModeIsChosenOnTheGroundOnly) {
 TEST_F(WindowTest, HardcoreLockRefusesWhatItMustAndNothingElse) {
     TestSimulator simulator;
     simulator.Space.SetValue(0x0366, 2, 1);
-    auto companion = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
-                                         [](auto, auto, auto) { return std::intptr_t{0}; });
+    auto companion = OwnCompanion();
     Settings.HardcoreActive = true;
     Tick();
     Tick();
@@ -744,8 +747,7 @@ TEST_F(WindowTest, HardcoreLockRefusesWhatItMustAndNothingElse) {
 TEST_F(WindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
     TestSimulator simulator;
     simulator.Space.SetValue(0x0366, 2, 1);
-    auto companion = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
-                                         [](auto, auto, auto) { return std::intptr_t{0}; });
+    auto companion = OwnCompanion();
     Settings.HardcoreActive = true;
     Tick();
     WhenOpen<frmReliability>([&](frmReliability* dialog) {

@@ -294,7 +294,8 @@ void frmMain::RefreshSubsystems(bool skipRecomputation) {
 // A click is pressed and released here; a release alone belongs to something else.
 void frmMain::OnSubSystemsMouse(wxMouseEvent& event) {
     event.Skip();
-    if (!std::exchange(subSystemPressed_, event.LeftDown()) || event.LeftDown()) return;
+    bool pressed = std::exchange(subSystemPressed_, event.LeftDown());
+    if (!pressed || event.LeftDown()) return;
     int flags = 0;
     ClickSubSystem(static_cast<int>(lvwSubSystems->HitTest(event.GetPosition(), flags)) + 1);
 }

@@ -11,17 +11,6 @@ namespace {
 
 constexpr std::size_t LongestPath = 32768;
 
-// Where the file's name begins. The second byte of a double-byte character may look like a
-// backslash, so this walks through the characters.
-std::size_t NameStart(const std::string& path) {
-    std::size_t start = 0;
-    const char* const begin = path.c_str();
-    for (const char* at = begin; *at != '\0'; at = ::CharNextA(at)) {
-        if (*at == '\\' || *at == '/') start = static_cast<std::size_t>(at - begin) + 1;
-    }
-    return start;
-}
-
 // Where the folder has letters that the code page has not, its short name serves.
 std::wstring ExecutablePath() {
     std::wstring path(LongestPath, L'\0');
@@ -86,14 +75,20 @@ void CloseOwnConsole() {
 }
 
 std::string ProgramFile(std::string_view name) {
-    std::string path = InAnsi(ExecutablePath());
-    const std::size_t nameStart = NameStart(path);
-    if (nameStart > 0) path.resize(nameStart - 1);
-    return path.append(name);
+    static const std::string folder = [] {
+        const std::string path = InAnsi(ExecutablePath());
+        return path.substr(0, path.size() - FileName(path).size() - 1);
+    }();
+    return folder + std::string(name);
 }
 
 std::string FileName(const std::string& path) {
-    return path.substr(NameStart(path));
+    const char* name = path.c_str();
+    // The second byte of a double-byte character may look like a backslash, so this walks through
+    // the characters.
+    for (const char* at = name; *at != '\0'; at = ::CharNextA(at))
+        if (*at == '\\' || *at == '/') name = at + 1;
+    return name;
 }
 
 bool FileExists(const std::string& path) {

@@ -112,10 +112,10 @@ class Modals final : public wxModalDialogHook {
             wxString title = native::KeyboardTitle();
             return title == "Save As" || title == "Open";
         }
-        if (!dynamic_cast<wxMessageDialogBase*>(Last()))
-            return Last()->IsShownOnScreen() && Last()->IsActive();
+        auto* box = dynamic_cast<wxMessageDialogBase*>(Last());
+        if (!box) return Last()->IsShownOnScreen() && Last()->IsActive();
         auto* main = dynamic_cast<frmMain*>(TheMainWindow);
-        return !main->IsActive() && native::KeyboardTitle() == "FS2002 Quirkmeter";
+        return !main->IsActive() && native::KeyboardTitle() == box->GetTitle();
     }
 
     std::vector<std::string> Messages;
@@ -132,6 +132,7 @@ class Modals final : public wxModalDialogHook {
     void Exit(wxDialog*) override { open_.pop_back(); }
 
     void Answer(wxMessageDialogBase* box) {
+        EXPECT_EQ(native::KeyboardTitle(), "FS2002 Quirkmeter");
         EXPECT_EQ(box->GetMessageDialogStyle() & (wxYES_NO | wxCANCEL), 0);
         bool warning = box->GetMessageDialogStyle() & wxICON_WARNING;
         Messages.push_back((warning ? "! " : "") + look::Stored(native::Text(box)));
@@ -209,10 +210,6 @@ class WindowTest : public ProgramTest {
         wxUIActionSimulator keyboard;
         keyboard.Char(key, modifiers);
         HandleEvents();
-    }
-    platform::WindowHandle OwnCompanion() {
-        return platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
-                                   [](auto, auto, auto) { return std::intptr_t{0}; });
     }
     void ChooseSystem(int system) {
         main->lstSystems->SetSelection(system - 1);
@@ -698,18 +695,38 @@ TEST_F(SettingsWindowTest, HardcoreModeIsChosenOnTheGroundOnly) {
                             "You must restart Quirkmeter for Hardcore Mode to be disabled."));
 }
 
-TEST_F(WindowTest, HardcoreLockRefusesWhatItMustAndNothingElse) {
+// On the ground, beside the companion.
+class HardcoreWindowTest : public WindowTest {
+   protected:
+    HardcoreWindowTest() {
+        Settings.HardcoreActive = true;
+        Land();
+    }
+    ~HardcoreWindowTest() override {
+        Engine.Airborne = false;  // or closing would end the flight
+        platform::DropWindow(companion);
+    }
+
+    void TakeOff() {
+        simulator.Space.SetValue(0x0366, 2, 0);
+        Tick();
+    }
+    void Land() {
+        simulator.Space.SetValue(0x0366, 2, 1);
+        Tick();
+    }
+
     TestSimulator simulator;
-    simulator.Space.SetValue(0x0366, 2, 1);
-    auto companion = OwnCompanion();
-    Settings.HardcoreActive = true;
-    Tick();
+    platform::WindowHandle companion = platform::OwnWindow(
+        "ThunderRT6FormDC", "FSQMHC", [](auto, auto, auto) { return std::intptr_t{0}; });
+};
+
+TEST_F(HardcoreWindowTest, LockRefusesWhatItMustAndNothingElse) {
     Tick();
     EXPECT_EQ(Caption(main->lblStatus), "On hold (not airborne). Hardcore Mode.");
     EXPECT_TRUE(main->lvwSubSystems->IsShown());
     AddFailure(1, 1);
-    simulator.Space.SetValue(0x0366, 2, 0);
-    Tick();
+    TakeOff();
     EXPECT_FALSE(main->lvwSubSystems->IsShown());
     inprocess::TakeSounds();
 
@@ -728,31 +745,22 @@ TEST_F(WindowTest, HardcoreLockRefusesWhatItMustAndNothingElse) {
     Click(main->cmdOptions);
     EXPECT_EQ(waiting, 0);
 
-    simulator.Space.SetValue(0x0366, 2, 1);
-    Tick();
+    Land();
     EXPECT_TRUE(main->lvwSubSystems->IsShown());
     Click(main->cmdClearFailures);
     EXPECT_EQ(FailureCount, 0);
-    simulator.Space.SetValue(0x0366, 2, 0);
-    Tick();
+    TakeOff();
     simulator.TakeWrites();
     double start = inprocess::Elapsed();
     Close();
     EXPECT_EQ(std::ranges::count(simulator.Writes, SimWriteRecord{0x0560, 4, 0}), 3);
     EXPECT_NEAR(inprocess::Elapsed() - start, 2, 1e-6);
     EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=" + profile + "\r\n");
-    platform::DropWindow(companion);
 }
 
-TEST_F(WindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
-    TestSimulator simulator;
-    simulator.Space.SetValue(0x0366, 2, 1);
-    auto companion = OwnCompanion();
-    Settings.HardcoreActive = true;
-    Tick();
+TEST_F(HardcoreWindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
     WhenOpen<frmReliability>([&](frmReliability* dialog) {
-        simulator.Space.SetValue(0x0366, 2, 0);
-        Tick();
+        TakeOff();
         EXPECT_FALSE(main->lvwSubSystems->IsShown());
         Click(dialog->cmdCancel);
     });
@@ -762,8 +770,6 @@ TEST_F(WindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
     WhenOpen<frmOptions>([this](frmOptions* dialog) { Click(dialog->cmdCancel); });
     Key('P', wxMOD_ALT);
     EXPECT_TRUE(Until([this] { return waiting == 0; }));
-    Engine.Airborne = false;  // or the flight would be ended
-    platform::DropWindow(companion);
 }
 
 TEST_F(WindowTest, MissingCompanionClosesTheWindow) {

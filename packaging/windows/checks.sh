@@ -231,7 +231,8 @@ settings() {
 # a Windows of their own. A program that ended half-way has not passed.
 plain=$world/prefix-plain
 passes() {
-    USER=pilot WINEPREFIX=$plain timeout 300 /usr/lib/wine/wine64 "$build/bin/$1" --gtest_brief=1 "${@:2}" 2>&1 | tee "$world/tests.log"
+    USER=pilot WINEPREFIX=$plain timeout 300 /usr/lib/wine/wine64 \
+        "$build/bin/$1" --gtest_brief=1 "${@:2}" 2>&1 | tee "$world/tests.log"
     grep -q '^\[  PASSED  \]' "$world/tests.log"
 }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs the tests of the program and its windows under Wine on a virtual display, then packs the
-# programs and works them there as a user would. Where what that takes cannot be had, it says so and
-# skips the rest.
+# Packs the Windows programs, and under Wine on a virtual display passes the tests of the program and
+# its windows and works what is in the packages as a user would. Where what that takes cannot be had,
+# it says so and skips the rest.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh

@@ -15,6 +15,7 @@
 #include "practice/request_block.h"
 
 namespace quirkmeter {
+
 namespace {
 
 struct NoWindow final : MainWindow {
@@ -87,6 +88,7 @@ void FailureRanges(benchmark::State& state) {
 BENCHMARK(FailureRanges);
 
 }  // namespace
+
 }  // namespace quirkmeter
 
 BENCHMARK_MAIN();

@@ -8,6 +8,7 @@
 #include "practice/variables.h"
 
 namespace quirkmeter::practice {
+
 namespace {
 
 std::vector<std::string> Words(const std::string& line) {
@@ -20,7 +21,7 @@ std::vector<std::string> Words(const std::string& line) {
 std::optional<int> NumberWithin(const std::string& text, int low, int high) {
     int number = 0;
     const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    auto [stop, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stop != end || number < low || number > high) return {};
     return number;
 }
@@ -40,20 +41,19 @@ std::optional<Command> CommandWithValue(const std::string& word, const std::stri
         return Command{word == "gear" ? Verb::Gear : Verb::Flaps, value == "down"};
     }
     if (word == "engines") {
-        if (const auto count = NumberWithin(value, 0, 4)) return Command{Verb::Engines, *count};
+        if (auto count = NumberWithin(value, 0, 4)) return Command{Verb::Engines, *count};
     }
     if (word == "misbehave") {
-        if (const auto kind = ParseMisbehaviour(value)) {
+        if (auto kind = ParseMisbehaviour(value))
             return Command{Verb::Misbehave, static_cast<int>(*kind)};
-        }
     }
     return {};
 }
 
 std::optional<Command> FuelCommand(const std::string& tank, const std::string& percent) {
-    const int tanks = static_cast<int>(VariablesOf(VariableKind::Tank).size());
-    const auto number = NumberWithin(tank, 1, tanks);
-    const auto amount = NumberWithin(percent, 0, 100);
+    int tanks = static_cast<int>(VariablesOf(VariableKind::Tank).size());
+    auto number = NumberWithin(tank, 1, tanks);
+    auto amount = NumberWithin(percent, 0, 100);
     if (!number || !amount) return {};
     return Command{Verb::Fuel, *number, *amount};
 }
@@ -61,13 +61,13 @@ std::optional<Command> FuelCommand(const std::string& tank, const std::string& p
 }  // namespace
 
 std::optional<Misbehaviour> ParseMisbehaviour(std::string_view name) {
-    const auto found = std::ranges::find(MisbehaviourNames, name);
+    auto found = std::ranges::find(MisbehaviourNames, name);
     if (found == std::end(MisbehaviourNames)) return {};
     return static_cast<Misbehaviour>(found - MisbehaviourNames);
 }
 
 std::optional<Command> ParseCommand(const std::string& line) {
-    const std::vector<std::string> words = Words(line);
+    std::vector<std::string> words = Words(line);
     if (words.size() == 1) return PlainCommand(words[0]);
     if (words.size() == 2) return CommandWithValue(words[0], words[1]);
     if (words.size() == 3 && words[0] == "fuel") return FuelCommand(words[1], words[2]);
@@ -83,11 +83,11 @@ std::optional<Script> ParseScript(std::istream& lines, int& badLine) {
         double seconds = 0;
         if (!(stream >> seconds) || !std::isfinite(seconds) || seconds < 0) return {};
         std::getline(stream, line);
-        const auto command = ParseCommand(line);
+        auto command = ParseCommand(line);
         if (!command) return {};
         script.push_back({seconds, *command});
     }
-    std::ranges::stable_sort(script, {}, &ScriptLine::seconds);
+    std::ranges::stable_sort(script, {}, &ScriptLine::Seconds);
     return script;
 }
 

@@ -26,9 +26,9 @@ std::optional<Misbehaviour> ParseMisbehaviour(std::string_view name);
 enum class Verb { TakeOff, Land, Pause, Resume, Gear, Flaps, Engines, Fuel, Misbehave, Quit };
 
 struct Command {
-    Verb verb;
-    int value = 0;    // gear and flaps: 1 down; engines: 0 to 4; fuel: tank 1 to 11; a Misbehaviour
-    int percent = 0;  // fuel: 0 to 100
+    Verb Action;
+    int Value = 0;    // gear and flaps: 1 down; engines: 0 to 4; fuel: tank 1 to 11; a Misbehaviour
+    int Percent = 0;  // fuel: 0 to 100
 };
 
 /// Understands
@@ -37,8 +37,8 @@ struct Command {
 std::optional<Command> ParseCommand(const std::string& line);
 
 struct ScriptLine {
-    double seconds;  // since the start
-    Command command;
+    double Seconds;  // since the start
+    Command Order;
 };
 
 /// In order of their seconds.

@@ -6,6 +6,7 @@
 #include <utility>
 
 namespace quirkmeter::practice {
+
 namespace {
 
 constexpr std::size_t LampsPerLine = 8;
@@ -23,8 +24,8 @@ const wxColour ScreenColour(0x00, 0x00, 0x00);
 const wxColour ScreenTextColour(0x40, 0xFF, 0x60);
 
 struct LampColours {
-    wxColour lamp;
-    wxColour text;
+    wxColour Lamp;
+    wxColour Text;
 };
 
 LampColours ColoursOf(Light light) {
@@ -40,22 +41,22 @@ LampColours ColoursOf(Light light) {
 }
 
 void DrawLamp(wxDC& dc, const Lamp& lamp, const wxRect& place) {
-    const LampColours colours = ColoursOf(lamp.light);
+    LampColours colours = ColoursOf(lamp.State);
     dc.SetPen(*wxTRANSPARENT_PEN);
-    dc.SetBrush(colours.lamp);
+    dc.SetBrush(colours.Lamp);
     dc.DrawRoundedRectangle(place, 3);
-    dc.SetTextForeground(colours.text);
-    dc.DrawLabel(lamp.text, place, wxALIGN_CENTRE);
+    dc.SetTextForeground(colours.Text);
+    dc.DrawLabel(lamp.Text, place, wxALIGN_CENTRE);
 }
 
 // Breaks a text into lines at its blanks, and within a word that is wider than a line.
 wxArrayString Wrapped(const wxDC& dc, const wxString& text, int width) {
     wxArrayString lines;
     wxString line;
-    for (const wxUniChar character : text) {
+    for (wxUniChar character : text) {
         if (!line.empty() && dc.GetTextExtent(line + character).x > width) {
-            const std::size_t blank = line.rfind(' ');
-            const bool breakAtBlank = blank != wxString::npos && character != ' ';
+            std::size_t blank = line.rfind(' ');
+            bool breakAtBlank = blank != wxString::npos && character != ' ';
             lines.push_back(breakAtBlank ? line.substr(0, blank) : line);
             line = breakAtBlank ? line.substr(blank + 1) : wxString();
             if (character == ' ') continue;
@@ -88,21 +89,20 @@ void AnnunciatorPanel::Measure() {
     int titleWidth = 0;
     int lampWidth = GetTextExtent("External 2 100 %").x;
     for (const LampRow& row : rows_) {
-        titleWidth = std::max(titleWidth, GetTextExtent(row.title).x);
-        for (const Lamp& lamp : row.lamps) {
-            lampWidth = std::max(lampWidth, GetTextExtent(lamp.text).x);
-        }
+        titleWidth = std::max(titleWidth, GetTextExtent(row.Title).x);
+        for (const Lamp& lamp : row.Lamps)
+            lampWidth = std::max(lampWidth, GetTextExtent(lamp.Text).x);
     }
-    const int margin = FromDIP(Margin);
-    const int gap = FromDIP(LampGap);
-    const int left = margin + titleWidth + margin;
-    const wxSize lampSize(lampWidth + 2 * FromDIP(LampPadding),
-                          std::max(FromDIP(LampHeight), GetCharHeight() + gap));
+    int margin = FromDIP(Margin);
+    int gap = FromDIP(LampGap);
+    int left = margin + titleWidth + margin;
+    wxSize lampSize(lampWidth + 2 * FromDIP(LampPadding),
+                    std::max(FromDIP(LampHeight), GetCharHeight() + gap));
     int y = margin;
     for (const LampRow& row : rows_) {
         std::vector<wxRect> places;
-        for (std::size_t i = 0; i < row.lamps.size(); ++i) {
-            const auto column = static_cast<int>(i % LampsPerLine);
+        for (std::size_t i = 0; i < row.Lamps.size(); ++i) {
+            auto column = static_cast<int>(i % LampsPerLine);
             if (i > 0 && column == 0) y += lampSize.y + gap;
             places.emplace_back(wxPoint(left + column * (lampSize.x + gap), y), lampSize);
         }
@@ -117,11 +117,11 @@ wxSize AnnunciatorPanel::DoGetBestClientSize() const {
     return size_;
 }
 
-void AnnunciatorPanel::Show(const std::vector<LampRow>& rows) {
+void AnnunciatorPanel::SetLamps(const std::vector<LampRow>& rows) {
     for (std::size_t row = 0; row < rows_.size(); ++row) {
-        for (std::size_t i = 0; i < rows_[row].lamps.size(); ++i) {
-            if (rows[row].lamps[i] == rows_[row].lamps[i]) continue;
-            rows_[row].lamps[i] = rows[row].lamps[i];
+        for (std::size_t i = 0; i < rows_[row].Lamps.size(); ++i) {
+            if (rows[row].Lamps[i] == rows_[row].Lamps[i]) continue;
+            rows_[row].Lamps[i] = rows[row].Lamps[i];
             RefreshRect(places_[row][i], false);
         }
     }
@@ -131,13 +131,12 @@ void AnnunciatorPanel::Draw(wxDC& dc) {
     dc.SetBackground(PanelColour);
     dc.Clear();
     for (std::size_t row = 0; row < rows_.size(); ++row) {
-        const wxRect first = places_[row].front();
+        wxRect first = places_[row].front();
         dc.SetTextForeground(TitleColour);
-        dc.DrawLabel(rows_[row].title, wxRect(FromDIP(Margin), first.y, first.x, first.height),
+        dc.DrawLabel(rows_[row].Title, wxRect(FromDIP(Margin), first.y, first.x, first.height),
                      wxALIGN_CENTRE_VERTICAL);
-        for (std::size_t i = 0; i < rows_[row].lamps.size(); ++i) {
-            DrawLamp(dc, rows_[row].lamps[i], places_[row][i]);
-        }
+        for (std::size_t i = 0; i < rows_[row].Lamps.size(); ++i)
+            DrawLamp(dc, rows_[row].Lamps[i], places_[row][i]);
     }
 }
 
@@ -150,8 +149,8 @@ wxSize ScreenPanel::DoGetBestClientSize() const {
     return wxSize(FromDIP(300), ScreenLines * GetCharHeight() + 2 * FromDIP(Margin));
 }
 
-void ScreenPanel::Show(const std::string& text) {
-    const wxString shown = wxString::From8BitData(text.data(), text.size());
+void ScreenPanel::SetText(const std::string& text) {
+    wxString shown = wxString::From8BitData(text.data(), text.size());
     if (shown == text_) return;
     text_ = shown;
     Refresh(false);

@@ -26,7 +26,7 @@ class AnnunciatorPanel : public Display {
     AnnunciatorPanel(wxWindow* parent, std::vector<LampRow> rows);
 
     /// Draws again what has changed.
-    void Show(const std::vector<LampRow>& rows);
+    void SetLamps(const std::vector<LampRow>& rows);
 
    protected:
     wxSize DoGetBestClientSize() const override;
@@ -44,7 +44,7 @@ class AnnunciatorPanel : public Display {
 class ScreenPanel : public Display {
    public:
     explicit ScreenPanel(wxWindow* parent);
-    void Show(const std::string& text);
+    void SetText(const std::string& text);
 
    protected:
     wxSize DoGetBestClientSize() const override;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace quirkmeter::practice {
+
 namespace {
 
 // True when a write of a whole variable works against the pilot for as long as it is repeated.
@@ -29,7 +30,7 @@ std::size_t PlaceOf(const Variable& variable) {
 
 std::string TextAt(const OffsetSpace& space, const Variable& variable) {
     std::string text;
-    for (const std::byte byte : space.Bytes(variable.offset, variable.size)) {
+    for (std::byte byte : space.Bytes(variable.Offset, variable.Size)) {
         if (byte == std::byte{0}) break;
         text += std::to_integer<char>(byte);
     }
@@ -39,8 +40,8 @@ std::string TextAt(const OffsetSpace& space, const Variable& variable) {
 std::vector<Lamp> FlagLamps(const OffsetSpace& space, VariableKind kind) {
     std::vector<Lamp> lamps;
     for (const Variable& flag : VariablesOf(kind)) {
-        const bool failed = space.Value(flag.offset, flag.size) != 0;
-        lamps.push_back({flag.name, failed ? Light::Red : Light::Dark});
+        bool failed = space.Value(flag.Offset, flag.Size) != 0;
+        lamps.push_back({flag.Name, failed ? Light::Red : Light::Dark});
     }
     return lamps;
 }
@@ -57,8 +58,8 @@ std::vector<Lamp> BitLamps(std::uint64_t bits, std::initializer_list<const char*
 std::vector<Lamp> LeverLamps(const OffsetSpace& space) {
     std::vector<Lamp> lamps;
     for (const Variable& lever : VariablesOf(VariableKind::Lever)) {
-        const bool cut = space.Value(lever.offset, lever.size) == 0;
-        lamps.push_back({std::string(lever.name) + " cut", cut ? Light::Amber : Light::Dark});
+        bool cut = space.Value(lever.Offset, lever.Size) == 0;
+        lamps.push_back({std::string(lever.Name) + " cut", cut ? Light::Amber : Light::Dark});
     }
     return lamps;
 }
@@ -73,17 +74,17 @@ std::vector<Lamp> Joined(std::vector<Lamp> first, const std::vector<Lamp>& secon
 Effects::Effects() : heldUntil_(Variables().size()) {}
 
 void Effects::Note(const AppliedWrite& write, const OffsetSpace& space, double now) {
-    const Variable* variable = FindVariable(write.offset);
-    if (!variable || write.bytes.size() != variable->size) return;
-    if (variable->kind == VariableKind::MessageText) return;
-    const std::uint64_t value = space.Value(variable->offset, variable->size);
-    if (variable->kind == VariableKind::MessageSeconds) {
+    const Variable* variable = FindVariable(write.Offset);
+    if (!variable || write.Bytes.size() != variable->Size) return;
+    if (variable->Kind == VariableKind::MessageText) return;
+    std::uint64_t value = space.Value(variable->Offset, variable->Size);
+    if (variable->Kind == VariableKind::MessageSeconds) {
         screenText_ = TextAt(space, *FindVariable(offset::MessageText));
         screenUntil_ = now + static_cast<std::int16_t>(value);
         return;
     }
-    const double seconds = variable->kind == VariableKind::Lever ? CutSeconds : HoldSeconds;
-    const bool holds = Holds(variable->kind, value, write.before);
+    double seconds = variable->Kind == VariableKind::Lever ? CutSeconds : HoldSeconds;
+    bool holds = Holds(variable->Kind, value, write.Before);
     heldUntil_[PlaceOf(*variable)] = holds ? now + seconds : 0;
 }
 
@@ -108,9 +109,8 @@ bool Effects::Held(const Variable& variable) const {
 
 std::vector<Lamp> Effects::HeldLamps(VariableKind kind) const {
     std::vector<Lamp> lamps;
-    for (const Variable& variable : VariablesOf(kind)) {
-        lamps.push_back({variable.name, Held(variable) ? Light::Amber : Light::Dark});
-    }
+    for (const Variable& variable : VariablesOf(kind))
+        lamps.push_back({variable.Name, Held(variable) ? Light::Amber : Light::Dark});
     return lamps;
 }
 
@@ -118,18 +118,18 @@ std::vector<Lamp> Effects::TankLamps(const OffsetSpace& space) const {
     std::vector<Lamp> lamps;
     for (const Variable& tank : VariablesOf(VariableKind::Tank)) {
         if (Held(tank)) {
-            const std::string level = std::to_string(FuelPercent(space, tank));
-            lamps.push_back({std::string(tank.name) + " " + level + " %", Light::Amber});
+            std::string level = std::to_string(FuelPercent(space, tank));
+            lamps.push_back({std::string(tank.Name) + " " + level + " %", Light::Amber});
         } else {
-            lamps.push_back({tank.name, Light::Dark});
+            lamps.push_back({tank.Name, Light::Dark});
         }
     }
     return lamps;
 }
 
 std::vector<LampRow> Effects::Lamps(const OffsetSpace& space) const {
-    const std::uint64_t disconnected = space.Value(offset::Disconnection, 1);
-    const std::uint64_t engines = space.Value(offset::EngineFailures, 1);
+    std::uint64_t disconnected = space.Value(offset::Disconnection, 1);
+    std::uint64_t engines = space.Value(offset::EngineFailures, 1);
     return {
         {"Autopilot", HeldLamps(VariableKind::Autopilot)},
         {"Control", Joined(BitLamps(disconnected, {"Elevator", "Aileron", "Rudder", "Throttle"}),
@@ -145,8 +145,8 @@ std::vector<LampRow> Effects::Lamps(const OffsetSpace& space) const {
 }
 
 int FuelPercent(const OffsetSpace& space, const Variable& tank) {
-    const auto level = static_cast<std::int32_t>(space.Value(tank.offset, tank.size));
-    const double part = static_cast<double>(level) / FullTank;
+    auto level = static_cast<std::int32_t>(space.Value(tank.Offset, tank.Size));
+    double part = static_cast<double>(level) / FullTank;
     return static_cast<int>(std::clamp(part, 0.0, 1.0) * 100 + 0.5);
 }
 

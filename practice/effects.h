@@ -21,14 +21,14 @@ inline constexpr double CutSeconds = 30;
 enum class Light { Dark, Amber, Red };  // amber: held, cut or draining; red: failed, disconnected
 
 struct Lamp {
-    std::string text;
-    Light light;
+    std::string Text;
+    Light State;
     bool operator==(const Lamp&) const = default;
 };
 
 struct LampRow {
-    const char* title;
-    std::vector<Lamp> lamps;
+    const char* Title;
+    std::vector<Lamp> Lamps;
 };
 
 /// All times are seconds since the start and never run backwards.

@@ -5,6 +5,7 @@
 #include <utility>
 
 namespace quirkmeter::practice {
+
 namespace {
 
 constexpr std::uint32_t CurrentModuleVersion = 0x34000000;
@@ -36,17 +37,17 @@ std::uint64_t Units(double amount, double unitsPerAmount) {
 Flight::Flight(Script script, EventCallback onEvent)
     : script_(std::move(script)), onEvent_(std::move(onEvent)) {
     for (const Variable& variable : Variables()) {
-        switch (variable.kind) {
+        switch (variable.Kind) {
             case VariableKind::Autopilot:
             case VariableKind::Electrical:
             case VariableKind::Pump:
-                space_.SetValue(variable.offset, variable.size, 1);
+                space_.SetValue(variable.Offset, variable.Size, 1);
                 break;
             case VariableKind::Lever:
-                space_.SetValue(variable.offset, variable.size, FullLever);
+                space_.SetValue(variable.Offset, variable.Size, FullLever);
                 break;
             case VariableKind::Tank:
-                space_.SetValue(variable.offset, variable.size, FullTank);
+                space_.SetValue(variable.Offset, variable.Size, FullTank);
                 break;
             default:
                 break;
@@ -65,7 +66,7 @@ Flight::Flight(Script script, EventCallback onEvent)
 
 void Flight::Advance(double now) {
     while (now_ < now) {
-        const double before = now_;
+        double before = now_;
         now_ = std::min(now, before + LongestStep);
         RunScript();
         RetractAfterTakeOff();
@@ -75,9 +76,8 @@ void Flight::Advance(double now) {
 }
 
 void Flight::RunScript() {
-    while (nextLine_ < script_.size() && script_[nextLine_].seconds <= now_) {
-        Apply(script_[nextLine_++].command);
-    }
+    while (nextLine_ < script_.size() && script_[nextLine_].Seconds <= now_)
+        Apply(script_[nextLine_++].Order);
 }
 
 void Flight::RetractAfterTakeOff() {
@@ -93,21 +93,21 @@ void Flight::FlyOn(double seconds) {
 
 void Flight::BurnFuel(double seconds) {
     unburnt_ += BurnPerSecond * seconds;
-    const auto burnt = static_cast<std::int32_t>(unburnt_);
+    auto burnt = static_cast<std::int32_t>(unburnt_);
     unburnt_ -= burnt;
     for (const Variable& tank : VariablesOf(VariableKind::Tank)) {
-        const auto level = static_cast<std::int32_t>(space_.Value(tank.offset, tank.size));
+        auto level = static_cast<std::int32_t>(space_.Value(tank.Offset, tank.Size));
         if (level <= 0) continue;
-        const std::int32_t left = std::max(0, level - burnt);
-        space_.SetValue(tank.offset, tank.size, static_cast<std::uint32_t>(left));
+        std::int32_t left = std::max(0, level - burnt);
+        space_.SetValue(tank.Offset, tank.Size, static_cast<std::uint32_t>(left));
     }
 }
 
 void Flight::Move(double seconds) {
-    const std::uint64_t longitude = space_.Value(offset::Longitude, 8);
+    std::uint64_t longitude = space_.Value(offset::Longitude, 8);
     space_.SetValue(offset::Longitude, 8,
                     longitude + Units(DegreesEastPerSecond * seconds, LongitudeUnitsPerDegree));
-    const std::uint64_t altitude = space_.Value(offset::Altitude, 8);
+    std::uint64_t altitude = space_.Value(offset::Altitude, 8);
     if (static_cast<double>(static_cast<std::int64_t>(altitude)) < CruiseAltitude * UnitsPerMetre) {
         space_.SetValue(offset::Altitude, 8,
                         altitude + Units(ClimbPerSecond * seconds, UnitsPerMetre));
@@ -116,19 +116,19 @@ void Flight::Move(double seconds) {
 
 void Flight::FightBack() {
     for (const Variable* freed : effects_.LetGo(now_)) {
-        switch (freed->kind) {
+        switch (freed->Kind) {
             case VariableKind::Autopilot:
             case VariableKind::Electrical:
             case VariableKind::Pump:
-                space_.SetValue(freed->offset, freed->size, 1);
+                space_.SetValue(freed->Offset, freed->Size, 1);
                 Event("pilot switched on " + FullName(*freed));
                 break;
             case VariableKind::Disconnection:
-                space_.SetValue(freed->offset, freed->size, 0);
+                space_.SetValue(freed->Offset, freed->Size, 0);
                 Event("controls connected again");
                 break;
             case VariableKind::Lever:
-                space_.SetValue(freed->offset, freed->size, FullLever);
+                space_.SetValue(freed->Offset, freed->Size, FullLever);
                 Event("pilot pushed forward " + FullName(*freed));
                 break;
             default:
@@ -138,7 +138,7 @@ void Flight::FightBack() {
 }
 
 void Flight::Apply(const Command& command) {
-    switch (command.verb) {
+    switch (command.Action) {
         case Verb::TakeOff:
             return TakeOff();
         case Verb::Land:
@@ -148,15 +148,15 @@ void Flight::Apply(const Command& command) {
         case Verb::Resume:
             return SetPaused(false);
         case Verb::Gear:
-            return SetGear(command.value != 0);
+            return SetGear(command.Value != 0);
         case Verb::Flaps:
-            return SetFlaps(command.value != 0);
+            return SetFlaps(command.Value != 0);
         case Verb::Engines:
-            return SetEngines(command.value);
+            return SetEngines(command.Value);
         case Verb::Fuel:
-            return SetFuel(command.value, command.percent);
+            return SetFuel(command.Value, command.Percent);
         case Verb::Misbehave:
-            return Misbehave(static_cast<Misbehaviour>(command.value));
+            return Misbehave(static_cast<Misbehaviour>(command.Value));
         case Verb::Quit:
             ended_ = true;
             return Event("quit");
@@ -204,14 +204,14 @@ void Flight::SetEngines(int count) {
 
 void Flight::SetFuel(int tank, int percent) {
     const Variable& variable = VariablesOf(VariableKind::Tank)[static_cast<std::size_t>(tank - 1)];
-    const double level = FullTank * (percent / 100.0);
-    space_.SetValue(variable.offset, variable.size, static_cast<std::uint32_t>(std::ceil(level)));
-    Event(std::string("fuel ") + variable.name + " " + std::to_string(percent) + " %");
+    double level = FullTank * (percent / 100.0);
+    space_.SetValue(variable.Offset, variable.Size, static_cast<std::uint32_t>(std::ceil(level)));
+    Event(std::string("fuel ") + variable.Name + " " + std::to_string(percent) + " %");
 }
 
 void Flight::Misbehave(Misbehaviour kind) {
     misbehaviour_ = kind;
-    const bool old = kind == Misbehaviour::Old;
+    bool old = kind == Misbehaviour::Old;
     space_.SetValue(offset::ModuleVersion, 4, old ? OldModuleVersion : CurrentModuleVersion);
     Event(std::string("misbehave ") + MisbehaviourNames[static_cast<int>(kind)]);
 }
@@ -224,25 +224,24 @@ bool Flight::Answer(std::byte* block, std::size_t size, const WriteCallback& onW
 }
 
 FlightView Flight::View() const {
-    const auto signedValue = [this](std::uint32_t at) {
+    auto signedValue = [this](std::uint32_t at) {
         return static_cast<double>(static_cast<std::int64_t>(space_.Value(at, 8)));
     };
     FlightView view{};
-    view.airborne = !IsSet(offset::OnGround);
-    view.paused = IsSet(offset::Pause);
-    view.gearDown = space_.Value(offset::Gear, 4) != 0;
-    view.flapsDown = space_.Value(offset::Flaps, 4) != 0;
-    view.slewing = IsSet(offset::Slew);
-    view.engines = static_cast<int>(space_.Value(offset::Engines, 2));
-    for (const Variable& tank : VariablesOf(VariableKind::Tank)) {
-        view.fuelPercent.push_back(FuelPercent(space_, tank));
-    }
-    view.misbehaviour = misbehaviour_;
-    view.latitude = signedValue(offset::Latitude) / LatitudeUnitsPerDegree;
-    view.longitude = signedValue(offset::Longitude) / LongitudeUnitsPerDegree;
-    view.altitude = signedValue(offset::Altitude) / UnitsPerMetre;
-    view.lamps = effects_.Lamps(space_);
-    view.screenText = effects_.ScreenText(now_);
+    view.Airborne = !IsSet(offset::OnGround);
+    view.Paused = IsSet(offset::Pause);
+    view.GearDown = space_.Value(offset::Gear, 4) != 0;
+    view.FlapsDown = space_.Value(offset::Flaps, 4) != 0;
+    view.Slewing = IsSet(offset::Slew);
+    view.Engines = static_cast<int>(space_.Value(offset::Engines, 2));
+    for (const Variable& tank : VariablesOf(VariableKind::Tank))
+        view.FuelPercent.push_back(FuelPercent(space_, tank));
+    view.Behaviour = misbehaviour_;
+    view.Latitude = signedValue(offset::Latitude) / LatitudeUnitsPerDegree;
+    view.Longitude = signedValue(offset::Longitude) / LongitudeUnitsPerDegree;
+    view.Altitude = signedValue(offset::Altitude) / UnitsPerMetre;
+    view.Lamps = effects_.Lamps(space_);
+    view.ScreenText = effects_.ScreenText(now_);
     return view;
 }
 

@@ -23,19 +23,19 @@ namespace quirkmeter::practice {
 
 /// Everything that a window shows.
 struct FlightView {
-    bool airborne;
-    bool paused;
-    bool gearDown;
-    bool flapsDown;
-    bool slewing;
-    int engines;
-    std::vector<int> fuelPercent;  // by tank
-    Misbehaviour misbehaviour;
-    double latitude;   // degrees, north positive
-    double longitude;  // degrees, east positive
-    double altitude;   // metres
-    std::vector<LampRow> lamps;
-    std::string screenText;
+    bool Airborne;
+    bool Paused;
+    bool GearDown;
+    bool FlapsDown;
+    bool Slewing;
+    int Engines;
+    std::vector<int> FuelPercent;  // by tank
+    Misbehaviour Behaviour;
+    double Latitude;   // degrees, north positive
+    double Longitude;  // degrees, east positive
+    double Altitude;   // metres
+    std::vector<LampRow> Lamps;
+    std::string ScreenText;
 };
 
 class Flight {

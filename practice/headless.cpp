@@ -7,16 +7,15 @@
 #include "practice/wire.h"
 
 namespace quirkmeter::practice {
+
 namespace {
 
 void TakeCommands(Simulator& simulator) {
-    for (std::string line; std::getline(std::cin, line);) {
-        if (const auto command = ParseCommand(line)) {
+    for (std::string line; std::getline(std::cin, line);)
+        if (auto command = ParseCommand(line))
             simulator.Apply(*command);
-        } else {
+        else
             std::cerr << "unknown command: " + line + "\n";
-        }
-    }
 }
 
 }  // namespace

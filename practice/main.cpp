@@ -12,6 +12,7 @@
 #include "practice/window.h"
 
 namespace quirkmeter::practice {
+
 namespace {
 
 constexpr const char* Usage =
@@ -27,35 +28,35 @@ constexpr const char* Usage =
     "          fuel TANK PERCENT, misbehave KIND, quit\n";
 
 struct Options {
-    bool headless = false;
-    bool help = false;
-    std::string className = "UIPCMAIN";
-    double takeOffAfter = 5;
-    std::string scriptFile;
-    Misbehaviour misbehaviour = Misbehaviour::None;
-    double duration = std::numeric_limits<double>::infinity();
+    bool Headless = false;
+    bool Help = false;
+    std::string ClassName = "UIPCMAIN";
+    double TakeOffAfter = 5;
+    std::string ScriptFile;
+    Misbehaviour Behaviour = Misbehaviour::None;
+    double Duration = std::numeric_limits<double>::infinity();
 };
 
 bool ParseSeconds(const std::string& text, double& seconds) {
     const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, seconds);
+    auto [stop, error] = std::from_chars(text.data(), end, seconds);
     return error == std::errc() && stop == end && std::isfinite(seconds) && seconds >= 0;
 }
 
 bool TakeValue(const std::string& option, const std::string& value, Options& options) {
-    if (option == "--takeoff-after") return ParseSeconds(value, options.takeOffAfter);
-    if (option == "--duration") return ParseSeconds(value, options.duration);
+    if (option == "--takeoff-after") return ParseSeconds(value, options.TakeOffAfter);
+    if (option == "--duration") return ParseSeconds(value, options.Duration);
     if (option == "--class") {
-        options.className = value;
+        options.ClassName = value;
         return value == "UIPCMAIN" || value == "FS98MAIN";
     }
     if (option == "--script") {
-        options.scriptFile = value;
+        options.ScriptFile = value;
         return !value.empty();
     }
     if (option == "--misbehave") {
-        const auto kind = ParseMisbehaviour(value);
-        if (kind) options.misbehaviour = *kind;
+        auto kind = ParseMisbehaviour(value);
+        if (kind) options.Behaviour = *kind;
         return kind.has_value();
     }
     return false;
@@ -63,14 +64,13 @@ bool TakeValue(const std::string& option, const std::string& value, Options& opt
 
 bool ParseOptions(int argc, char** argv, Options& options) {
     for (int i = 1; i < argc; ++i) {
-        const std::string option = argv[i];
-        if (option == "--headless") {
-            options.headless = true;
-        } else if (option == "--help") {
-            options.help = true;
-        } else if (++i == argc || !TakeValue(option, argv[i], options)) {
+        std::string option = argv[i];
+        if (option == "--headless")
+            options.Headless = true;
+        else if (option == "--help")
+            options.Help = true;
+        else if (++i == argc || !TakeValue(option, argv[i], options))
             return false;
-        }
     }
     return true;
 }
@@ -87,35 +87,35 @@ std::optional<Script> ReadScript(const std::string& path) {
     return script;
 }
 
-std::atomic<Simulator*> running;
+std::atomic<Simulator*> Running;
 static_assert(std::atomic<Simulator*>::is_always_lock_free);
 
 void EndRunning(int) {
-    if (Simulator* simulator = running) simulator->End();
+    if (Simulator* simulator = Running) simulator->End();
 }
 
 int Run(const Options& options) {
-    std::optional<Script> script = Script{{options.takeOffAfter, Command{Verb::TakeOff}}};
-    if (!options.scriptFile.empty()) script = ReadScript(options.scriptFile);
+    std::optional<Script> script = Script{{options.TakeOffAfter, Command{Verb::TakeOff}}};
+    if (!options.ScriptFile.empty()) script = ReadScript(options.ScriptFile);
     if (!script) return 2;
-    if (options.misbehaviour != Misbehaviour::None) {
-        const Command command{Verb::Misbehave, static_cast<int>(options.misbehaviour)};
+    if (options.Behaviour != Misbehaviour::None) {
+        Command command{Verb::Misbehave, static_cast<int>(options.Behaviour)};
         script->insert(script->begin(), {0, command});
     }
 
-    const auto simulator =
-        std::make_shared<Simulator>(std::move(*script), options.duration, PrintLine);
-    running = simulator.get();
+    auto simulator = std::make_shared<Simulator>(std::move(*script), options.Duration, PrintLine);
+    Running = simulator.get();
     std::signal(SIGINT, EndRunning);
     std::signal(SIGTERM, EndRunning);
-    const bool ran = options.headless ? RunHeadless(simulator, options.className)
-                                      : RunWindow(*simulator, options.className);
-    running = nullptr;
+    bool ran = options.Headless ? RunHeadless(simulator, options.ClassName)
+                                : RunWindow(*simulator, options.ClassName);
+    Running = nullptr;
     if (!ran) std::cerr << "practice-simulator: cannot make its window\n";
     return ran ? 0 : 1;
 }
 
 }  // namespace
+
 }  // namespace quirkmeter::practice
 
 int main(int argc, char** argv) {
@@ -125,7 +125,7 @@ int main(int argc, char** argv) {
         std::cerr << Usage;
         return 2;
     }
-    if (options.help) {
+    if (options.Help) {
         std::cout << Usage;
         return 0;
     }

@@ -14,16 +14,14 @@ void OffsetSpace::Write(std::uint32_t offset, std::span<const std::byte> bytes) 
 
 std::uint64_t OffsetSpace::Value(std::uint32_t offset, std::uint32_t size) const {
     std::uint64_t value = 0;
-    for (std::uint32_t i = size; i-- > 0;) {
+    for (std::uint32_t i = size; i-- > 0;)
         value = value << 8 | std::to_integer<std::uint64_t>(bytes_[offset + i]);
-    }
     return value;
 }
 
 void OffsetSpace::SetValue(std::uint32_t offset, std::uint32_t size, std::uint64_t value) {
-    for (std::uint32_t i = 0; i < size; ++i) {
+    for (std::uint32_t i = 0; i < size; ++i)
         bytes_[offset + i] = static_cast<std::byte>(value >> 8 * i);
-    }
 }
 
 }  // namespace quirkmeter::practice

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace quirkmeter::practice {
+
 namespace {
 
 constexpr std::uint32_t EndOfRecords = 0;
@@ -19,7 +20,7 @@ std::uint32_t FetchWord(const std::byte* from) {
     const volatile std::byte* bytes = from;
     std::uint32_t word = 0;
     for (std::size_t i = 0; i < WordSize; ++i) {
-        const std::byte byte = bytes[i];
+        std::byte byte = bytes[i];
         word |= std::to_integer<std::uint32_t>(byte) << 8 * i;
     }
     return word;
@@ -27,8 +28,8 @@ std::uint32_t FetchWord(const std::byte* from) {
 
 void ApplyWrite(std::uint32_t offset, std::span<const std::byte> data, OffsetSpace& space,
                 const WriteCallback& onWrite) {
-    const auto size = static_cast<std::uint32_t>(data.size());
-    const std::uint64_t before = space.Value(offset, std::min(size, 8u));
+    auto size = static_cast<std::uint32_t>(data.size());
+    std::uint64_t before = space.Value(offset, std::min(size, 8u));
     space.Write(offset, data);
     onWrite({offset, space.Bytes(offset, size), before});
 }
@@ -37,26 +38,25 @@ void ApplyWrite(std::uint32_t offset, std::span<const std::byte> data, OffsetSpa
 
 bool CarryOut(std::byte* block, std::size_t size, OffsetSpace& space,
               const WriteCallback& onWrite) {
-    const std::size_t end = std::min(size, UsedBlockSize);
+    std::size_t end = std::min(size, UsedBlockSize);
     std::size_t at = 0;
     while (end - at >= WordSize) {
-        const std::uint32_t identifier = FetchWord(block + at) & 0xFFFF;
+        std::uint32_t identifier = FetchWord(block + at) & 0xFFFF;
         if (identifier == EndOfRecords) return true;
         if (identifier != ReadRecord && identifier != WriteRecord) return false;
 
-        const bool isRead = identifier == ReadRecord;
-        const std::size_t headerSize = isRead ? ReadHeaderSize : WriteHeaderSize;
+        bool isRead = identifier == ReadRecord;
+        std::size_t headerSize = isRead ? ReadHeaderSize : WriteHeaderSize;
         if (end - at < headerSize) return false;
-        const std::uint32_t offset = FetchWord(block + at + WordSize);
-        const std::uint32_t length = FetchWord(block + at + 2 * WordSize);
+        std::uint32_t offset = FetchWord(block + at + WordSize);
+        std::uint32_t length = FetchWord(block + at + 2 * WordSize);
         if (length > end - at - headerSize || !OffsetSpace::Contains(offset, length)) return false;
 
-        const std::span data(block + at + headerSize, length);
-        if (isRead) {
+        std::span data(block + at + headerSize, length);
+        if (isRead)
             std::ranges::copy(space.Bytes(offset, length), data.begin());
-        } else {
+        else
             ApplyWrite(offset, data, space, onWrite);
-        }
         at += headerSize + length;
     }
     return false;

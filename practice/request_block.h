@@ -20,9 +20,9 @@ namespace quirkmeter::practice {
 inline constexpr std::size_t UsedBlockSize = 0x7F00;
 
 struct AppliedWrite {
-    std::uint32_t offset;
-    std::span<const std::byte> bytes;  // as they stand in the offset space now
-    std::uint64_t before;              // what the first 8 bytes (or fewer) held until now
+    std::uint32_t Offset;
+    std::span<const std::byte> Bytes;  // as they stand in the offset space now
+    std::uint64_t Before;              // what the first 8 bytes (or fewer) held until now
 };
 
 using WriteCallback = std::function<void(const AppliedWrite&)>;

@@ -13,14 +13,14 @@ Simulator::Simulator(Script script, double duration, LinePrinter print)
       duration_(duration) {}
 
 void Simulator::Start(const std::string& event) {
-    const std::lock_guard lock(mutex_);
+    std::lock_guard lock(mutex_);
     start_ = Clock::now();
     started_ = true;
     PrintEvent(0, event);
 }
 
 void Simulator::Advance() {
-    const std::lock_guard lock(mutex_);
+    std::lock_guard lock(mutex_);
     AdvanceLocked();
 }
 
@@ -31,25 +31,25 @@ void Simulator::AdvanceLocked() {
 }
 
 void Simulator::Apply(const Command& command) {
-    const std::lock_guard lock(mutex_);
+    std::lock_guard lock(mutex_);
     AdvanceLocked();
     flight_.Apply(command);
     if (flight_.Ended()) End();
 }
 
 bool Simulator::Answer(std::byte* block, std::size_t size) {
-    const std::lock_guard lock(mutex_);
+    std::lock_guard lock(mutex_);
     AdvanceLocked();
     return flight_.Answer(block, size, [this](const AppliedWrite& write) { PrintWrite(write); });
 }
 
 FlightView Simulator::View() {
-    const std::lock_guard lock(mutex_);
+    std::lock_guard lock(mutex_);
     return flight_.View();
 }
 
 Misbehaviour Simulator::CurrentMisbehaviour() {
-    const std::lock_guard lock(mutex_);
+    std::lock_guard lock(mutex_);
     AdvanceLocked();
     return flight_.CurrentMisbehaviour();
 }

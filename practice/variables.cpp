@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace quirkmeter::practice {
+
 namespace {
 
 using enum VariableKind;
@@ -117,20 +118,20 @@ std::span<const Variable> Variables() {
 }
 
 std::span<const Variable> VariablesOf(VariableKind kind) {
-    const auto first = std::ranges::find(Table, kind, &Variable::kind);
-    const auto last =
-        std::find_if(first, std::end(Table), [&](const Variable& v) { return v.kind != kind; });
+    auto first = std::ranges::find(Table, kind, &Variable::Kind);
+    auto last =
+        std::find_if(first, std::end(Table), [&](const Variable& v) { return v.Kind != kind; });
     return {first, last};
 }
 
 const Variable* FindVariable(std::uint32_t offset) {
-    const auto found = std::ranges::find(Table, offset, &Variable::offset);
+    auto found = std::ranges::find(Table, offset, &Variable::Offset);
     return found == std::end(Table) ? nullptr : found;
 }
 
 std::string FullName(const Variable& variable) {
-    const char* kind = KindName(variable.kind);
-    return kind ? std::string(variable.name) + " (" + kind + ")" : variable.name;
+    const char* kind = KindName(variable.Kind);
+    return kind ? std::string(variable.Name) + " (" + kind + ")" : variable.Name;
 }
 
 }  // namespace quirkmeter::practice

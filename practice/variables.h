@@ -25,10 +25,10 @@ enum class VariableKind {
 };
 
 struct Variable {
-    std::uint32_t offset;
-    std::uint32_t size;
-    VariableKind kind;
-    const char* name;
+    std::uint32_t Offset;
+    std::uint32_t Size;
+    VariableKind Kind;
+    const char* Name;
 };
 
 inline constexpr std::uint32_t FullTank = 128 * 65536;

@@ -12,6 +12,7 @@
 #include "practice/wire.h"
 
 namespace quirkmeter::practice {
+
 namespace {
 
 constexpr int RefreshMilliseconds = 200;
@@ -25,9 +26,9 @@ const char* const MisbehaviourLabels[] = {"None: answers properly",  "Silent: no
 
 wxString PositionText(const FlightView& view) {
     return wxString::Format(
-        L"%.3f\u00B0 %s   %.3f\u00B0 %s   %.0f ft (%.0f m)   Slew %s", std::abs(view.latitude),
-        view.latitude < 0 ? "S" : "N", std::abs(view.longitude), view.longitude < 0 ? "W" : "E",
-        view.altitude * FeetPerMetre, view.altitude, view.slewing ? "on" : "off");
+        L"%.3f\u00B0 %s   %.3f\u00B0 %s   %.0f ft (%.0f m)   Slew %s", std::abs(view.Latitude),
+        view.Latitude < 0 ? "S" : "N", std::abs(view.Longitude), view.Longitude < 0 ? "W" : "E",
+        view.Altitude * FeetPerMetre, view.Altitude, view.Slewing ? "on" : "off");
 }
 
 void ShowText(wxStaticText* label, const wxString& text) {
@@ -51,7 +52,7 @@ class PracticeFrame : public wxFrame {
 
     void BindSwitch(wxCheckBox* box, Verb verb);
     void Do(const Command& command);
-    void Show(const FlightView& view);
+    void ShowFlight(const FlightView& view);
     void OnTimer(wxTimerEvent&);
 
     Simulator& simulator_;
@@ -76,7 +77,7 @@ PracticeFrame::PracticeFrame(Simulator& simulator)
       simulator_(simulator),
       panel_(new wxPanel(this)),
       timer_(this) {
-    const FlightView view = simulator_.View();
+    FlightView view = simulator_.View();
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(MakeCockpit(view), wxSizerFlags().Expand().Border());
     column->Add(MakeEffects(view), wxSizerFlags(1).Expand().Border(wxALL & ~wxTOP));
@@ -85,7 +86,7 @@ PracticeFrame::PracticeFrame(Simulator& simulator)
     frame->Add(panel_, wxSizerFlags(1).Expand());
     SetSizerAndFit(frame);
 
-    Show(view);
+    ShowFlight(view);
     Bind(wxEVT_TIMER, &PracticeFrame::OnTimer, this);
     timer_.Start(RefreshMilliseconds);
 }
@@ -95,7 +96,7 @@ wxSizer* PracticeFrame::MakeCockpit(const FlightView& view) {
     wxWindow* parent = cockpit->GetStaticBox();
     cockpit->Add(MakeFlightControls(parent), wxSizerFlags().Border());
     cockpit->AddSpacer(FromDIP(16));
-    cockpit->Add(MakeTanks(parent, view.fuelPercent.size()), wxSizerFlags(1).Border());
+    cockpit->Add(MakeTanks(parent, view.FuelPercent.size()), wxSizerFlags(1).Border());
     return cockpit;
 }
 
@@ -128,9 +129,8 @@ wxSizer* PracticeFrame::MakeFlightControls(wxWindow* parent) {
     });
 
     auto* switches = new wxBoxSizer(wxVERTICAL);
-    for (wxWindow* control : std::initializer_list<wxWindow*>{onGround_, airborne_, paused_}) {
+    for (wxWindow* control : std::initializer_list<wxWindow*>{onGround_, airborne_, paused_})
         switches->Add(control, wxSizerFlags().Border(wxBOTTOM, FromDIP(4)));
-    }
     auto* levers = new wxBoxSizer(wxHORIZONTAL);
     levers->Add(gear_, wxSizerFlags().Border(wxRIGHT, FromDIP(12)));
     levers->Add(flaps_);
@@ -147,17 +147,16 @@ wxSizer* PracticeFrame::MakeFlightControls(wxWindow* parent) {
 
 wxSizer* PracticeFrame::MakeTanks(wxWindow* parent, std::size_t count) {
     auto* grid = new wxFlexGridSizer(3 * TankColumns, wxSize(FromDIP(6), FromDIP(6)));
-    for (int column = 0; column < TankColumns; ++column) {
+    for (int column = 0; column < TankColumns; ++column)
         grid->AddGrowableCol(static_cast<std::size_t>(3 * column + 1), 1);
-    }
-    const std::span<const Variable> tanks = VariablesOf(VariableKind::Tank);
+    std::span<const Variable> tanks = VariablesOf(VariableKind::Tank);
     for (std::size_t i = 0; i < count; ++i) {
-        auto* name = new wxStaticText(parent, wxID_ANY, tanks[i].name);
+        auto* name = new wxStaticText(parent, wxID_ANY, tanks[i].Name);
         auto* slider = new wxSlider(parent, wxID_ANY, 100, 0, 100, wxDefaultPosition,
                                     FromDIP(wxSize(100, -1)));
         auto* percent = new wxStaticText(parent, wxID_ANY, "100 %", wxDefaultPosition,
                                          wxDefaultSize, wxALIGN_RIGHT | wxST_NO_AUTORESIZE);
-        slider->SetName(wxString(tanks[i].name) + " tank");
+        slider->SetName(wxString(tanks[i].Name) + " tank");
         slider->Bind(wxEVT_SLIDER, [this, i](wxCommandEvent& event) {
             Do({Verb::Fuel, static_cast<int>(i) + 1, event.GetInt()});
         });
@@ -174,7 +173,7 @@ wxSizer* PracticeFrame::MakeEffects(const FlightView& view) {
     auto* effects = new wxStaticBoxSizer(wxVERTICAL, panel_, "What the program has done");
     wxWindow* parent = effects->GetStaticBox();
     screen_ = new ScreenPanel(parent);
-    annunciators_ = new AnnunciatorPanel(parent, view.lamps);
+    annunciators_ = new AnnunciatorPanel(parent, view.Lamps);
     position_ = new wxStaticText(parent, wxID_ANY, PositionText(view), wxDefaultPosition,
                                  wxDefaultSize, wxST_NO_AUTORESIZE);
     effects->Add(screen_, wxSizerFlags().Expand().Border());
@@ -191,32 +190,31 @@ void PracticeFrame::BindSwitch(wxCheckBox* box, Verb verb) {
 
 void PracticeFrame::Do(const Command& command) {
     simulator_.Apply(command);
-    Show(simulator_.View());
+    ShowFlight(simulator_.View());
 }
 
-void PracticeFrame::Show(const FlightView& view) {
-    ShowValue(view.airborne ? airborne_ : onGround_, true);
-    ShowValue(paused_, view.paused);
-    ShowValue(gear_, view.gearDown);
-    ShowValue(flaps_, view.flapsDown);
-    ShowValue(engines_, view.engines);
-    const int kind = static_cast<int>(view.misbehaviour);
+void PracticeFrame::ShowFlight(const FlightView& view) {
+    ShowValue(view.Airborne ? airborne_ : onGround_, true);
+    ShowValue(paused_, view.Paused);
+    ShowValue(gear_, view.GearDown);
+    ShowValue(flaps_, view.FlapsDown);
+    ShowValue(engines_, view.Engines);
+    int kind = static_cast<int>(view.Behaviour);
     if (misbehaviour_->GetSelection() != kind) misbehaviour_->SetSelection(kind);
     for (std::size_t i = 0; i < tanks_.size(); ++i) {
-        ShowValue(tanks_[i], view.fuelPercent[i]);
-        ShowText(percents_[i], wxString::Format("%d %%", view.fuelPercent[i]));
+        ShowValue(tanks_[i], view.FuelPercent[i]);
+        ShowText(percents_[i], wxString::Format("%d %%", view.FuelPercent[i]));
     }
-    annunciators_->Show(view.lamps);
-    screen_->Show(view.screenText);
+    annunciators_->SetLamps(view.Lamps);
+    screen_->SetText(view.ScreenText);
     ShowText(position_, PositionText(view));
 }
 
 void PracticeFrame::OnTimer(wxTimerEvent&) {
-    if (simulator_.Ended()) {
+    if (simulator_.Ended())
         Close();
-    } else {
-        Show(simulator_.View());
-    }
+    else
+        ShowFlight(simulator_.View());
 }
 
 class PracticeApp : public wxApp {
@@ -232,7 +230,7 @@ class PracticeApp : public wxApp {
             wireFailed_ = true;
             simulator_.End();
         });
-        (new PracticeFrame(simulator_))->wxFrame::Show();
+        (new PracticeFrame(simulator_))->Show();
         return true;
     }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 namespace quirkmeter::practice {
+
 namespace {
 
 constexpr const char* MessageName = "FSASMLIB:IPC";
@@ -67,7 +68,7 @@ bool Wire::MakeWindow() {
 }
 
 void Wire::KeepOrDropWindow() {
-    const bool wanted = simulator_.CurrentMisbehaviour() != Misbehaviour::Drop;
+    bool wanted = simulator_.CurrentMisbehaviour() != Misbehaviour::Drop;
     if (wanted && !window_) MakeWindow();
     if (!wanted && window_) {
         platform::DropWindow(window_);
@@ -83,7 +84,7 @@ std::intptr_t Wire::Answer(std::uint32_t message, std::uintptr_t wParam) {
 
 // False when the message is to be dropped. The flight goes on meanwhile.
 bool Wire::WaitBeforeAnswer() {
-    const Misbehaviour kind = simulator_.CurrentMisbehaviour();
+    Misbehaviour kind = simulator_.CurrentMisbehaviour();
     if (kind != Misbehaviour::Silent && kind != Misbehaviour::Late) return true;
     for (std::uint32_t waited = 0; simulator_.CurrentMisbehaviour() == kind;
          waited += WaitMilliseconds) {
@@ -98,7 +99,7 @@ bool Wire::WaitBeforeAnswer() {
 bool Wire::CarryOutBlock(std::uint16_t atom) {
     char name[256];
     if (platform::GlobalGetAtomNameA(atom, name, sizeof name) == 0) return false;
-    const MappedBlock block(name);
+    MappedBlock block(name);
     return block.Bytes() && simulator_.Answer(block.Bytes(), block.Size());
 }
 

@@ -5,6 +5,7 @@
 #include "practice/variables.h"
 
 namespace quirkmeter::practice {
+
 namespace {
 
 template <typename... Values>
@@ -16,10 +17,10 @@ std::string Format(const char* format, Values... values) {
 
 std::string Quoted(std::span<const std::byte> bytes) {
     std::string text = "\"";
-    for (const std::byte byte : bytes) {
-        const auto code = std::to_integer<unsigned>(byte);
+    for (std::byte byte : bytes) {
+        auto code = std::to_integer<unsigned>(byte);
         if (code == 0) break;
-        const bool plain = code >= ' ' && code <= '~' && code != '"' && code != '\\';
+        bool plain = code >= ' ' && code <= '~' && code != '"' && code != '\\';
         text += plain ? std::string(1, static_cast<char>(code)) : Format("\\x%02X", code);
     }
     return text + '"';
@@ -27,23 +28,22 @@ std::string Quoted(std::span<const std::byte> bytes) {
 
 std::string Number(std::span<const std::byte> bytes) {
     unsigned long value = 0;
-    for (std::size_t i = bytes.size(); i-- > 0;) {
+    for (std::size_t i = bytes.size(); i-- > 0;)
         value = value << 8 | std::to_integer<unsigned long>(bytes[i]);
-    }
     return std::to_string(value);
 }
 
 std::string HexBytes(std::span<const std::byte> bytes) {
     if (bytes.empty()) return "-";
     std::string text;
-    for (const std::byte byte : bytes) text += Format("%02X", std::to_integer<unsigned>(byte));
+    for (std::byte byte : bytes) text += Format("%02X", std::to_integer<unsigned>(byte));
     return text;
 }
 
 std::string ValueText(const AppliedWrite& write) {
-    if (write.offset == offset::MessageText) return Quoted(write.bytes);
-    const std::size_t size = write.bytes.size();
-    return size == 1 || size == 2 || size == 4 ? Number(write.bytes) : HexBytes(write.bytes);
+    if (write.Offset == offset::MessageText) return Quoted(write.Bytes);
+    std::size_t size = write.Bytes.size();
+    return size == 1 || size == 2 || size == 4 ? Number(write.Bytes) : HexBytes(write.Bytes);
 }
 
 }  // namespace
@@ -53,8 +53,8 @@ std::string EventLine(double time, const std::string& event) {
 }
 
 std::string WriteLine(double time, const AppliedWrite& write) {
-    const Variable* variable = FindVariable(write.offset);
-    return Format("%.3f 0x%04X ", time, write.offset) + std::to_string(write.bytes.size()) + " " +
+    const Variable* variable = FindVariable(write.Offset);
+    return Format("%.3f 0x%04X ", time, write.Offset) + std::to_string(write.Bytes.size()) + " " +
            ValueText(write) + " " + (variable ? FullName(*variable) : "?");
 }
 

@@ -3,6 +3,7 @@
 #include "program_test.h"
 
 namespace quirkmeter {
+
 namespace {
 
 using testing::ElementsAre;
@@ -24,18 +25,18 @@ class ActuationTest : public LinkedTest {
     }
     std::vector<SimWriteRecord> Clear(Subsystem subsystem) {
         ClearFailure(subsystem.System, subsystem.Number);
-        return Simulator.TakeWrites();
+        return simulator_.TakeWrites();
     }
     std::vector<SimWriteRecord> Maintain() {
         MaintainFailures();
-        return Simulator.TakeWrites();
+        return simulator_.TakeWrites();
     }
 };
 
 TEST_F(ActuationTest, FailuresAreWrittenInOneBatchNewestFirst) {
     Maintain();
     Clear(Battery);
-    EXPECT_EQ(Simulator.Batches, 0) << "nothing has failed";
+    EXPECT_EQ(simulator_.Batches, 0) << "nothing has failed";
 
     Fail({Battery, ElevatorTrim, PitotStatic, Engine3Fail, Elevator, Rudder});
     Maintain();
@@ -43,7 +44,7 @@ TEST_F(ActuationTest, FailuresAreWrittenInOneBatchNewestFirst) {
                 ElementsAre(SimWriteRecord{0x310A, 1, 5}, SimWriteRecord{0x310A, 1, 5},
                             SimWriteRecord{0x0B6B, 1, 4}, SimWriteRecord{0x0B71, 1, 1},
                             SimWriteRecord{0x0BC0, 2, 0}, SimWriteRecord{0x3102, 1, 0}));
-    EXPECT_EQ(Simulator.Batches, 2);
+    EXPECT_EQ(simulator_.Batches, 2);
 }
 
 TEST_F(ActuationTest, OnlyAFlagIsTakenBackAtOnceAndSharedBytesComeBack) {
@@ -51,9 +52,9 @@ TEST_F(ActuationTest, OnlyAFlagIsTakenBackAtOnceAndSharedBytesComeBack) {
     Maintain();
     EXPECT_THAT(Clear(Battery), IsEmpty());
     EXPECT_THAT(Clear(Elevator), IsEmpty());
-    EXPECT_EQ(Simulator.Batches, 1);
+    EXPECT_EQ(simulator_.Batches, 1);
     EXPECT_THAT(Clear(Engine3Fail), ElementsAre(SimWriteRecord{0x0B6B, 1, 0}));
-    EXPECT_EQ(Simulator.Batches, 2);
+    EXPECT_EQ(simulator_.Batches, 2);
     EXPECT_THAT(Maintain(),
                 ElementsAre(SimWriteRecord{0x310A, 1, 4}, SimWriteRecord{0x0B6B, 1, 1}));
 }
@@ -75,32 +76,32 @@ TEST_F(ActuationTest, AStallIsWrittenOnceAndEndsByItself) {
 }
 
 TEST_F(ActuationTest, ALeakDrainsItsTankFromTheNextTickOn) {
-    Simulator.Space.SetValue(0x0B7C, 4, 25000);
-    Simulator.Space.SetValue(0x0B94, 4, 0x80000000);  // negative levels count as empty
+    simulator_.Space.SetValue(0x0B7C, 4, 25000);
+    simulator_.Space.SetValue(0x0B94, 4, 0x80000000);  // negative levels count as empty
     Fail({TankRight, TankLeft, Battery});
     EXPECT_THAT(Maintain(), ElementsAre(SimWriteRecord{0x3102, 1, 0}));
-    EXPECT_EQ(Simulator.Batches, 2) << "the switch travels with a leak's read";
+    EXPECT_EQ(simulator_.Batches, 2) << "the switch travels with a leak's read";
     ASSERT_EQ(FailureCount, 2) << "the leak of an empty tank ends";
-    const std::int32_t amount = FailureList[1].Counter;
+    std::int32_t amount = FailureList[1].Counter;
     EXPECT_THAT(amount, testing::AllOf(testing::Ge(5000), testing::Le(10000)));
 
-    Simulator.Reply = 0;
+    simulator_.Reply = 0;
     Maintain();
     EXPECT_EQ(FailureList[1].Counter, amount);
-    Simulator.Reply = 1;
-    Simulator.Batches = 0;
+    simulator_.Reply = 1;
+    simulator_.Batches = 0;
     Maintain();
-    EXPECT_EQ(Simulator.Batches, 2);
-    EXPECT_EQ(Simulator.Space.Value(0x0B7C, 4), static_cast<std::uint64_t>(25000 - amount));
+    EXPECT_EQ(simulator_.Batches, 2);
+    EXPECT_EQ(simulator_.Space.Value(0x0B7C, 4), static_cast<std::uint64_t>(25000 - amount));
     for (int tick = 0; tick < 5; ++tick) Maintain();
-    EXPECT_EQ(Simulator.Space.Value(0x0B7C, 4), 0u);
+    EXPECT_EQ(simulator_.Space.Value(0x0B7C, 4), 0u);
     EXPECT_EQ(FailureCount, 2) << "an emptied tank goes on leaking";
 }
 
 TEST_F(ActuationTest, ARemovedRowTakesNothingElseWithIt) {
     Fail({Aileron, Engine1Stall, Adf});
     Maintain();
-    const FailureRow second = FailureList[2], third = FailureList[3];
+    FailureRow second = FailureList[2], third = FailureList[3];
     Clear(Aileron);
     EXPECT_EQ(FailureList[1], second);
     EXPECT_EQ(FailureList[2], third);
@@ -113,7 +114,7 @@ TEST_F(ActuationTest, ARemovedRowTakesNothingElseWithIt) {
 TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
     ClearAllFailures(false);
     ClearLastFailure();
-    EXPECT_THAT(Window.Refreshes, IsEmpty()) << "nothing has failed";
+    EXPECT_THAT(window_.Refreshes, IsEmpty()) << "nothing has failed";
     Fail({Battery, Adf, Rudder});
     Settings.HardcoreActive = Engine.Airborne = true;
     ClearAllFailures(false);
@@ -123,11 +124,11 @@ TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
     Engine.Airborne = false;
     ClearLastFailure();
     EXPECT_FALSE(Catalogue[2][6].Failed);
-    EXPECT_THAT(Window.Refreshes, ElementsAre(true));
+    EXPECT_THAT(window_.Refreshes, ElementsAre(true));
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));
     ClearAllFailures(true);
     EXPECT_EQ(FailureCount, 0);
-    EXPECT_THAT(Window.Refreshes, ElementsAre(true, false));
+    EXPECT_THAT(window_.Refreshes, ElementsAre(true, false));
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "quiet";
     Fail({Battery});
     ClearAllFailures(false);
@@ -136,13 +137,14 @@ TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
 
 TEST_F(ActuationTest, PositionResetSlewsToZeroInThreeBatches) {
     ZeroAircraftPosition();
-    EXPECT_THAT(Simulator.TakeWrites(),
+    EXPECT_THAT(simulator_.TakeWrites(),
                 ElementsAre(SimWriteRecord{0x05DC, 2, 1}, SimWriteRecord{0x0560, 4, 0},
                             SimWriteRecord{0x0564, 4, 0}, SimWriteRecord{0x0568, 4, 0},
                             SimWriteRecord{0x056C, 4, 0}, SimWriteRecord{0x0570, 4, 0},
                             SimWriteRecord{0x0574, 4, 0}, SimWriteRecord{0x05DC, 2, 0}));
-    EXPECT_EQ(Simulator.Batches, 3);
+    EXPECT_EQ(simulator_.Batches, 3);
 }
 
 }  // namespace
+
 }  // namespace quirkmeter

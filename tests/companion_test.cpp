@@ -7,6 +7,7 @@
 #include "platform/inprocess/inprocess.h"
 
 namespace quirkmeter {
+
 namespace {
 
 namespace inprocess = platform::inprocess;
@@ -87,4 +88,5 @@ TEST_F(CompanionTest, IsOneOnlyAndNothingWithoutItsWindow) {
 }
 
 }  // namespace
+
 }  // namespace quirkmeter

@@ -13,6 +13,7 @@
 #include "process.h"
 
 namespace quirkmeter {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -41,7 +42,7 @@ class Cockpit {
         started_.clear();
         // The companion first, for it starts the program.
         for (const char* program : {Companion, Program}) {
-            for (const pid_t process : Running(program)) {
+            for (pid_t process : Running(program)) {
                 kill(process, SIGKILL);
                 ExitCode(process);
             }
@@ -67,7 +68,7 @@ class Cockpit {
         return found;
     }
     pid_t TheOne(const char* program) const {
-        const std::vector<pid_t> processes = Running(program);
+        std::vector<pid_t> processes = Running(program);
         if (processes.size() == 1) return processes[0];
         throw std::runtime_error(std::to_string(processes.size()) + " of " + program + " run");
     }
@@ -76,7 +77,7 @@ class Cockpit {
     std::vector<std::string> PassingFiles() const {
         std::vector<std::string> names;
         for (const auto& entry : fs::directory_iterator(folder_ / "quirkmeter")) {
-            const std::string name = entry.path().filename();
+            std::string name = entry.path().filename();
             for (const char* prefix : {"window-", "mapping-", "instance-"})
                 if (name.starts_with(prefix)) names.push_back(name);
         }
@@ -95,10 +96,10 @@ class Cockpit {
 
     // Listens until that many more lines with this text have come.
     void Await(const std::string& text, std::size_t count = 1) {
-        const std::size_t from = lines_.size();
-        const auto end = Clock::now() + Patience;
+        std::size_t from = lines_.size();
+        auto end = Clock::now() + Patience;
         while (Heard(text, from).size() < count) {
-            const std::string line = simulator_->Line();
+            std::string line = simulator_->Line();
             if (line.empty() || Clock::now() > end) throw std::runtime_error(DidNotCome(text));
             lines_.push_back(line);
         }
@@ -125,12 +126,12 @@ class Cockpit {
     }
 
     std::vector<std::string> Here(std::vector<std::string> command) const {
-        const std::string environment[] = {
-            "env", "XDG_RUNTIME_DIR=" + folder_.string(), "HOME=" + folder_.string(),
-            "LC_ALL=C.UTF-8", "CANBERRA_DRIVER=null", "GDK_BACKEND=x11", "NO_AT_BRIDGE=1",
-            "GSETTINGS_BACKEND=memory",
-            // The widget set does not give everything back at the end.
-            "ASAN_OPTIONS=detect_leaks=0"};
+        std::string environment[] = {"env", "XDG_RUNTIME_DIR=" + folder_.string(),
+                                     "HOME=" + folder_.string(), "LC_ALL=C.UTF-8",
+                                     "CANBERRA_DRIVER=null", "GDK_BACKEND=x11", "NO_AT_BRIDGE=1",
+                                     "GSETTINGS_BACKEND=memory",
+                                     // The widget set does not give everything back at the end.
+                                     "ASAN_OPTIONS=detect_leaks=0"};
         command.insert(command.begin(), std::begin(environment), std::end(environment));
         return command;
     }
@@ -162,7 +163,7 @@ std::vector<double> Pauses(const std::vector<std::string>& lines) {
 // The program's windows with that title that can be seen, once there are as many as that.
 std::vector<std::string> Windows(pid_t program, const std::string& title, std::size_t count) {
     std::vector<std::string> found;
-    const auto search = [&] {
+    auto search = [&] {
         Process xdotool({"xdotool", "search", "--all", "--onlyvisible", "--pid",
                          std::to_string(program), "--name", "^" + title + "$"});
         found.clear();
@@ -196,9 +197,9 @@ void FlyUntilSystemsFail() {
     cockpit.Await("# gear up");
     cockpit.Tell("gear down");
 
-    const std::string aFlag = "0x0B71 1 1 Pitot Static (failure flag)";
-    const std::string aSwitch = "0x07BC 4 0 Master (autopilot switch)";
-    const std::string flaps = "0x0BDC 4 0 Flaps (control)";
+    std::string aFlag = "0x0B71 1 1 Pitot Static (failure flag)";
+    std::string aSwitch = "0x07BC 4 0 Master (autopilot switch)";
+    std::string flaps = "0x0BDC 4 0 Flaps (control)";
     cockpit.Await(aFlag, 3);
     cockpit.Await(aSwitch, 3);
     cockpit.Await(flaps);
@@ -211,7 +212,7 @@ void FlyUntilSystemsFail() {
 
 void LoseAndRegainTheSimulator() {
     Cockpit cockpit;
-    const std::string settings = "DISPLAYUPDATE=YES\nSTATUS_HKCS=3";
+    std::string settings = "DISPLAYUPDATE=YES\nSTATUS_HKCS=3";
     Write(cockpit.Settings(), settings);
     cockpit.StartSimulator();
     Process& first = cockpit.Start(Program);
@@ -250,8 +251,8 @@ void StartHardcore(Cockpit& cockpit) {
 
 // Ends one of the two, and waits for the other to end as well.
 void ExpectBothEnd(Cockpit& cockpit, const char* first, int signal) {
-    const pid_t program = cockpit.TheOne(Program);
-    const pid_t companion = cockpit.TheOne(Companion);
+    pid_t program = cockpit.TheOne(Program);
+    pid_t companion = cockpit.TheOne(Companion);
     kill(first == Program ? program : companion, signal);
     EXPECT_EQ(ExitCode(program), 0);
     EXPECT_EQ(ExitCode(companion), first == Program ? 0 : -signal);
@@ -274,7 +275,7 @@ void LeaveAFlight(const char* first, int signal) {
     cockpit.Tell("takeoff");
     cockpit.Await("\"QM:  Operational. Hardcore Mode.\"");
     ExpectBothEnd(cockpit, first, signal);
-    const auto moves = cockpit.Heard("0x0574 4 0 Altitude, high half");
+    auto moves = cockpit.Heard("0x0574 4 0 Altitude, high half");
     EXPECT_EQ(moves.size(), 3u);
     EXPECT_THAT(Pauses(moves), Each(AllOf(Ge(0.99), Lt(3))));
 }
@@ -303,7 +304,7 @@ TEST(EndToEnd, SettingsThatCannotBeWrittenAreComplainedAbout) {
     fs::create_directory(cockpit.Settings());
     cockpit.StartSimulator();
     Process& program = cockpit.Start(Program);
-    const std::string main = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
+    std::string main = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
     EXPECT_TRUE(Becomes([&] { return cockpit.PassingFiles().size() == 4; })) << "connected";
     program.Signal(SIGTERM);
     for (const std::string& window : Windows(program.Pid(), "FS2002 Quirkmeter", 2))
@@ -315,7 +316,7 @@ TEST(EndToEnd, SettingsThatCannotBeWrittenAreComplainedAbout) {
 TEST(EndToEnd, HotkeyWorksWhileTheSimulatorHasTheKeyboard) {
     Cockpit cockpit;
     Write(cockpit.Settings(), "STATUS_HK=83\r\nSTATUS_HKCS=1\r\n");
-    const pid_t simulator = cockpit.StartSimulator({}).Pid();
+    pid_t simulator = cockpit.StartSimulator({}).Pid();
     Process& program = cockpit.Start(Program);
     Windows(program.Pid(), "FS2002 Quirkmeter", 1);
     Press(Windows(simulator, "Practice Simulator", 1)[0], "Escape");
@@ -330,7 +331,7 @@ TEST(EndToEnd, HotkeyWorksWhileTheSimulatorHasTheKeyboard) {
 }
 
 TEST(EndToEnd, TheProgramEndsAlsoWhileADialogIsOpen) {
-    const std::pair<const char*, const char*> dialogs[] = {{"alt+p", "Help"}, {"alt+s", "Save As"}};
+    std::pair<const char*, const char*> dialogs[] = {{"alt+p", "Help"}, {"alt+s", "Save As"}};
     for (const auto& [key, title] : dialogs) {
         Cockpit cockpit;
         Process& program = cockpit.Start(Program);
@@ -353,6 +354,7 @@ TEST(EndToEnd, HardcoreModeDoesNotStartWithoutItsCompanion) {
 }
 
 }  // namespace
+
 }  // namespace quirkmeter
 
 int main(int argc, char** argv) {

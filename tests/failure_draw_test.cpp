@@ -8,6 +8,7 @@
 #include "program_test.h"
 
 namespace quirkmeter {
+
 namespace {
 
 constexpr int Subsystems = 62;
@@ -57,8 +58,8 @@ TEST_F(FailureDrawTest, RandomNumbersDifferFromDayToDay) {
 }
 
 TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliability) {
-    const std::pair<const char*, int> widths[] = {{"100", 0},    {"99.999", 1}, {"99", 1000},
-                                                  {"90", 10000}, {"0", 100000}, {"x", 0}};
+    std::pair<const char*, int> widths[] = {{"100", 0},    {"99.999", 1}, {"99", 1000},
+                                            {"90", 10000}, {"0", 100000}, {"x", 0}};
     for (auto [reliability, width] : widths) {
         SetAll(reliability, "y");  // unreadable: the default
         ForEachSubsystem([&](int, int, const SubsystemEntry& entry) {
@@ -135,14 +136,14 @@ TEST_F(FailureDrawTest, FailuresComeAtTheRateOfTheirReliabilityAtAnyStep) {
                 Step();
                 count += TakeFailures();
             }
-        const double expected = c.Periods * Subsystems * Chance();
-        const double all = std::accumulate(failures.begin(), failures.end(), 0.0);
+        double expected = c.Periods * Subsystems * Chance();
+        double all = std::accumulate(failures.begin(), failures.end(), 0.0);
         EXPECT_NEAR(all, expected, 4 * std::sqrt(expected * (1 - Chance()))) << c.Reliability;
         double chiSquare = 0;
-        const double each = all / static_cast<double>(c.StepsPerPeriod);
-        for (const double count : failures) chiSquare += (count - each) * (count - each) / each;
+        double each = all / static_cast<double>(c.StepsPerPeriod);
+        for (double count : failures) chiSquare += (count - each) * (count - each) / each;
         // Less would be too even to be chance. Rare failures scatter more.
-        const double freedom = static_cast<double>(c.StepsPerPeriod) - 1;
+        double freedom = static_cast<double>(c.StepsPerPeriod) - 1;
         if (each < 5) continue;
         EXPECT_NEAR(chiSquare, freedom, 4 * std::sqrt(2 * freedom)) << c.Reliability;
     }
@@ -152,18 +153,19 @@ TEST_F(FailureDrawTest, FailuresComeAtTheRateOfTheirReliabilityAtAnyStep) {
 // nothing of the next.
 TEST_F(FailureDrawTest, SubsystemsFailIndependentlyWithinAndAcrossSteps) {
     SetAll("50", "0.0");
-    const int steps = 20000;
+    int steps = 20000;
     double squares = 0, products = 0, last = 0;
     for (int step = 0; step < steps; ++step) {
         Step();
-        const double now = TakeFailures() - Subsystems * Chance();
+        double now = TakeFailures() - Subsystems * Chance();
         squares += now * now;
         products += now * std::exchange(last, now);
     }
-    const double variance = Subsystems * Chance() * (1 - Chance());
+    double variance = Subsystems * Chance() * (1 - Chance());
     EXPECT_NEAR(squares / steps, variance, 4 * variance * std::sqrt(2.0 / steps));
     EXPECT_NEAR(products / steps, 0, 4 * variance * std::sqrt(1.0 / steps));
 }
 
 }  // namespace
+
 }  // namespace quirkmeter

@@ -8,6 +8,7 @@
 #include "program_test.h"
 
 namespace quirkmeter {
+
 namespace {
 
 using testing::ElementsAre;
@@ -29,10 +30,10 @@ class FilesTest : public ProgramTest {
     // True when nothing was wrong with the profile.
     bool ReadProfileFrom(std::string_view content) {
         WriteFile("heavy.qmp", content);
-        Settings.LastProfile = (Folder / "heavy.qmp").string();
-        Window.Messages.clear();
+        Settings.LastProfile = (folder_ / "heavy.qmp").string();
+        window_.Messages.clear();
         ReadProfile();
-        return Window.Messages.empty();
+        return window_.Messages.empty();
     }
     std::string Texts(int s, int n) {
         return Catalogue[s][n].Reliability + '#' + Catalogue[s][n].Hours;
@@ -40,7 +41,7 @@ class FilesTest : public ProgramTest {
 };
 
 TEST_F(FilesTest, NumbersAreWrittenInSinglePrecisionWithSevenDigits) {
-    const std::pair<float, const char*> texts[] = {
+    std::pair<float, const char*> texts[] = {
         {100.0f, "100"},         {99.999f, "99.999"},        {-0.0f, "0"},
         {33.33333f, "33.33333"}, {12.34567891f, "12.34568"}, {1.5e-10f, "0.00000000015"}};
     for (auto [value, text] : texts) EXPECT_EQ(NumberText(value), text);
@@ -49,9 +50,9 @@ TEST_F(FilesTest, NumbersAreWrittenInSinglePrecisionWithSevenDigits) {
 }
 
 TEST_F(FilesTest, NumbersAreReadAndNothingElse) {
-    const std::pair<const char*, double> numbers[] = {{" 99.50 ", 99.5}, {"099.5", 99.5}, {"-0", 0},
-                                                      {"+5", 5},         {".5", 0.5},     {"5.", 5},
-                                                      {"1e1", 10},       {"1E-1", 0.1}};
+    std::pair<const char*, double> numbers[] = {{" 99.50 ", 99.5}, {"099.5", 99.5}, {"-0", 0},
+                                                {"+5", 5},         {".5", 0.5},     {"5.", 5},
+                                                {"1e1", 10},       {"1E-1", 0.1}};
     for (auto [text, value] : numbers) EXPECT_EQ(ReadNumber(text), value) << text;
     for (std::string_view text : {"", " ", ".", "nan", "inf", "0x10", "1e99", "1e", "1 2", "--1",
                                   "+-1", "1.2.3", "5%", "1,5", "\t1"})
@@ -71,8 +72,8 @@ TEST_F(FilesTest, EverySubsystemActsOnAVariableOfItsSize) {
         EXPECT_EQ(Texts(s, n), "100#1");
         const auto* variable = practice::FindVariable(static_cast<std::uint32_t>(entry.Offset));
         ASSERT_NE(variable, nullptr) << entry.Name;
-        EXPECT_EQ(variable->size, static_cast<std::uint32_t>(entry.Size)) << entry.Name;
-        sameNames += entry.Name.find(variable->name) != entry.Name.npos;
+        EXPECT_EQ(variable->Size, static_cast<std::uint32_t>(entry.Size)) << entry.Name;
+        sameNames += entry.Name.find(variable->Name) != entry.Name.npos;
     });
     EXPECT_THAT(counts, ElementsAre(0, 14, 7, 7, 8, 12, 10, 4));
     EXPECT_EQ(sameNames, 62 - 14) << "all but the bits, generators, pumps and altimeter";
@@ -90,8 +91,8 @@ TEST_F(FilesTest, SettingsAreReadBackAsWritten) {
     Settings.ClearHotkey = 65;
     Settings.ClearHotkeyMods = 3;
     Settings.ActiveHotkey = 48;
-    const SettingsRecord all = Settings;
-    const std::string text = WrittenSettings();
+    SettingsRecord all = Settings;
+    std::string text = WrittenSettings();
     EXPECT_EQ(text,
               "LASTPROFILE=/a=b/heavy.qmp\r\nSTATUS_HK=83\r\nSTATUS_HKCS=1\r\nCLEAR_HK=65\r\n"
               "CLEAR_HKCS=3\r\nACTIVE_HK=48\r\nACTIVE_HKCS=0\r\nDISPLAYUPDATE=YES\r\n"
@@ -121,12 +122,12 @@ TEST_F(FilesTest, OddSettingsChangeNothing) {
     nonsense += "\r\n" + std::string(3'000'000, 'x');
     EXPECT_TRUE(ReadSettingsFrom(nonsense + "\r\nDISPLAYUPDATE=YES").DisplayUpdate);
 
-    std::filesystem::remove(Folder / "Quirkmeter.ini");
-    std::filesystem::create_directory(Folder / "Quirkmeter.ini");
+    std::filesystem::remove(folder_ / "Quirkmeter.ini");
+    std::filesystem::create_directory(folder_ / "Quirkmeter.ini");
     EXPECT_TRUE(ReadSettings());
     WriteSettings();
-    EXPECT_THAT(Window.Messages,
-                ElementsAre("! Could not write " + (Folder / "Quirkmeter.ini").string() + " file"));
+    EXPECT_THAT(window_.Messages, ElementsAre("! Could not write " +
+                                              (folder_ / "Quirkmeter.ini").string() + " file"));
 }
 
 TEST_F(FilesTest, HardcoreModeIsLastAndNeedsItsCompanion) {
@@ -146,23 +147,23 @@ TEST_F(FilesTest, ASavedProfileComesBackExactly) {
     inprocess::SetDecimalSeparator(',');
     Catalogue[1][1].Reliability = "99,5";
     Catalogue[1][1].Hours = "0,5";
-    Settings.LastProfile = (Folder / "heavy.qmp").string();
+    Settings.LastProfile = (folder_ / "heavy.qmp").string();
     WriteProfile();
-    EXPECT_EQ(Window.Heading, "Sub-systems (heavy.qmp)");
-    const std::string text = ReadFile("heavy.qmp");
+    EXPECT_EQ(window_.Heading, "Sub-systems (heavy.qmp)");
+    std::string text = ReadFile("heavy.qmp");
     EXPECT_EQ(std::ranges::count(text, '\n'), 62);
     EXPECT_TRUE(text.starts_with("1#1#99,5#0,5\r\n1#2#100#1\r\n"));
     EXPECT_TRUE(text.ends_with("7#3#100#1\r\n7#4#100#1\r\n"));
     BuildCatalogue();
     EXPECT_TRUE(ReadProfileFrom(text));
     EXPECT_EQ(Texts(1, 1), "99,5#0,5");
-    EXPECT_THAT(Window.Refreshes, ElementsAre(false));
+    EXPECT_THAT(window_.Refreshes, ElementsAre(false));
     EXPECT_FALSE(ReadProfileFrom("1#1#99.5#0.5\r\n"));
 
-    Settings.LastProfile = (Folder / "nowhere" / "other.qmp").string();
+    Settings.LastProfile = (folder_ / "nowhere" / "other.qmp").string();
     WriteProfile();
-    EXPECT_EQ(Window.Messages.back(), "! Could not write " + Settings.LastProfile);
-    EXPECT_EQ(Window.Heading, "Sub-systems (heavy.qmp)");
+    EXPECT_EQ(window_.Messages.back(), "! Could not write " + Settings.LastProfile);
+    EXPECT_EQ(window_.Heading, "Sub-systems (heavy.qmp)");
 }
 
 TEST_F(FilesTest, AProfileIsReadTolerantlyWhereItMayBe) {
@@ -179,36 +180,37 @@ TEST_F(FilesTest, AProfileIsReadTolerantlyWhereItMayBe) {
 }
 
 TEST_F(FilesTest, ABadLineEndsTheReadingAndForgetsTheFile) {
-    const std::string bad[] = {"1#1#99.5",
-                               "",
-                               "9#1#50#1",
-                               "1#16#50#1",
-                               "0#1#50#500",
-                               "1#1#nan#1",
-                               "1#1#1e99#1",
-                               "1#1#0x10#1",
-                               "1#1##1",
-                               "1#1#5#1#2",
-                               "1e30#1#5#1",
-                               std::string("1#1#5\0#1", 8),
-                               "1#1#" + std::string(5'000'000, '9') + "#1"};
+    std::string bad[] = {"1#1#99.5",
+                         "",
+                         "9#1#50#1",
+                         "1#16#50#1",
+                         "0#1#50#500",
+                         "1#1#nan#1",
+                         "1#1#1e99#1",
+                         "1#1#0x10#1",
+                         "1#1##1",
+                         "1#1#5#1#2",
+                         "1e30#1#5#1",
+                         std::string("1#1#5\0#1", 8),
+                         "1#1#" + std::string(5'000'000, '9') + "#1"};
     for (const std::string& line : bad) {
         BuildCatalogue();
         EXPECT_FALSE(ReadProfileFrom("1#2#50#2\r\n" + line + "\r\n1#3#50#2\r\n")) << line;
-        EXPECT_THAT(Window.Messages,
-                    ElementsAre("! Could not read " + (Folder / "heavy.qmp").string()));
+        EXPECT_THAT(window_.Messages,
+                    ElementsAre("! Could not read " + (folder_ / "heavy.qmp").string()));
         EXPECT_EQ(Settings.LastProfile, "");
         EXPECT_EQ(Texts(1, 2), "50#2") << "what came before stays";
         EXPECT_EQ(Texts(1, 3), "100#1");
     }
-    EXPECT_THAT(Window.Refreshes, IsEmpty());
-    EXPECT_EQ(Window.Heading, "");
-    for (const auto& path : {Folder, Folder / "nowhere"}) {
+    EXPECT_THAT(window_.Refreshes, IsEmpty());
+    EXPECT_EQ(window_.Heading, "");
+    for (const auto& path : {folder_, folder_ / "nowhere"}) {
         Settings.LastProfile = path.string();
         ReadProfile();
     }
-    EXPECT_EQ(Window.Messages.size(), 3u);
+    EXPECT_EQ(window_.Messages.size(), 3u);
 }
 
 }  // namespace
+
 }  // namespace quirkmeter

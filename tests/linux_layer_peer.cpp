@@ -32,7 +32,7 @@ void Own(char** arguments) {
 }
 
 void Map(char** arguments) {
-    const MappingHandle mapping =
+    MappingHandle mapping =
         CreateFileMappingA(InvalidFileHandle, nullptr, PageReadWrite, 0, 32768, arguments[0]);
     Print(GetLastError());
     auto* view = static_cast<char*>(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0));
@@ -49,8 +49,8 @@ void AddAtom(char** arguments) {
 void Churn(char**) {
     Print("churning");
     for (;;) {
-        const std::uint16_t atom = GlobalAddAtomA("churned");
-        const WindowHandle window = OwnWindow("Churned", "", Answer);
+        std::uint16_t atom = GlobalAddAtomA("churned");
+        WindowHandle window = OwnWindow("Churned", "", Answer);
         CloseHandle(
             CreateFileMappingA(InvalidFileHandle, nullptr, PageReadWrite, 0, 4096, "churned"));
         DropWindow(window);
@@ -60,7 +60,7 @@ void Churn(char**) {
 
 // Tells, in a file that appears with all of its content, how this process was started.
 void Report(const std::string& path, char** arguments) {
-    const bool inherited = fcntl(3, F_GETFD) >= 0 || fcntl(400, F_GETFD) >= 0;
+    bool inherited = fcntl(3, F_GETFD) >= 0 || fcntl(400, F_GETFD) >= 0;
     std::ofstream file(path + ".part");
     for (; *arguments; ++arguments) file << *arguments << '\n';
     file << std::filesystem::current_path().string() << '\n';
@@ -74,7 +74,7 @@ void Report(const std::string& path, char** arguments) {
 
 int main(int, char** arguments) {
     // Under the name of the program that opens documents, it reports beside the document.
-    const std::string task = arguments[1];
+    std::string task = arguments[1];
     if (FileName(arguments[0]) == "xdg-open") return Report(task + ".opened", arguments + 1), 0;
     if (task == "report") return Report(arguments[2], arguments + 3), 0;
 

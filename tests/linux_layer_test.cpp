@@ -25,6 +25,7 @@
 // clang-format on
 
 namespace quirkmeter::platform {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -58,7 +59,7 @@ class LinuxLayer : public testing::Test {
     std::vector<std::string> PassingFiles() const {
         std::vector<std::string> names;
         for (const auto& entry : fs::directory_iterator(Folder())) {
-            const std::string name = entry.path().filename();
+            std::string name = entry.path().filename();
             if (name.starts_with("window-") || name.starts_with("mapping-")) names.push_back(name);
         }
         return names;
@@ -76,7 +77,7 @@ std::intptr_t Send(WindowHandle window, std::intptr_t lParam, std::uint32_t mill
 
 TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     Process owner(Peer("own", "UIPCMAIN", "The Title"));
-    const WindowHandle window = static_cast<WindowHandle>(owner.Number());
+    WindowHandle window = static_cast<WindowHandle>(owner.Number());
     ASSERT_NE(window, 0u);
     EXPECT_EQ(FindWindowExA(0, 0, "UIPCMAIN", nullptr), window);
     EXPECT_EQ(FindWindowA("uipcmain", "THE title"), window);
@@ -86,7 +87,7 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     EXPECT_NE(Send(window, 5, 2000, &reply), 0);
     EXPECT_EQ(reply, 0xFFFFFFFF0000C002 + 0xC001 + 5);
 
-    const auto start = Clock::now();
+    auto start = Clock::now();
     EXPECT_EQ(Send(window, -1, 30), 0);
     EXPECT_EQ(GetLastError(), ErrorSuccess) << "the time is up";
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(30));
@@ -97,7 +98,7 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     EXPECT_THAT(PassingFiles(), IsEmpty());
 
     Process successor(Peer("own", "UIPCMAIN", ""));
-    const WindowHandle next = static_cast<WindowHandle>(successor.Number());
+    WindowHandle next = static_cast<WindowHandle>(successor.Number());
     EXPECT_GT(next, window) << "an old handle must not lead to a new window";
     EXPECT_EQ(Send(next, -2, 10000), 0) << "dies while we wait";
     EXPECT_EQ(GetLastError(), ErrorInvalidWindowHandle);
@@ -105,12 +106,12 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
 
 // A connection as no sender of this layer makes it, with a packet of that many bytes.
 int ConnectTo(WindowHandle window, std::size_t bytes) {
-    const int folder = open((fs::path(getenv("XDG_RUNTIME_DIR")) / "quirkmeter").c_str(), O_PATH);
+    int folder = open((fs::path(getenv("XDG_RUNTIME_DIR")) / "quirkmeter").c_str(), O_PATH);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/window-%zu.socket",
                   folder, static_cast<std::size_t>(window));
-    const int connection = socket(AF_UNIX, SOCK_SEQPACKET, 0);
+    int connection = socket(AF_UNIX, SOCK_SEQPACKET, 0);
     EXPECT_EQ(connect(connection, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     close(folder);
     if (bytes > 0) send(connection, std::string(bytes, 'x').data(), bytes, 0);
@@ -120,7 +121,7 @@ int ConnectTo(WindowHandle window, std::size_t bytes) {
 constexpr std::size_t WholeRequest = 24;
 
 TEST_F(LinuxLayer, SendersThatSayNothingOrNonsenseDoNotKeepTheOwnerFromOthers) {
-    const int before = OpenDescriptors();
+    int before = OpenDescriptors();
     int messages = 0;
     WindowHandle window = 0;
     window = OwnWindow("Window", "", [&](auto, auto, auto) {
@@ -128,7 +129,7 @@ TEST_F(LinuxLayer, SendersThatSayNothingOrNonsenseDoNotKeepTheOwnerFromOthers) {
         return ++messages;
     });
     std::vector<int> connections;
-    for (const std::size_t bytes : {std::size_t{1}, WholeRequest + 1, std::size_t{100000}})
+    for (std::size_t bytes : {std::size_t{1}, WholeRequest + 1, std::size_t{100000}})
         connections.push_back(ConnectTo(window, bytes));
     for (int i = 0; i < 1000; ++i) {
         connections.push_back(ConnectTo(window, 0));
@@ -139,8 +140,8 @@ TEST_F(LinuxLayer, SendersThatSayNothingOrNonsenseDoNotKeepTheOwnerFromOthers) {
     EXPECT_EQ(messages, 0);
     EXPECT_LT(OpenDescriptors(), before + static_cast<int>(connections.size()) + 100);
 
-    const int first = ConnectTo(window, WholeRequest);
-    const int second = ConnectTo(window, WholeRequest);
+    int first = ConnectTo(window, WholeRequest);
+    int second = ConnectTo(window, WholeRequest);
     ServeMessages(1000);
     std::int64_t reply = 0;
     EXPECT_EQ(recv(first, &reply, sizeof reply, 0), 8);
@@ -149,7 +150,7 @@ TEST_F(LinuxLayer, SendersThatSayNothingOrNonsenseDoNotKeepTheOwnerFromOthers) {
     EXPECT_EQ(messages, 1);
     EXPECT_EQ(FindWindowA("Window", nullptr), 0u);
     connections.insert(connections.end(), {first, second});
-    for (const int connection : connections) close(connection);
+    for (int connection : connections) close(connection);
     EXPECT_EQ(OpenDescriptors(), before);
     EXPECT_THAT(PassingFiles(), IsEmpty());
 }
@@ -162,11 +163,11 @@ std::string AtomName(int atom) {
 TEST_F(LinuxLayer, AtomsAreSharedAndCounted) {
     Process first(Peer("atom", "FSASMLIB:IPC:1A4:1", "5000"));
     Process second(Peer("atom", "FSASMLIB:IPC:1A4:1", "5000"));
-    const auto atom = static_cast<std::uint16_t>(first.Number());
+    auto atom = static_cast<std::uint16_t>(first.Number());
     EXPECT_EQ(second.Number(), atom);
     EXPECT_GE(atom, 0xC000);
     EXPECT_EQ(GlobalAddAtomA("fsasmlib:ipc:1a4:1"), atom);
-    const int other = GlobalAddAtomA("other");
+    int other = GlobalAddAtomA("other");
     char cut[5];
     EXPECT_EQ(GlobalGetAtomNameA(atom, cut, sizeof cut), 4u);
     EXPECT_STREQ(cut, "FSAS");
@@ -181,7 +182,7 @@ TEST_F(LinuxLayer, AtomsAreSharedAndCounted) {
     EXPECT_EQ(GlobalAddAtomA(std::string(256, 'n').c_str()), 0);
     EXPECT_EQ(GlobalAddAtomA(""), 0);
 
-    const std::uint32_t message = RegisterWindowMessageA("FSASMLIB:IPC");
+    std::uint32_t message = RegisterWindowMessageA("FSASMLIB:IPC");
     EXPECT_GE(message, 0xC000u);
     EXPECT_NE(RegisterWindowMessageA("another"), message);
     EXPECT_EQ(Process(Peer("message", "fsasmlib:ipc")).Number(), static_cast<int>(message));
@@ -189,13 +190,13 @@ TEST_F(LinuxLayer, AtomsAreSharedAndCounted) {
 
 TEST_F(LinuxLayer, ADamagedAtomTableIsNotBelieved) {
     GlobalAddAtomA("first");
-    const std::string sound = Content(Folder() / "atoms");
+    std::string sound = Content(Folder() / "atoms");
     for (const std::string& damaged :
          {sound.substr(0, 100), std::string(20 << 20, '\xFF'), std::string(sound.size(), '\0'),
           std::string("\1\0\0\0", 4) + std::string(9000, 'n')}) {
         Write(Folder() / "atoms", damaged);
         EXPECT_EQ(AtomName(0xC000) + AtomName(0xC001) + AtomName(0x3FFF), "");
-        const int atom = GlobalAddAtomA("again");
+        int atom = GlobalAddAtomA("again");
         EXPECT_EQ(AtomName(atom), "again");
     }
 }
@@ -208,11 +209,11 @@ MappingHandle Create(const std::string& name, std::uint32_t sizeHigh = 0) {
 TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
     EXPECT_EQ(OpenFileMappingA(FileMapWrite, false, "block"), 0u);
     EXPECT_EQ(GetLastError(), ErrorFileNotFound);
-    const int before = OpenDescriptors();
+    int before = OpenDescriptors();
     // The last error and the last byte, as the next process to make the block finds them.
-    const auto found = [] {
+    auto found = [] {
         Process peer(Peer("map", "block"));
-        const int error = peer.Number();
+        int error = peer.Number();
         return std::pair(error, peer.Number());
     };
     MappingHandle mapping = 0;
@@ -252,7 +253,7 @@ TEST_F(LinuxLayer, NoNameOfAMappingLeadsOutOfTheFolderOrToAnother) {
         EXPECT_EQ(GetLastError(), ErrorSuccess) << name;
     }
     EXPECT_EQ(PassingFiles().size(), mappings.size());
-    for (const MappingHandle mapping : mappings) CloseHandle(mapping);
+    for (MappingHandle mapping : mappings) CloseHandle(mapping);
     EXPECT_EQ(Create(std::string(300, '/')), 0u);
     EXPECT_EQ(Create(""), 0u);
     EXPECT_EQ(Create("huge", 0x7FFFFFFF), 0u);
@@ -273,7 +274,7 @@ TEST_F(LinuxLayer, AProcessKilledAtAnyMomentLeavesTheFolderUsable) {
 }
 
 TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
-    const auto expectRefused = [] {
+    auto expectRefused = [] {
         EXPECT_EQ(OwnWindow("Window", "", {}), 0u);
         EXPECT_EQ(GlobalAddAtomA("atom"), 0);
         EXPECT_EQ(Create("block"), 0u);
@@ -294,14 +295,14 @@ TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
         ASSERT_EQ(chown(Folder().c_str(), 12345, 12345), 0);
         expectRefused();
     }
-    const std::string complaint = testing::internal::GetCapturedStderr();
+    std::string complaint = testing::internal::GetCapturedStderr();
     EXPECT_THAT(complaint, testing::StartsWith(Folder().string()));
     EXPECT_EQ(std::ranges::count(complaint, '\n'), 1);
 
     setenv("XDG_RUNTIME_DIR", (root_ / "missing").c_str(), 1);
     setenv("TMPDIR", root_.c_str(), 1);
     EXPECT_NE(RegisterWindowMessageA("message"), 0u);
-    const fs::path fallback = root_ / ("quirkmeter-" + std::to_string(geteuid()));
+    fs::path fallback = root_ / ("quirkmeter-" + std::to_string(geteuid()));
     EXPECT_EQ(fs::status(fallback).permissions(), fs::perms::owner_all);
     unsetenv("TMPDIR");
 }
@@ -328,7 +329,7 @@ TEST_F(LinuxLayer, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
     // Somebody else has the keyboard.
     XGrabKeyboard(display, DefaultRootWindow(display), False, GrabModeAsync, GrabModeAsync,
                   CurrentTime);
-    const auto press = [display](KeySym key, bool down) {
+    auto press = [display](KeySym key, bool down) {
         XTestFakeKeyEvent(display, XKeysymToKeycode(display, key), down, CurrentTime);
         XSync(display, False);
     };
@@ -375,7 +376,7 @@ TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
     Write(root_ / "device.conf", "pcm.!default { type file slave.pcm { type null } file \"" +
                                      (root_ / "played").string() + "\" format raw }\n");
     Write(root_ / "none.conf", "\n");
-    const auto play = [this](const std::string& configuration) {
+    auto play = [this](const std::string& configuration) {
         return std::vector<std::string>{
             "sh", "-c",
             "cd " + root_.string() + " && CANBERRA_DRIVER=alsa ALSA_CONFIG_PATH=" + configuration +
@@ -389,30 +390,30 @@ TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
 }
 
 TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
-    const fs::path program = root_ / "folder/program.exe";
-    const fs::path report = root_ / "report";
-    const fs::path document = root_ / "a document.htm";
+    fs::path program = root_ / "folder/program.exe";
+    fs::path report = root_ / "report";
+    fs::path document = root_ / "a document.htm";
     fs::create_directory(root_ / "folder");
     fs::create_symlink(Peer()[0], program);
     Write(document, "<html>");
     setenv("STARTER_SESSION", std::to_string(getsid(0)).c_str(), 1);
-    const int leaky = open("/dev/null", O_RDONLY);
+    int leaky = open("/dev/null", O_RDONLY);
     ASSERT_EQ(dup2(leaky, 400), 400);
-    const auto execute = [](const fs::path& file, const std::string& parameters,
-                            const std::string& directory) {
+    auto execute = [](const fs::path& file, const std::string& parameters,
+                      const std::string& directory) {
         return ShellExecuteA(0, "Open", file.c_str(), parameters.c_str(), directory.c_str(),
                              ShowMinimized);
     };
-    const auto told = [](const fs::path& path) {
+    auto told = [](const fs::path& path) {
         EXPECT_TRUE(Becomes([&] { return fs::exists(path); }));
-        const std::string content = Content(path);
+        std::string content = Content(path);
         fs::remove(path);
         return content;
     };
     EXPECT_EQ(execute(program, "report " + report.string() + "  0 $(id)", root_), 33);
     EXPECT_EQ(told(report), "0\n$(id)\n" + root_.string() + "\n");
 
-    const std::string path = getenv("PATH");
+    std::string path = getenv("PATH");
     setenv("PATH", root_.c_str(), 1);
     EXPECT_EQ(execute(document, "0", "0"), 31) << "nothing to open it with";
     fs::create_symlink(Peer()[0], root_ / "xdg-open");
@@ -431,8 +432,8 @@ TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
 }
 
 TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrStands) {
-    const fs::path file = root_ / "file";
-    const mode_t mask = umask(027);
+    fs::path file = root_ / "file";
+    mode_t mask = umask(027);
     EXPECT_TRUE(ReplaceFile(file, "first"));
     umask(mask);
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
@@ -442,7 +443,7 @@ TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrStands) {
     EXPECT_TRUE(fs::is_symlink(root_ / "link"));
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
     EXPECT_EQ(Content(file), "second");
-    const fs::path home = fs::current_path();
+    fs::path home = fs::current_path();
     fs::current_path(root_);
     EXPECT_TRUE(ReplaceFile("file", "old"));
     fs::current_path(home);
@@ -470,8 +471,8 @@ TEST_F(LinuxLayer, TheSeparatorIsThatOfTheUsersLocale) {
     Process compiler({"localedef", "-c", "--quiet", "-i", root_ / "source", "-f", "ANSI_X3.4-1968",
                       root_ / "xx_XX"});
     compiler.ExitCode();
-    const bool compiled = fs::exists(root_ / "xx_XX/LC_NUMERIC");  // else no character maps here
-    const std::pair<const char*, const char*> locales[] = {
+    bool compiled = fs::exists(root_ / "xx_XX/LC_NUMERIC");  // else no character maps here
+    std::pair<const char*, const char*> locales[] = {
         {"xx_XX", compiled ? "," : "."}, {"C", "."}, {"no_SUCH", "."}};
     for (const auto& [locale, separator] : locales) {
         Process asker({"env", "-u", "LC_ALL", "LOCPATH=" + root_.string(),
@@ -481,4 +482,5 @@ TEST_F(LinuxLayer, TheSeparatorIsThatOfTheUsersLocale) {
 }
 
 }  // namespace
+
 }  // namespace quirkmeter::platform

@@ -17,7 +17,7 @@ wxString TextOf(HWND window) {
 BOOL CALLBACK TakeStaticText(HWND control, LPARAM result) {
     wchar_t name[16] = L"";
     ::GetClassNameW(control, name, std::size(name));
-    const wxString text = TextOf(control);
+    wxString text = TextOf(control);
     if (wxString(name) != "Static" || text.empty()) return TRUE;
     *reinterpret_cast<wxString*>(result) = text;
     return FALSE;

@@ -12,6 +12,7 @@
 #include "practice/write_line.h"
 
 namespace quirkmeter::practice {
+
 namespace {
 
 using ::testing::Contains;
@@ -29,11 +30,11 @@ TEST(RequestBlock, CarriesOutRecordsInOrderAndLeavesHeadersAsTheyWere) {
     OffsetSpace space;
     space.SetValue(0x100, 4, 0x11223344);
     Block block = {1, 0x100, 4, 0xD15EA5E, 0, 2, 0x102, 4, 0xBEEF, 1, 0x100, 4, 0, 0, 0x70000};
-    const Block answered = {1,      0x100, 4,     0xD15EA5E, 0x11223344, 2,          0x102,  4,
-                            0xBEEF, 1,     0x100, 4,         0,          0xBEEF3344, 0x70000};
+    Block answered = {1,      0x100, 4,     0xD15EA5E, 0x11223344, 2,          0x102,  4,
+                      0xBEEF, 1,     0x100, 4,         0,          0xBEEF3344, 0x70000};
     std::vector<std::string> lines;
     EXPECT_TRUE(CarryOut(block, space, [&](const AppliedWrite& write) {
-        EXPECT_EQ(write.before, 0x1122u);
+        EXPECT_EQ(write.Before, 0x1122u);
         lines.push_back(WriteLine(1, write));
     }));
     EXPECT_EQ(block, answered) << "only the low half of an identifier counts";
@@ -41,7 +42,7 @@ TEST(RequestBlock, CarriesOutRecordsInOrderAndLeavesHeadersAsTheyWere) {
 }
 
 TEST(RequestBlock, RefusesAMalformedBlockButKeepsWhatCameBefore) {
-    const Block blocks[] = {
+    Block blocks[] = {
         {},                           // no end
         {3, 0x10, 0, 0},              // unknown record
         {1, 0x10, 4},                 // cut within a header
@@ -76,16 +77,14 @@ TEST(RequestBlock, RefusesAMalformedBlockButKeepsWhatCameBefore) {
 // Most of these begin like a good block, so that the walk gets deep into them.
 TEST(RequestBlock, SurvivesRandomBlocks) {
     std::mt19937 random(20020315);
-    const auto below = [&](std::size_t limit) {
-        return static_cast<std::uint32_t>(random() % limit);
-    };
+    auto below = [&](std::size_t limit) { return static_cast<std::uint32_t>(random() % limit); };
     OffsetSpace space;
     int accepted = 0;
     for (int round = 0; round < 100000; ++round) {
         Block block;
         for (std::uint32_t records = below(6); records > 0; --records) {
-            const std::uint32_t kind = 1 + below(2);
-            const std::uint32_t words = below(10);
+            std::uint32_t kind = 1 + below(2);
+            std::uint32_t words = below(10);
             block.insert(block.end(), {kind, below(0x10000 + 20), 4 * words});
             block.resize(block.size() + words + (kind == 1), static_cast<std::uint32_t>(random()));
         }
@@ -119,9 +118,9 @@ class FlightTest : public ::testing::Test {
     void Do(const std::string& line) { flight_.Apply(*ParseCommand(line)); }
     std::vector<std::string> LitLamps() {
         std::vector<std::string> lit;
-        for (const LampRow& row : flight_.View().lamps)
-            for (const Lamp& lamp : row.lamps)
-                if (lamp.light != Light::Dark) lit.push_back(lamp.text);
+        for (const LampRow& row : flight_.View().Lamps)
+            for (const Lamp& lamp : row.Lamps)
+                if (lamp.State != Light::Dark) lit.push_back(lamp.Text);
         return lit;
     }
 
@@ -140,11 +139,11 @@ TEST_F(FlightTest, BeginsOnTheGroundTakesOffAndRetracts) {
     Write(0x3380, 128, 'Q' | 'M' << 8);
     Write(0x32FA, 2, 5);
     flight_.Advance(4.875);
-    EXPECT_EQ(flight_.View().screenText, "QM");
+    EXPECT_EQ(flight_.View().ScreenText, "QM");
     EXPECT_NE(Read(0x0366, 2), 0u);
     EXPECT_EQ(Read(0x125C, 4), 8388608u);
     flight_.Advance(60);
-    EXPECT_EQ(flight_.View().screenText, "");
+    EXPECT_EQ(flight_.View().ScreenText, "");
     EXPECT_EQ(Read(0x0366, 2), 0u);
     EXPECT_EQ(Read(0x0BE8, 4), 0u);
     EXPECT_EQ(Read(0x0BDC, 4), 0u);
@@ -185,11 +184,11 @@ TEST_F(FlightTest, SurvivesGarbageInEveryVariable) {
     std::mt19937 random(1);
     for (int second = 0; second < 300; ++second) {
         for (const Variable& variable : Variables())
-            Write(variable.offset, variable.size, random() % 2 == 0 ? ~0ull : random());
+            Write(variable.Offset, variable.Size, random() % 2 == 0 ? ~0ull : random());
         if (random() % 2) Do("takeoff");
-        for (const std::uint32_t flag : {0x0366u, 0x0264u, 0x05DCu}) Write(flag, 2, 0);
+        for (std::uint32_t flag : {0x0366u, 0x0264u, 0x05DCu}) Write(flag, 2, 0);
         flight_.Advance(second);
-        for (const int percent : flight_.View().fuelPercent)
+        for (int percent : flight_.View().FuelPercent)
             EXPECT_TRUE(0 <= percent && percent <= 100) << percent;
     }
 }
@@ -208,7 +207,7 @@ TEST(Command, UnderstandsItsWordsAndNothingElse) {
 TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {
     std::istringstream lines("9 land\n\n2.5 takeoff\n  9 pause\n20 quit\n");
     int badLine = 0;
-    const auto script = ParseScript(lines, badLine);
+    auto script = ParseScript(lines, badLine);
     ASSERT_TRUE(script);
     std::string printed;
     Flight flight(*script, [&](double time, const std::string& event) {
@@ -228,7 +227,7 @@ TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {
 }
 
 TEST(WriteLine, ShowsTheValueAsItsSizeAsks) {
-    const std::tuple<std::uint32_t, std::string, const char*> lines[] = {
+    std::tuple<std::uint32_t, std::string, const char*> lines[] = {
         {0x0B71, "\x01", "12.346 0x0B71 1 1 Pitot Static (failure flag)"},
         {0x32FA, std::string("\x05\0", 2), "12.346 0x32FA 2 5 Message Seconds"},
         {0x0B7C, "\xFF\xFF\xFF\xFF", "12.346 0x0B7C 4 4294967295 Left (tank level)"},
@@ -240,4 +239,5 @@ TEST(WriteLine, ShowsTheValueAsItsSizeAsks) {
 }
 
 }  // namespace
+
 }  // namespace quirkmeter::practice

@@ -28,7 +28,7 @@ inline constexpr std::chrono::seconds Patience{15};
 /// Waits until the condition holds; false when it still does not when the patience is at its end.
 template <typename Condition>
 bool Becomes(Condition condition) {
-    const auto end = Clock::now() + Patience;
+    auto end = Clock::now() + Patience;
     while (!condition()) {
         if (Clock::now() > end) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -72,7 +72,7 @@ class Process {
         }
         close(ends[1]);
         socket_ = ends[0];
-        const timeval patience{Patience.count(), 0};
+        timeval patience{Patience.count(), 0};
         setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     }
     Process(Process&&) = delete;
@@ -93,7 +93,7 @@ class Process {
 
     /// Gives it a line on its standard input.
     void Tell(const std::string& line) const {
-        const std::string text = line + '\n';
+        std::string text = line + '\n';
         send(socket_, text.data(), text.size(), MSG_NOSIGNAL);
     }
 
@@ -101,7 +101,7 @@ class Process {
 
     /// Waits for its end; see above.
     std::optional<int> ExitCode() {
-        const std::optional<int> code = quirkmeter::ExitCode(pid_);
+        std::optional<int> code = quirkmeter::ExitCode(pid_);
         if (code) pid_ = -1;
         return code;
     }

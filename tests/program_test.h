@@ -72,14 +72,14 @@ class TestSimulator {
         Space.SetValue(0x3304, 4, 0x19980005);
         Space.SetValue(0x3308, 4, 0xFADE0007);
         Space.SetValue(0x0AEC, 2, 4);
-        Message = platform::RegisterWindowMessageA("FSASMLIB:IPC");
-        Window = platform::OwnWindow(
+        message_ = platform::RegisterWindowMessageA("FSASMLIB:IPC");
+        window_ = platform::OwnWindow(
             className, "", [this](std::uint32_t message, std::uintptr_t wParam, std::intptr_t) {
-                if (message != Message) return std::intptr_t{0};
+                if (message != message_) return std::intptr_t{0};
                 return Handle ? std::intptr_t{Handle()} : Answer(wParam);
             });
     }
-    ~TestSimulator() { platform::DropWindow(Window); }
+    ~TestSimulator() { platform::DropWindow(window_); }
     TestSimulator(const TestSimulator&) = delete;
 
     std::vector<SimWriteRecord> TakeWrites() { return std::exchange(Writes, {}); }
@@ -104,8 +104,8 @@ class TestSimulator {
             platform::MapViewOfFile(mapping, platform::FileMapWrite, 0, 0, 0));
         Block.assign(block, block + platform::ViewSize(block));
         practice::CarryOut(block, Block.size(), Space, [this](const practice::AppliedWrite& write) {
-            auto size = static_cast<std::uint32_t>(write.bytes.size());
-            Writes.push_back({write.offset, size, Space.Value(write.offset, std::min(size, 8u))});
+            auto size = static_cast<std::uint32_t>(write.Bytes.size());
+            Writes.push_back({write.Offset, size, Space.Value(write.Offset, std::min(size, 8u))});
         });
         if (Spoil) Spoil(block);
         platform::UnmapViewOfFile(block);
@@ -113,8 +113,8 @@ class TestSimulator {
         return Reply;
     }
 
-    std::uint32_t Message;
-    platform::WindowHandle Window;
+    std::uint32_t message_;
+    platform::WindowHandle window_;
 };
 
 class ProgramTest : public testing::Test {
@@ -122,25 +122,25 @@ class ProgramTest : public testing::Test {
     ProgramTest() {
         inprocess::Reset();
         ResetProgramState();
-        TheMainWindow = &Window;
-        Folder = std::filesystem::temp_directory_path() /
-                 ("quirkmeter-test-" + std::to_string(std::random_device{}()));
-        std::filesystem::create_directory(Folder);
-        inprocess::SetProgramFolder(Folder.string());
+        TheMainWindow = &window_;
+        folder_ = std::filesystem::temp_directory_path() /
+                  ("quirkmeter-test-" + std::to_string(std::random_device{}()));
+        std::filesystem::create_directory(folder_);
+        inprocess::SetProgramFolder(folder_.string());
         BuildCatalogue();
     }
     ~ProgramTest() override {
         ResetProgramState();
         TheMainWindow = nullptr;
-        std::filesystem::remove_all(Folder);
+        std::filesystem::remove_all(folder_);
     }
 
     void WriteFile(const std::string& name, std::string_view content) {
-        std::ofstream(Folder / name, std::ios::binary) << content;
+        std::ofstream(folder_ / name, std::ios::binary) << content;
     }
     std::string ReadFile(const std::string& name) {
         std::ostringstream content;
-        content << std::ifstream(Folder / name, std::ios::binary).rdbuf();
+        content << std::ifstream(folder_ / name, std::ios::binary).rdbuf();
         return content.str();
     }
     /// The sound files, so that there is something to play.
@@ -149,8 +149,8 @@ class ProgramTest : public testing::Test {
             WriteFile(name, "RIFF");
     }
 
-    std::filesystem::path Folder;
-    RecordingWindow Window;
+    std::filesystem::path folder_;
+    RecordingWindow window_;
 };
 
 /// A test with the link open.
@@ -160,10 +160,10 @@ class LinkedTest : public ProgramTest {
         std::int32_t result = 0;
         EXPECT_TRUE(SimOpen(0, result));
         Engine.Connected = true;
-        Simulator.Batches = 0;
+        simulator_.Batches = 0;
     }
 
-    TestSimulator Simulator;
+    TestSimulator simulator_;
 };
 
 }  // namespace quirkmeter

@@ -22,17 +22,17 @@ std::ptrdiff_t Rank(const std::string& room) {
 }
 
 TEST(RoomsTest, IncludesGoUpTheListAndSystemsAreToldApartInThePlatformOnly) {
-    const std::regex include(R"re(\s*#include "([a-z]+)/.*)re");
-    const std::regex system(
+    std::regex include(R"re(\s*#include "([a-z]+)/.*)re");
+    std::regex system(
         R"re(\s*#\s*(if.*|include\s*<(windows|unistd|sys/|X11/|fcntl|signal)[^>]*>.*))re");
     int includes = 0;
-    for (const std::string program : {"src", "practice", "companion"}) {
-        const fs::path root = fs::path(QUIRKMETER_SOURCE) / program;
+    for (std::string program : {"src", "practice", "companion"}) {
+        fs::path root = fs::path(QUIRKMETER_SOURCE) / program;
         for (const auto& file : fs::recursive_directory_iterator(root)) {
-            const fs::path path = file.path();
+            fs::path path = file.path();
             if (path.extension() != ".cpp" && path.extension() != ".h") continue;
-            const std::string room = path.lexically_relative(root).begin()->string();
-            const auto rank = program == "src" ? Rank(room) : 0;
+            std::string room = path.lexically_relative(root).begin()->string();
+            auto rank = program == "src" ? Rank(room) : 0;
             std::ifstream text(path);
             for (std::string line; std::getline(text, line);) {
                 SCOPED_TRACE(path.string() + ": " + line);
@@ -41,7 +41,7 @@ TEST(RoomsTest, IncludesGoUpTheListAndSystemsAreToldApartInThePlatformOnly) {
                     ++includes;
                     EXPECT_LE(Rank(match[1]), rank);
                 }
-                const bool inPlatform = program == "src" && room == "platform";
+                bool inPlatform = program == "src" && room == "platform";
                 EXPECT_TRUE(inPlatform || !std::regex_match(line, system));
                 EXPECT_TRUE(path.parent_path().filename() == "windows" ||
                             line.find("<windows.h>") == line.npos);

@@ -4,6 +4,7 @@
 #include "program_test.h"
 
 namespace quirkmeter {
+
 namespace {
 
 using SimLinkTest = ProgramTest;
@@ -20,7 +21,7 @@ void Put(std::byte* block, std::size_t at, std::uint32_t word) {
 
 std::int32_t OpenResult(std::int32_t version = 0) {
     std::int32_t result = -1;
-    const bool opened = SimOpen(version, result);
+    bool opened = SimOpen(version, result);
     EXPECT_EQ(opened, result == SimOk);
     return result;
 }
@@ -33,7 +34,7 @@ TEST_F(SimLinkTest, HandshakeFillsTheBlockAsTheModuleExpects) {
     EXPECT_NEAR(inprocess::Elapsed(), 0.1, 1e-6);
 
     ASSERT_EQ(simulator.Block.size(), 32768u);
-    const std::pair<std::size_t, std::uint32_t> words[] = {
+    std::pair<std::size_t, std::uint32_t> words[] = {
         {0, 1}, {4, 0x3304}, {8, 4}, {16, 0}, {20, 1}, {24, 0x3308}, {28, 4}, {36, 0}, {40, 0}};
     for (auto [at, word] : words) EXPECT_EQ(Word(simulator.Block, at), word) << at;
 
@@ -52,7 +53,7 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
         EXPECT_EQ(OpenResult(), SimBadVersionFs98);
     }
     TestSimulator simulator;
-    const std::pair<std::uint32_t, std::uint32_t> versions[] = {
+    std::pair<std::uint32_t, std::uint32_t> versions[] = {
         {0x19980004, 0xFADE0007}, {0xFFFFFFFF, 0xFADE0007}, {0x19980005, 0xFADF0007}};
     for (auto [module, simulated] : versions) {
         simulator.Space.SetValue(0x3304, 4, module);
@@ -78,14 +79,14 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
 // nothing held afterwards.
 TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
     TestSimulator simulator;
-    const int heldBySimulator = inprocess::HeldObjects();
+    int heldBySimulator = inprocess::HeldObjects();
     struct Case {
         const char* Function;
         int Calls;  // how many must fail for opening to fail
         std::uint32_t LastError;
         std::int32_t Result;
     };
-    const Case cases[] = {
+    Case cases[] = {
         {"FindWindowExA", 2, 0, SimNoWindow},
         {"RegisterWindowMessageA", 1, 8, SimNoMessage},
         {"GlobalAddAtomA", 1, 8, SimNoAtom},
@@ -133,7 +134,7 @@ TEST_F(LinkedTest, BatchTravelsInOrderWithEveryKindOfRequest) {
     EXPECT_TRUE(SimProcess(result));
     EXPECT_EQ(before, 0u);
     EXPECT_EQ(after, 0xBEEFu);
-    EXPECT_EQ(Simulator.Batches, 1);
+    EXPECT_EQ(simulator_.Batches, 1);
 
     SimClose();
     EXPECT_FALSE(SimRead(0, 4, &before, result) || SimWrite(0, 4, &before, result));
@@ -141,13 +142,13 @@ TEST_F(LinkedTest, BatchTravelsInOrderWithEveryKindOfRequest) {
     result = -1;
     EXPECT_FALSE(SimProcess(result));
     EXPECT_EQ(result, SimNotOpen);
-    EXPECT_EQ(Simulator.Batches, 1);
+    EXPECT_EQ(simulator_.Batches, 1);
 }
 
 TEST_F(LinkedTest, RequestsEndAtTheUsedPartOfTheBlock) {
     std::vector<std::byte> bytes(BlockUsed);
     std::int32_t result = 0;
-    const std::int32_t exact = 32512 - 4 - 16;
+    std::int32_t exact = 32512 - 4 - 16;
     for (std::int32_t size : {exact + 1, 0x7FFFFFFF, -1}) {
         EXPECT_FALSE(SimRead(0, size, bytes.data(), result));
         EXPECT_EQ(result, SimDoesNotFit);
@@ -171,18 +172,18 @@ TEST_F(LinkedTest, SendIsRetriedFortyTimes) {
         std::int32_t Result;
         int Sends;
     };
-    const Case cases[] = {{39, 0, SimOk, 40},
-                          {40, 0, SimTimeout, 41},  // too late even when it is delivered
-                          {100, 1400, SimSendFailed, 41},
-                          {0, 0, SimBadReply, 1}};
+    Case cases[] = {{39, 0, SimOk, 40},
+                    {40, 0, SimTimeout, 41},  // too late even when it is delivered
+                    {100, 1400, SimSendFailed, 41},
+                    {0, 0, SimBadReply, 1}};
     for (const Case& c : cases) {
         std::int32_t result = 0, value = 7;
         inprocess::FailCalls("SendMessageTimeoutA", 1, c.Failing, c.LastError);
-        Simulator.Reply = c.Result == SimBadReply ? 2 : 1;
-        const int sends = inprocess::CallCount("SendMessageTimeoutA");
-        const double start = inprocess::Elapsed();
+        simulator_.Reply = c.Result == SimBadReply ? 2 : 1;
+        int sends = inprocess::CallCount("SendMessageTimeoutA");
+        double start = inprocess::Elapsed();
         EXPECT_TRUE(SimRead(0x0AEC, 4, &value, result)) << "the link stays open";
-        const bool processed = SimProcess(result);
+        bool processed = SimProcess(result);
         EXPECT_EQ(processed, c.Result == SimOk);
         EXPECT_EQ(result, c.Result);
         EXPECT_EQ(value, c.Result == SimOk ? 4 : 7);
@@ -200,12 +201,12 @@ TEST_F(LinkedTest, AnImpossibleAnswerIsBelievedUpToItsFault) {
     std::int32_t result = 0;
     for (int i = 0; i < 3; ++i) SimRead(0x3308, 4, &first, result);
     EXPECT_TRUE(SimProcess(result)) << "and leaves what a wrong reference could find";
-    const auto process = [&](std::function<void(std::byte*)> spoil) {
+    auto process = [&](std::function<void(std::byte*)> spoil) {
         SimRead(0x3308, 4, &first, result);
         SimRead(0x3308, 4, &buffer.Value, result);
-        Simulator.Spoil = std::move(spoil);
+        simulator_.Spoil = std::move(spoil);
         result = 99;
-        const bool processed = SimProcess(result);
+        bool processed = SimProcess(result);
         EXPECT_EQ(result, processed ? 0 : 99);
         EXPECT_EQ(SimLink.Next, SimLink.View);
         return processed;
@@ -240,4 +241,5 @@ TEST_F(LinkedTest, AnImpossibleAnswerIsBelievedUpToItsFault) {
 }
 
 }  // namespace
+
 }  // namespace quirkmeter

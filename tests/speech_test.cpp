@@ -6,6 +6,7 @@
 #include "program_test.h"
 
 namespace quirkmeter {
+
 namespace {
 
 using testing::ElementsAre;
@@ -20,10 +21,10 @@ class SpeechTest : public LinkedTest {
     std::string Show(const std::string& line, bool force = false) {
         Engine.StatusText = line;
         ShowStatus(force);
-        return Window.StatusCaption;
+        return window_.StatusCaption;
     }
     std::string ScreenText() {
-        auto bytes = Simulator.Space.Bytes(0x3380, 128);
+        auto bytes = simulator_.Space.Bytes(0x3380, 128);
         return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
     }
     void Poll(int key, std::int16_t keyState, std::int16_t ctrl, std::int16_t shift) {
@@ -36,22 +37,22 @@ class SpeechTest : public LinkedTest {
 };
 
 TEST_F(SpeechTest, MessageIsOneBatchTextFirst) {
-    Simulator.Space.SetValue(0x3380 + 40, 4, 0x41414141);
+    simulator_.Space.SetValue(0x3380 + 40, 4, 0x41414141);
     Settings.DisplayUpdate = true;
     Show("Operational.");
     std::string expected = "QM:  Operational.";
     expected.resize(128);
     EXPECT_EQ(ScreenText(), expected);
-    ASSERT_EQ(Simulator.Writes.size(), 2u);
-    EXPECT_EQ(Simulator.Writes[1], (SimWriteRecord{0x32FA, 2, 5}));
+    ASSERT_EQ(simulator_.Writes.size(), 2u);
+    EXPECT_EQ(simulator_.Writes[1], (SimWriteRecord{0x32FA, 2, 5}));
     Show("Operational.");
-    EXPECT_EQ(Simulator.Batches, 1) << "unchanged";
-    EXPECT_EQ(Window.StatusChanges, 1);
+    EXPECT_EQ(simulator_.Batches, 1) << "unchanged";
+    EXPECT_EQ(window_.StatusChanges, 1);
     Settings.DisplayUpdate = false;
     EXPECT_EQ(Show("On hold."), "On hold.");
-    EXPECT_EQ(Simulator.Batches, 1);
+    EXPECT_EQ(simulator_.Batches, 1);
     Show(std::string(300, 'x'), true);
-    EXPECT_EQ(Simulator.Batches, 2) << "asked for";
+    EXPECT_EQ(simulator_.Batches, 2) << "asked for";
     EXPECT_EQ(ScreenText(), "QM:  " + std::string(122, 'x') + '\0');
     SimClose();
     EXPECT_EQ(Show("Lost."), "Lost.") << "the label needs no link";
@@ -91,13 +92,13 @@ TEST_F(SpeechTest, EveryHotkeyHasItsOwnKeyModifiersAndAction) {
     AddFailure(6, 9);
     for (int key : {'S', 'A'})
         for (std::int16_t ctrl : {Up, Down}) Poll(key, Down, ctrl, ctrl == Down ? Up : Down);
-    EXPECT_EQ(Simulator.Writes.size(), 3u);
-    EXPECT_EQ(Simulator.Writes[0].Offset, 0x3380u);
-    EXPECT_EQ(Simulator.Writes[2], (SimWriteRecord{0x0B73, 1, 0}));
+    EXPECT_EQ(simulator_.Writes.size(), 3u);
+    EXPECT_EQ(simulator_.Writes[0].Offset, 0x3380u);
+    EXPECT_EQ(simulator_.Writes[2], (SimWriteRecord{0x0B73, 1, 0}));
     EXPECT_EQ(FailureCount, 1);
     EXPECT_TRUE(Engine.Deactivated);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav", "sound_warning.wav"));
-    std::filesystem::remove(Folder / "sound_ok.wav");
+    std::filesystem::remove(folder_ / "sound_ok.wav");
     Poll('A', Down, Up, Down);
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "a missing file is skipped";
 }
@@ -105,13 +106,13 @@ TEST_F(SpeechTest, EveryHotkeyHasItsOwnKeyModifiersAndAction) {
 TEST_F(SpeechTest, HotkeysRepeatAtEveryTickAndWorkWithoutALink) {
     SimClose();
     Engine.Connected = false;
-    Simulator.Reply = 0;
+    simulator_.Reply = 0;
     Settings.StatusHotkey = Settings.ActiveHotkey = 'Q';
     inprocess::SetKey('Q', Down);
     for (int tick = 0; tick < 3; ++tick) EngineTick();
     EXPECT_THAT(inprocess::TakeSounds(),
                 ElementsAre("sound_warning.wav", "sound_ok.wav", "sound_warning.wav"));
-    EXPECT_EQ(Window.StatusCaption, "FSUIPC - No connection to Flight Simulator.");
+    EXPECT_EQ(window_.StatusCaption, "FSUIPC - No connection to Flight Simulator.");
 }
 
 class HardcoreTest : public SpeechTest {
@@ -125,59 +126,60 @@ class HardcoreTest : public SpeechTest {
 
 TEST_F(HardcoreTest, CompanionIsStartedOnceOrThePilotIsTold) {
     EXPECT_FALSE(StartHardcoreCompanion());
-    EXPECT_THAT(Window.Messages, ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
+    EXPECT_THAT(window_.Messages, ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
     inprocess::TakeShellRuns();
     WriteFile("fsqmhc.exe", "");
     EXPECT_FALSE(StartHardcoreCompanion());
-    EXPECT_EQ(Window.Messages.size(), 1u);
+    EXPECT_EQ(window_.Messages.size(), 1u);
     StartCompanion();
     EXPECT_TRUE(StartHardcoreCompanion());
     EXPECT_THAT(inprocess::TakeShellRuns(),
-                ElementsAre(inprocess::ShellRun{"Open", (Folder / "fsqmhc.exe").string(), "0", "0",
+                ElementsAre(inprocess::ShellRun{"Open", (folder_ / "fsqmhc.exe").string(), "0", "0",
                                                 platform::ShowMinimized}));
 }
 
 TEST_F(HardcoreTest, HidesFailuresAndSaysSoOnce) {
     Settings.DisplayFailures = true;
     Settings.StatusHotkey = 'S';
-    Simulator.Space.SetValue(0x0366, 2, 1);
+    simulator_.Space.SetValue(0x0366, 2, 1);
     AddFailure(6, 9);
-    Window.ListShown = false;
+    window_.ListShown = false;
     for (std::int16_t key : {Up, Down}) {
         inprocess::SetKey('S', key);
         EngineTick();
-        EXPECT_EQ(Window.StatusCaption, "On hold (not airborne). Hardcore Mode.");
+        EXPECT_EQ(window_.StatusCaption, "On hold (not airborne). Hardcore Mode.");
     }
-    EXPECT_TRUE(Window.ListShown);
-    EXPECT_EQ(Window.Unloads, 0) << "no companion is needed on the ground";
+    EXPECT_TRUE(window_.ListShown);
+    EXPECT_EQ(window_.Unloads, 0) << "no companion is needed on the ground";
 }
 
 TEST_F(HardcoreTest, AirborneTheListIsHiddenAndTheCompanionLookedFor) {
-    const auto companion = StartCompanion();
+    auto companion = StartCompanion();
     Settings.ActiveHotkey = 'A';
     EngineTick();
-    EXPECT_FALSE(Window.ListShown);
-    EXPECT_EQ(Window.Unloads, 0);
+    EXPECT_FALSE(window_.ListShown);
+    EXPECT_EQ(window_.Unloads, 0);
     AddFailure(1, 1);
     Poll('A', Down, Up, Up);
     EXPECT_FALSE(Engine.Deactivated);
 
     // A lost link leaves the lock, the hidden list and the failures; nobody looks for the
     // companion.
-    Simulator.Reply = 0;
+    simulator_.Reply = 0;
     platform::DropWindow(companion);
     EngineTick();
     EngineTick();
     EXPECT_EQ(FailureCount, 1);
-    EXPECT_FALSE(Window.ListShown);
-    Simulator.Reply = 1;
+    EXPECT_FALSE(window_.ListShown);
+    simulator_.Reply = 1;
     EngineTick();  // connects
-    EXPECT_EQ(Window.Unloads, 0);
-    const int statusChanges = Window.StatusChanges;
+    EXPECT_EQ(window_.Unloads, 0);
+    int statusChanges = window_.StatusChanges;
     EngineTick();
-    EXPECT_EQ(Window.Unloads, 1);
-    EXPECT_EQ(Window.StatusChanges, statusChanges) << "the tick goes no further";
+    EXPECT_EQ(window_.Unloads, 1);
+    EXPECT_EQ(window_.StatusChanges, statusChanges) << "the tick goes no further";
 }
 
 }  // namespace
+
 }  // namespace quirkmeter

@@ -6,6 +6,7 @@
 #include "program_test.h"
 
 namespace quirkmeter {
+
 namespace {
 
 using testing::ElementsAre;
@@ -17,7 +18,7 @@ class TickTest : public LinkedTest {
         InstallSounds();
         Settings.DisplayFailures = true;
         ComputeFailureRanges();
-        Simulator.Space.SetValue(0x0366, 2, 0);  // airborne
+        simulator_.Space.SetValue(0x0366, 2, 0);  // airborne
     }
 
     std::string Tick(int count = 1) {
@@ -25,19 +26,19 @@ class TickTest : public LinkedTest {
             inprocess::AdvanceClock(1);
             EngineTick();
         }
-        return Window.StatusCaption;
+        return window_.StatusCaption;
     }
 };
 
 TEST_F(TickTest, StatusLineSaysWhyItIsOnHold) {
     EXPECT_EQ(Tick(), "Operational.  No failures.");
-    EXPECT_EQ(Simulator.Batches, 1);
-    Simulator.Space.SetValue(0x0366, 2, 1);
+    EXPECT_EQ(simulator_.Batches, 1);
+    simulator_.Space.SetValue(0x0366, 2, 1);
     AddFailure(6, 9);
     AddFailure(4, 1);
     EXPECT_EQ(Tick(), "On hold (not airborne).  2 failures... Eng(Engine 1 (Fail)), Inst(Vacuum)");
-    EXPECT_EQ(Simulator.Batches, 3);
-    Simulator.Space.SetValue(0x0264, 2, 0x0100);
+    EXPECT_EQ(simulator_.Batches, 3);
+    simulator_.Space.SetValue(0x0264, 2, 0x0100);
     Engine.Deactivated = true;
     Settings.DisplayFailures = false;
     EXPECT_EQ(Tick(), "On hold (sim paused)(not airborne)(deactivated).");
@@ -48,9 +49,9 @@ TEST_F(TickTest, DrawStepsComeEveryTenthOperatingTickCountedAcrossHolds) {
     Catalogue[1][1].Reliability = "50";
     ComputeFailureRanges();
     Tick(6);
-    Simulator.Space.SetValue(0x0264, 2, 1);
+    simulator_.Space.SetValue(0x0264, 2, 1);
     Tick(20);
-    Simulator.Space.SetValue(0x0264, 2, 0);
+    simulator_.Space.SetValue(0x0264, 2, 0);
     Tick(3);
     EXPECT_EQ(Catalogue[1][1].Elapsed, 0);
     Tick();
@@ -68,16 +69,16 @@ TEST_F(TickTest, DrawnFailureIsInForceWithinTheTick) {
         Catalogue[s][n].DrawAt = 1;
     }
     Tick(9);
-    EXPECT_THAT(Simulator.TakeWrites(), IsEmpty());
+    EXPECT_THAT(simulator_.TakeWrites(), IsEmpty());
     Tick();
-    EXPECT_THAT(Simulator.TakeWrites(),
+    EXPECT_THAT(simulator_.TakeWrites(),
                 ElementsAre(SimWriteRecord{0x0B64, 1, 1}, SimWriteRecord{0x0B71, 1, 1}));
-    EXPECT_THAT(Window.Refreshes, ElementsAre(true));
+    EXPECT_THAT(window_.Refreshes, ElementsAre(true));
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_failure.wav"));
-    EXPECT_EQ(Window.StatusCaption, "Operational.  2 failures... Radio(ADF), Inst(Pitot Static)");
+    EXPECT_EQ(window_.StatusCaption, "Operational.  2 failures... Radio(ADF), Inst(Pitot Static)");
     Tick();
-    EXPECT_EQ(Simulator.TakeWrites().size(), 2u) << "and stays in force";
-    EXPECT_THAT(Window.Refreshes, ElementsAre(true)) << "but nothing is redrawn";
+    EXPECT_EQ(simulator_.TakeWrites().size(), 2u) << "and stays in force";
+    EXPECT_THAT(window_.Refreshes, ElementsAre(true)) << "but nothing is redrawn";
 }
 
 TEST_F(TickTest, FailureSoundNeedsARiseAndTheSetting) {
@@ -87,10 +88,10 @@ TEST_F(TickTest, FailureSoundNeedsARiseAndTheSetting) {
     Settings.PlayFailureSound = true;
     AddFailure(5, 2);  // an empty tank: it ends in this tick
     RemoveFailureRow(1);
-    Window.Refreshes.clear();
+    window_.Refreshes.clear();
     Tick();
     EXPECT_EQ(FailureCount, 0);
-    EXPECT_THAT(Window.Refreshes, ElementsAre(true));
+    EXPECT_THAT(window_.Refreshes, ElementsAre(true));
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
 }
 
@@ -99,7 +100,7 @@ TEST_F(TickTest, LostLinkClearsFailuresAndComesBackByItself) {
     AddFailure(6, 1);
     AddFailure(2, 6);
     Tick();
-    Simulator.Reply = 0;
+    simulator_.Reply = 0;
     EXPECT_EQ(Tick(2), NoConnection);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav")) << "retries are silent";
     EXPECT_EQ(FailureCount, 0);
@@ -107,7 +108,7 @@ TEST_F(TickTest, LostLinkClearsFailuresAndComesBackByItself) {
     ConnectToSimulator(false);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav")) << "as at the start";
 
-    Simulator.Reply = 1;
+    simulator_.Reply = 1;
     EXPECT_EQ(Tick(), "Connected");
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));
     ConnectToSimulator(false);
@@ -125,10 +126,10 @@ TEST_F(TickTest, NeedsNoMemory) {
     });
     ComputeFailureRanges();
     for (auto [s, n] : {std::pair{1, 1}, {2, 1}, {4, 1}, {6, 1}, {7, 1}, {5, 2}}) AddFailure(s, n);
-    Simulator.Space.SetValue(0x0B74, 4, 1 << 30);
+    simulator_.Space.SetValue(0x0B74, 4, 1 << 30);
     // Answers that need no memory themselves.
-    Simulator.Handle = [this] {
-        return practice::CarryOut(SimLink.View, BlockSize, Simulator.Space,
+    simulator_.Handle = [this] {
+        return practice::CarryOut(SimLink.View, BlockSize, simulator_.Space,
                                   [](const practice::AppliedWrite&) {})
                    ? 1
                    : 0;
@@ -137,7 +138,7 @@ TEST_F(TickTest, NeedsNoMemory) {
     ASSERT_EQ(FailureCount, 6);
     std::size_t before = Allocations();
     for (int i = 0; i < 40; ++i) {
-        Simulator.Space.SetValue(0x0264, 2, i / 15 % 2);  // the line changes now and then
+        simulator_.Space.SetValue(0x0264, 2, i / 15 % 2);  // the line changes now and then
         EngineTick();
     }
     EXPECT_EQ(Allocations() - before, 0u);
@@ -145,4 +146,5 @@ TEST_F(TickTest, NeedsNoMemory) {
 }
 
 }  // namespace
+
 }  // namespace quirkmeter

@@ -18,6 +18,7 @@
 #include "window_texts.h"
 
 namespace quirkmeter {
+
 namespace {
 
 using testing::ElementsAre;
@@ -156,19 +157,19 @@ class WindowTest : public ProgramTest {
 
     void Open() {
         ResetProgramState();
-        main = new frmMain;
-        ASSERT_TRUE(main->Load());
-        main->tmrTimer.Stop();  // ticks come from the test
+        main_ = new frmMain;
+        ASSERT_TRUE(main_->Load());
+        main_->tmrTimer.Stop();  // ticks come from the test
         inprocess::TakeSounds();
-        main->Show();
-        main->Raise();
-        Until([this] { return main->IsShownOnScreen() && main->IsActive(); });
+        main_->Show();
+        main_->Raise();
+        Until([this] { return main_->IsShownOnScreen() && main_->IsActive(); });
         HandleEvents();
     }
     void Close() {
-        if (!main) return;
-        main->Close(true);
-        main = nullptr;
+        if (!main_) return;
+        main_->Close(true);
+        main_ = nullptr;
         HandleEvents();
     }
 
@@ -181,7 +182,7 @@ class WindowTest : public ProgramTest {
     void ClickOn(wxWindow* window, wxPoint at) {
         wxUIActionSimulator mouse;
         EXPECT_TRUE(Until([&] {
-            const wxPoint place = window->ClientToScreen(at);
+            wxPoint place = window->ClientToScreen(at);
             mouse.MouseMove(place);
             HandleEvents();
             wxWindow* found = wxFindWindowAtPoint(place);
@@ -189,7 +190,7 @@ class WindowTest : public ProgramTest {
         })) << "a new window may still be on its way to its place";
         mouse.MouseClick();
         HandleEvents();
-        EXPECT_TRUE(Until([this] { return waiting == 0; })) << "the dialog that was to open";
+        EXPECT_TRUE(Until([this] { return waiting_ == 0; })) << "the dialog that was to open";
     }
     void Click(wxWindow* control) {
         wxSize size = control->GetSize();
@@ -197,14 +198,14 @@ class WindowTest : public ProgramTest {
     }
     void ClickRow(int row) {
         wxRect place;
-        main->lvwSubSystems->EnsureVisible(row - 1);
-        main->lvwSubSystems->GetItemRect(row - 1, place);
-        ClickOn(main->lvwSubSystems, place.GetPosition() + wxPoint(60, place.height / 2));
+        main_->lvwSubSystems->EnsureVisible(row - 1);
+        main_->lvwSubSystems->GetItemRect(row - 1, place);
+        ClickOn(main_->lvwSubSystems, place.GetPosition() + wxPoint(60, place.height / 2));
     }
     void ClickRowAndCancel(int row) {
         WhenOpen<frmReliability>([this](frmReliability* dialog) { Click(dialog->cmdCancel); });
         ClickRow(row);
-        EXPECT_EQ(waiting, 0);
+        EXPECT_EQ(waiting_, 0);
     }
     void Key(int key, int modifiers = wxMOD_NONE) {
         wxUIActionSimulator keyboard;
@@ -212,21 +213,21 @@ class WindowTest : public ProgramTest {
         HandleEvents();
     }
     void ChooseSystem(int system) {
-        main->lstSystems->SetSelection(system - 1);
-        wxCommandEvent event(wxEVT_LISTBOX, main->lstSystems->GetId());
-        event.SetEventObject(main->lstSystems);
-        main->lstSystems->ProcessWindowEvent(event);
+        main_->lstSystems->SetSelection(system - 1);
+        wxCommandEvent event(wxEVT_LISTBOX, main_->lstSystems->GetId());
+        event.SetEventObject(main_->lstSystems);
+        main_->lstSystems->ProcessWindowEvent(event);
     }
 
     // Does something while the next dialog of that class is open; it must close the dialog.
     template <typename Dialog>
     void WhenOpen(std::function<void(Dialog*)> act) {
-        ++waiting;
+        ++waiting_;
         WhenTrue(
-            [this] { return dynamic_cast<Dialog*>(modals.Last()) && modals.LastHasKeyboard(); },
+            [this] { return dynamic_cast<Dialog*>(modals_.Last()) && modals_.LastHasKeyboard(); },
             [this, act] {
-                --waiting;
-                act(static_cast<Dialog*>(modals.Last()));
+                --waiting_;
+                act(static_cast<Dialog*>(modals_.Last()));
             });
     }
 
@@ -245,63 +246,63 @@ class WindowTest : public ProgramTest {
             }));
         });
         Click(button);
-        EXPECT_TRUE(Until([this] { return waiting == 0 && !modals.Last(); }));
+        EXPECT_TRUE(Until([this] { return waiting_ == 0 && !modals_.Last(); }));
     }
 
     std::string Cell(int row, int column) {
-        return look::Stored(main->lvwSubSystems->GetItemText(row - 1, column));
+        return look::Stored(main_->lvwSubSystems->GetItemText(row - 1, column));
     }
     int Icon(int row) {
         wxListItem item;
         item.SetId(row - 1);
         item.SetMask(wxLIST_MASK_IMAGE);
-        main->lvwSubSystems->GetItem(item);
+        main_->lvwSubSystems->GetItem(item);
         return item.GetImage();
     }
     std::vector<std::string> Row(int row) {
         return {Cell(row, 0), Cell(row, 1), Cell(row, 2), Cell(row, 3)};
     }
     long Selected() {
-        return main->lvwSubSystems->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED) + 1;
+        return main_->lvwSubSystems->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED) + 1;
     }
 
-    frmMain* main = nullptr;
-    int waiting = 0;
-    Modals modals;
+    frmMain* main_ = nullptr;
+    int waiting_ = 0;
+    Modals modals_;
 };
 
 TEST_F(WindowTest, StartShowsTheAutopilotAndNoConnection) {
-    EXPECT_EQ(main->lvwSubSystems->GetItemCount(), 14);
+    EXPECT_EQ(main_->lvwSubSystems->GetItemCount(), 14);
     EXPECT_THAT(Row(1), ElementsAre(" Airspeed", "100%", "1 hour of flight", "Never"));
     EXPECT_EQ(Icon(14), 0);
     EXPECT_EQ(Selected(), 1);
-    EXPECT_EQ(native::Text(main->cmdSetSystemRel), "Set Autopilot &Reliabilities");
-    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems");
-    EXPECT_EQ(Caption(main->lblStatus), "FSUIPC - No connection to Flight Simulator.");
-    EXPECT_EQ(main->GetTitle(), "FS2002 Quirkmeter");
-    EXPECT_EQ(main->lstSystems->GetString(6), " Radio");
+    EXPECT_EQ(native::Text(main_->cmdSetSystemRel), "Set Autopilot &Reliabilities");
+    EXPECT_EQ(Caption(main_->lblSubSystems), "Sub-systems");
+    EXPECT_EQ(Caption(main_->lblStatus), "FSUIPC - No connection to Flight Simulator.");
+    EXPECT_EQ(main_->GetTitle(), "FS2002 Quirkmeter");
+    EXPECT_EQ(main_->lstSystems->GetString(6), " Radio");
 
     ChooseSystem(4);
-    EXPECT_EQ(native::Text(main->cmdSetSystemRel), "Set Engine &Reliabilities");
-    EXPECT_EQ(main->lvwSubSystems->GetItemCount(), 8);
+    EXPECT_EQ(native::Text(main_->cmdSetSystemRel), "Set Engine &Reliabilities");
+    EXPECT_EQ(main_->lvwSubSystems->GetItemCount(), 8);
     Catalogue[4][2].Reliability = "99.5";
     Catalogue[4][2].Hours = "0.5";
-    main->RefreshSubsystems(false);
+    main_->RefreshSubsystems(false);
     EXPECT_THAT(Row(2), ElementsAre(" Engine 1 (Stall)", "99.5%", "0.5 hours of flight", "No"));
     EXPECT_EQ(Icon(2), 2);
     AddFailure(4, 2);
-    main->RefreshSubsystems(true);
+    main_->RefreshSubsystems(true);
     EXPECT_EQ(Cell(2, 3), "Yes");
     EXPECT_EQ(Icon(2), 1);
 }
 
 // Read from the system's own controls: the same on every system.
 TEST_F(WindowTest, EveryTextIsShownAsItStands) {
-    std::string texts = Texts(main);
+    std::string texts = Texts(main_);
     for (int system = 2; system <= 7; ++system) {
         ChooseSystem(system);
-        texts += "\n" + look::Stored(native::Text(main->cmdSetSystemRel)) + "\n" +
-                 Texts(main->lvwSubSystems);
+        texts += "\n" + look::Stored(native::Text(main_->cmdSetSystemRel)) + "\n" +
+                 Texts(main_->lvwSubSystems);
     }
     auto cancel = [this, &texts](auto* dialog) {
         texts += "\n" + Texts(dialog);
@@ -310,23 +311,23 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
     WhenOpen<frmReliability>(cancel);
     ClickRow(1);
     WhenOpen<frmReliability>(cancel);
-    Click(main->cmdSetAllRel);
+    Click(main_->cmdSetAllRel);
     WhenOpen<frmOptions>([&](frmOptions* dialog) {
         texts += "\n" + Texts(dialog);
         WhenOpen<frmSettings>(cancel);
         Click(dialog->cmdSettings);
     });
-    Click(main->cmdOptions);
-    main->ShowSubsystemList(false);
-    texts += "\n" + Texts(main);
+    Click(main_->cmdOptions);
+    main_->ShowSubsystemList(false);
+    texts += "\n" + Texts(main_);
     EXPECT_EQ(texts, WindowTexts);
 }
 
 TEST_F(WindowTest, TabGoesThroughTheControlsInOrder) {
-    EXPECT_EQ(wxWindow::FindFocus(), main->lstSystems);
+    EXPECT_EQ(wxWindow::FindFocus(), main_->lstSystems);
     std::vector<wxWindow*> order = {
-        main->lvwSubSystems, main->cmdSetAllRel, main->cmdSetSystemRel, main->cmdClearFailures,
-        main->cmdSaveAs,     main->cmdOpen,      main->cmdOptions};
+        main_->lvwSubSystems, main_->cmdSetAllRel, main_->cmdSetSystemRel, main_->cmdClearFailures,
+        main_->cmdSaveAs,     main_->cmdOpen,      main_->cmdOptions};
     for (wxWindow* expected : order) {
         Key(WXK_TAB);
         EXPECT_TRUE(Until([&] {
@@ -361,7 +362,7 @@ TEST_F(WindowTest, ClickOpensTheDialogOfTheRowAndAcceptStores) {
         Click(dialog->cmdAccept);
     });
     ClickRow(2);
-    EXPECT_EQ(waiting, 0);
+    EXPECT_EQ(waiting_, 0);
     EXPECT_THAT(Row(2), ElementsAre(" Altitude", "50.25%", "24 hours of flight", "No"));
     EXPECT_EQ(Selected(), 2);
     EXPECT_EQ(Catalogue[1][2].RangeHigh - Catalogue[1][2].RangeLow, 49750);
@@ -369,11 +370,11 @@ TEST_F(WindowTest, ClickOpensTheDialogOfTheRowAndAcceptStores) {
 
 TEST_F(WindowTest, ReleaseOfTheButtonAloneIsNoClick) {
     wxUIActionSimulator mouse;
-    mouse.MouseMove(main->lblSubSystems->ClientToScreen(wxPoint(5, 5)));
+    mouse.MouseMove(main_->lblSubSystems->ClientToScreen(wxPoint(5, 5)));
     HandleEvents();
     mouse.MouseDown();
     HandleEvents();
-    mouse.MouseMove(main->lvwSubSystems->ClientToScreen(wxPoint(60, 60)));
+    mouse.MouseMove(main_->lvwSubSystems->ClientToScreen(wxPoint(60, 60)));
     HandleEvents();
     bool opened = false;
     WhenOpen<frmReliability>([this, &opened](frmReliability* dialog) {
@@ -388,12 +389,12 @@ TEST_F(WindowTest, ReleaseOfTheButtonAloneIsNoClick) {
 }
 
 TEST_F(WindowTest, PlacesFollowTheScaleOfTheDisplay) {
-    std::vector<wxWindow*> controls = {main->lstSystems, main->lvwSubSystems, main->cmdOptions,
-                                       main->Frame1, main->lblStatus};
+    std::vector<wxWindow*> controls = {main_->lstSystems, main_->lvwSubSystems, main_->cmdOptions,
+                                       main_->Frame1, main_->lblStatus};
     std::vector<wxRect> before;
     for (wxWindow* control : controls) before.push_back(control->GetRect());
     wxDPIChangedEvent change(wxSize(96, 96), wxSize(192, 192));
-    main->ProcessWindowEvent(change);
+    main_->ProcessWindowEvent(change);
     for (std::size_t i = 0; i < controls.size(); ++i) {
         EXPECT_EQ(controls[i]->GetPosition(), before[i].GetPosition() * 2) << i;
         EXPECT_EQ(controls[i]->GetSize(), before[i].GetSize() * 2) << i;
@@ -402,7 +403,7 @@ TEST_F(WindowTest, PlacesFollowTheScaleOfTheDisplay) {
 
 TEST_F(WindowTest, EnterAndSpaceOpenTheDialogAndEscapeLeavesIt) {
     for (int key : {WXK_RETURN, WXK_SPACE}) {
-        main->lvwSubSystems->SetFocus();
+        main_->lvwSubSystems->SetFocus();
         HandleEvents();
         WhenOpen<frmReliability>([this](frmReliability* dialog) {
             EXPECT_EQ(dialog->GetTitle(), " Autopilot - Airspeed Reliability");
@@ -411,7 +412,7 @@ TEST_F(WindowTest, EnterAndSpaceOpenTheDialogAndEscapeLeavesIt) {
             if (dialog->IsModal()) Key(WXK_ESCAPE);
         });
         Key(key);
-        EXPECT_TRUE(Until([this] { return waiting == 0 && !modals.Last(); }));
+        EXPECT_TRUE(Until([this] { return waiting_ == 0 && !modals_.Last(); }));
     }
     EXPECT_THAT(Row(1), ElementsAre(" Airspeed", "100%", "1 hour of flight", "Never"));
 }
@@ -424,12 +425,12 @@ TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
             Click(dialog->*button);
         });
         ClickRow(row);
-        EXPECT_EQ(waiting, 0);
+        EXPECT_EQ(waiting_, 0);
     };
     auto nothing = [] {};
     press(3, &frmReliability::cmdTest, nothing);
     EXPECT_EQ(FailureCount, 0);
-    EXPECT_THAT(modals.Messages,
+    EXPECT_THAT(modals_.Messages,
                 ElementsAre("You'll need to have Flight Simulator 2002 running first and "
                             "you'll also need the fsuipc module installed."));
 
@@ -468,26 +469,26 @@ TEST_F(WindowTest, ButtonsSetASystemOrAll) {
             Key(WXK_RETURN);
         });
         Click(button);
-        EXPECT_EQ(waiting, 0);
+        EXPECT_EQ(waiting_, 0);
     };
     AddFailure(2, 3);
     ClickRowAndCancel(12);
     ChooseSystem(2);
     EXPECT_EQ(Selected(), 1);
-    accept(main->cmdSetSystemRel, " Control Reliabilities", "7");
+    accept(main_->cmdSetSystemRel, " Control Reliabilities", "7");
     EXPECT_EQ(Catalogue[2][7].Reliability, "7.999");
     EXPECT_EQ(Catalogue[1][1].Reliability, "100");
     EXPECT_EQ(Selected(), 1) << "the row clicked last is not among these";
-    accept(main->cmdSetAllRel, "All Reliabilities", "0");
+    accept(main_->cmdSetAllRel, "All Reliabilities", "0");
     ForEachSubsystem([](int, int, const SubsystemEntry& entry) {
         EXPECT_EQ(entry.Reliability, "0");
         EXPECT_EQ(entry.Hours, "1");
     });
     EXPECT_THAT(Row(3), ElementsAre(" Elevator Trim", "0%", "1 hour of flight", "Yes"));
     ChooseSystem(1);
-    main->RefreshSubsystems(true);
+    main_->RefreshSubsystems(true);
     EXPECT_EQ(Selected(), 12);
-    Click(main->cmdClearFailures);
+    Click(main_->cmdClearFailures);
     EXPECT_EQ(FailureCount, 0);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));
 }
@@ -514,7 +515,7 @@ TEST_F(WindowTest, ReliabilityListsHoldEachOther) {
     ClickRow(1);
     EXPECT_THAT(Row(1), ElementsAre(" Airspeed", "0.001%", "0.5 hours of flight", "No"));
 
-    const std::tuple<const char*, const char*, const char*, const char*, const char*> shown[] = {
+    std::tuple<const char*, const char*, const char*, const char*, const char*> shown[] = {
         {"99.999", "0.5", "99", "999", "0.5"}, {"99.5", "0", "99", "500", "0.0"},
         {"0", "999", "0", "000", "999"},       {"99.9999", "0.04", "100", "000", "0.0"},
         {"50", "0.97", "50", "000", "1"},      {"50", "12.4", "50", "000", "12"}};
@@ -543,12 +544,12 @@ TEST_F(WindowTest, CommaRoundTrip) {
     });
     ClickRow(1);
     EXPECT_THAT(Row(1), ElementsAre(" Airspeed", "99,25%", "0,5 hours of flight", "No"));
-    ChooseFile(main->cmdSaveAs, (Folder / "heavy").string());
+    ChooseFile(main_->cmdSaveAs, (folder_ / "heavy").string());
     EXPECT_TRUE(ReadFile("heavy").starts_with("1#1#99,25#0,5\r\n"));
     Close();
     Open();
     EXPECT_THAT(Row(1), ElementsAre(" Airspeed", "99,25%", "0,5 hours of flight", "No"));
-    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems (heavy)");
+    EXPECT_EQ(Caption(main_->lblSubSystems), "Sub-systems (heavy)");
     WhenOpen<frmReliability>([this](frmReliability* dialog) {
         EXPECT_EQ(dialog->cboRelRight->GetValue(), "250");
         EXPECT_EQ(dialog->cboHours->GetValue(), "0.5");
@@ -559,39 +560,39 @@ TEST_F(WindowTest, CommaRoundTrip) {
 }
 
 TEST_F(WindowTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
-    ChooseFile(main->cmdSaveAs, "");  // cancelled
+    ChooseFile(main_->cmdSaveAs, "");  // cancelled
     EXPECT_EQ(Settings.LastProfile, "");
     Catalogue[1][3].Reliability = "12.5";
-    const std::string profile = (Folder / "a&b").string();
-    ChooseFile(main->cmdSaveAs, profile);
-    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems (a&b)");
+    std::string profile = (folder_ / "a&b").string();
+    ChooseFile(main_->cmdSaveAs, profile);
+    EXPECT_EQ(Caption(main_->lblSubSystems), "Sub-systems (a&b)");
     Catalogue[1][3].Reliability = "25";
-    ChooseFile(main->cmdSaveAs, profile);  // over the old one, without a question
+    ChooseFile(main_->cmdSaveAs, profile);  // over the old one, without a question
     Catalogue[1][3].Reliability = "100";
-    ChooseFile(main->cmdOpen, profile, true);
+    ChooseFile(main_->cmdOpen, profile, true);
     EXPECT_EQ(Cell(3, 1), "25%");
     EXPECT_EQ(Settings.LastProfile, profile);
-    EXPECT_THAT(modals.Messages, IsEmpty());
+    EXPECT_THAT(modals_.Messages, IsEmpty());
 
-    modals.Meanwhile = [this] { Tick(); };
+    modals_.Meanwhile = [this] { Tick(); };
     WriteFile("bad", "1#1#50");
-    ChooseFile(main->cmdOpen, (Folder / "bad").string());
-    EXPECT_THAT(modals.Messages, ElementsAre("! Could not read " + (Folder / "bad").string()));
+    ChooseFile(main_->cmdOpen, (folder_ / "bad").string());
+    EXPECT_THAT(modals_.Messages, ElementsAre("! Could not read " + (folder_ / "bad").string()));
     EXPECT_EQ(Settings.LastProfile, "");
-    EXPECT_EQ(Caption(main->lblSubSystems), "Sub-systems (a&b)");
+    EXPECT_EQ(Caption(main_->lblSubSystems), "Sub-systems (a&b)");
     inprocess::FailCalls("ReplaceFile", 1, 1, 0);
-    ChooseFile(main->cmdSaveAs, profile);
-    EXPECT_EQ(modals.Messages.back(), "! Could not write " + profile);
+    ChooseFile(main_->cmdSaveAs, profile);
+    EXPECT_EQ(modals_.Messages.back(), "! Could not write " + profile);
     EXPECT_EQ(Settings.LastProfile, profile);
 
     // A name in letters that Windows' code page has not.
     inprocess::FailCalls("HoldsPath", 1, 2, 0);
-    for (wxButton* button : {main->cmdSaveAs, main->cmdOpen}) {
-        ChooseFile(button, (Folder / "foreign").string());
+    for (wxButton* button : {main_->cmdSaveAs, main_->cmdOpen}) {
+        ChooseFile(button, (folder_ / "foreign").string());
         EXPECT_EQ(Settings.LastProfile, profile);
     }
-    EXPECT_EQ(modals.Messages.back(), "! Could not read " + (Folder / "foreign").string());
-    EXPECT_FALSE(std::filesystem::exists(Folder / "foreign"));
+    EXPECT_EQ(modals_.Messages.back(), "! Could not read " + (folder_ / "foreign").string());
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "foreign"));
 }
 
 TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {
@@ -603,10 +604,10 @@ TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {
         EXPECT_TRUE(dialog->IsModal()) << "stays open";
         Key(WXK_ESCAPE);
     });
-    Click(main->cmdOptions);
-    EXPECT_EQ(waiting, 0);
+    Click(main_->cmdOptions);
+    EXPECT_EQ(waiting_, 0);
     EXPECT_THAT(inprocess::TakeShellRuns(),
-                ElementsAre(inprocess::ShellRun{"Open", (Folder / "Quirkmeter.htm").string(), "0",
+                ElementsAre(inprocess::ShellRun{"Open", (folder_ / "Quirkmeter.htm").string(), "0",
                                                 "0", platform::ShowNormal}));
 }
 
@@ -618,9 +619,9 @@ class SettingsWindowTest : public WindowTest {
             WhenOpen<frmSettings>([act](frmSettings* dialog) { act(dialog); });
             Click(options->cmdSettings);
         });
-        Click(main->cmdOptions);
-        EXPECT_EQ(waiting, 0);
-        EXPECT_EQ(modals.Last(), nullptr) << "both are closed";
+        Click(main_->cmdOptions);
+        EXPECT_EQ(waiting_, 0);
+        EXPECT_EQ(modals_.Last(), nullptr) << "both are closed";
     }
 };
 
@@ -673,7 +674,7 @@ TEST_F(SettingsWindowTest, HardcoreModeIsChosenOnTheGroundOnly) {
             Click(dialog->cmdOK);
         });
     };
-    modals.Meanwhile = [this] { Tick(); };
+    modals_.Meanwhile = [this] { Tick(); };
     Engine.Airborne = true;
     toggle();
     EXPECT_FALSE(Settings.HardcoreMode);
@@ -688,7 +689,7 @@ TEST_F(SettingsWindowTest, HardcoreModeIsChosenOnTheGroundOnly) {
     Engine.Airborne = false;
     toggle();
     EXPECT_FALSE(Settings.HardcoreMode);
-    EXPECT_THAT(modals.Messages,
+    EXPECT_THAT(modals_.Messages,
                 ElementsAre("Hardcore Mode cannot be enabled while airborne.",
                             "You must restart Quirkmeter for Hardcore Mode to be enabled.",
                             "Hardcore Mode cannot be disabled while airborne.",
@@ -704,56 +705,56 @@ class HardcoreWindowTest : public WindowTest {
     }
     ~HardcoreWindowTest() override {
         Engine.Airborne = false;  // or closing would end the flight
-        platform::DropWindow(companion);
+        platform::DropWindow(companion_);
     }
 
     void TakeOff() {
-        simulator.Space.SetValue(0x0366, 2, 0);
+        simulator_.Space.SetValue(0x0366, 2, 0);
         Tick();
     }
     void Land() {
-        simulator.Space.SetValue(0x0366, 2, 1);
+        simulator_.Space.SetValue(0x0366, 2, 1);
         Tick();
     }
 
-    TestSimulator simulator;
-    platform::WindowHandle companion = platform::OwnWindow(
+    TestSimulator simulator_;
+    platform::WindowHandle companion_ = platform::OwnWindow(
         "ThunderRT6FormDC", "FSQMHC", [](auto, auto, auto) { return std::intptr_t{0}; });
 };
 
 TEST_F(HardcoreWindowTest, LockRefusesWhatItMustAndNothingElse) {
     Tick();
-    EXPECT_EQ(Caption(main->lblStatus), "On hold (not airborne). Hardcore Mode.");
-    EXPECT_TRUE(main->lvwSubSystems->IsShown());
+    EXPECT_EQ(Caption(main_->lblStatus), "On hold (not airborne). Hardcore Mode.");
+    EXPECT_TRUE(main_->lvwSubSystems->IsShown());
     AddFailure(1, 1);
     TakeOff();
-    EXPECT_FALSE(main->lvwSubSystems->IsShown());
+    EXPECT_FALSE(main_->lvwSubSystems->IsShown());
     inprocess::TakeSounds();
 
     for (wxButton* button :
-         {main->cmdSetAllRel, main->cmdSetSystemRel, main->cmdClearFailures, main->cmdOpen}) {
+         {main_->cmdSetAllRel, main_->cmdSetSystemRel, main_->cmdClearFailures, main_->cmdOpen}) {
         EXPECT_TRUE(button->IsShown() && button->IsEnabled());
         Click(button);
     }
-    EXPECT_EQ(modals.Last(), nullptr);
+    EXPECT_EQ(modals_.Last(), nullptr);
     EXPECT_EQ(FailureCount, 1);
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
 
-    const std::string profile = (Folder / "saved").string();
-    ChooseFile(main->cmdSaveAs, profile);
+    std::string profile = (folder_ / "saved").string();
+    ChooseFile(main_->cmdSaveAs, profile);
     WhenOpen<frmOptions>([this](frmOptions* dialog) { Click(dialog->cmdCancel); });
-    Click(main->cmdOptions);
-    EXPECT_EQ(waiting, 0);
+    Click(main_->cmdOptions);
+    EXPECT_EQ(waiting_, 0);
 
     Land();
-    EXPECT_TRUE(main->lvwSubSystems->IsShown());
-    Click(main->cmdClearFailures);
+    EXPECT_TRUE(main_->lvwSubSystems->IsShown());
+    Click(main_->cmdClearFailures);
     EXPECT_EQ(FailureCount, 0);
     TakeOff();
-    simulator.TakeWrites();
+    simulator_.TakeWrites();
     double start = inprocess::Elapsed();
     Close();
-    EXPECT_EQ(std::ranges::count(simulator.Writes, SimWriteRecord{0x0560, 4, 0}), 3);
+    EXPECT_EQ(std::ranges::count(simulator_.Writes, SimWriteRecord{0x0560, 4, 0}), 3);
     EXPECT_NEAR(inprocess::Elapsed() - start, 2, 1e-6);
     EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=" + profile + "\r\n");
 }
@@ -761,15 +762,15 @@ TEST_F(HardcoreWindowTest, LockRefusesWhatItMustAndNothingElse) {
 TEST_F(HardcoreWindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
     WhenOpen<frmReliability>([&](frmReliability* dialog) {
         TakeOff();
-        EXPECT_FALSE(main->lvwSubSystems->IsShown());
+        EXPECT_FALSE(main_->lvwSubSystems->IsShown());
         Click(dialog->cmdCancel);
     });
     ClickRow(1);
-    EXPECT_TRUE(Until([this] { return main->IsActive() && !modals.Last(); }));
+    EXPECT_TRUE(Until([this] { return main_->IsActive() && !modals_.Last(); }));
     HandleEvents();
     WhenOpen<frmOptions>([this](frmOptions* dialog) { Click(dialog->cmdCancel); });
     Key('P', wxMOD_ALT);
-    EXPECT_TRUE(Until([this] { return waiting == 0; }));
+    EXPECT_TRUE(Until([this] { return waiting_ == 0; }));
 }
 
 TEST_F(WindowTest, MissingCompanionClosesTheWindow) {
@@ -778,7 +779,7 @@ TEST_F(WindowTest, MissingCompanionClosesTheWindow) {
     Settings.HardcoreActive = Settings.HardcoreMode = true;
     Tick();
     Tick();
-    main = nullptr;  // it has closed itself
+    main_ = nullptr;  // it has closed itself
     EXPECT_EQ(TheMainWindow, nullptr);
     EXPECT_EQ(std::ranges::count(simulator.Writes, SimWriteRecord{0x0574, 4, 0}), 3);
     EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=\r\nHARDCOREMODE=YES\r\n");
@@ -787,27 +788,28 @@ TEST_F(WindowTest, MissingCompanionClosesTheWindow) {
 TEST_F(WindowTest, StartUpReadsWhatWasSavedAndSecondInstanceDoesNothing) {
     Close();
     inprocess::FailCalls("ClaimSingleInstance", 1, 1, 0);
-    std::filesystem::remove(Folder / "Quirkmeter.ini");
+    std::filesystem::remove(folder_ / "Quirkmeter.ini");
     int calls = inprocess::CallCount("FindWindowExA");
     auto* second = new frmMain;
     EXPECT_FALSE(second->Load());
     second->Destroy();
     HandleEvents();
-    EXPECT_FALSE(std::filesystem::exists(Folder / "Quirkmeter.ini"));
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "Quirkmeter.ini"));
     EXPECT_EQ(inprocess::CallCount("FindWindowExA"), calls);
 
     TestSimulator simulator;
     simulator.Space.SetValue(0x0366, 2, 1);
     WriteFile("damaged.qmp", "1#1#50#2\r\nx");
     WriteFile("Quirkmeter.ini",
-              "LASTPROFILE=" + (Folder / "damaged.qmp").string() + "\r\nDISPLAYFAILURES=YES\r\n");
+              "LASTPROFILE=" + (folder_ / "damaged.qmp").string() + "\r\nDISPLAYFAILURES=YES\r\n");
     Open();
-    EXPECT_EQ(modals.Messages.size(), 1u);
+    EXPECT_EQ(modals_.Messages.size(), 1u);
     EXPECT_EQ(Catalogue[1][1].RangeHigh - Catalogue[1][1].RangeLow, 50000);
-    EXPECT_EQ(Caption(main->lblStatus), "On hold (not airborne).  No failures.");
+    EXPECT_EQ(Caption(main_->lblStatus), "On hold (not airborne).  No failures.");
 }
 
 }  // namespace
+
 }  // namespace quirkmeter
 
 class WindowTestApp final : public wxApp {

@@ -147,7 +147,7 @@ void ZeroAircraftPosition() {
         Send();
     };
     setSlew(1);
-    const std::int32_t zero = 0;
+    std::int32_t zero = 0;
     for (std::int32_t offset = 0x0560; offset <= 0x0574; offset += 4) Write(offset, 4, &zero);
     Send();
     setSlew(0);

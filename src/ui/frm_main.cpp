@@ -134,7 +134,7 @@ void frmMain::CreateControls() {
     for (const wxColour& colour : {look::BrightGreen, look::Red, look::Yellow})
         imgList.push_back(look::Disc(colour));
     lvwSubSystems->SetSmallImages(imgList);
-    const std::pair<const char*, int> columns[] = {
+    std::pair<const char*, int> columns[] = {
         {"Component", 2200}, {"Reliability", 1100}, {"Based on", 2200}, {"Failed", 800}};
     for (auto [title, width] : columns)
         lvwSubSystems->AppendColumn(title, wxLIST_FORMAT_LEFT,
@@ -274,11 +274,10 @@ void frmMain::ShowSubsystem(int system, int subsystem) {
     shown.SetMask(wxLIST_MASK_IMAGE);
     lvwSubSystems->GetItem(shown);
     if (shown.GetImage() != IconOf(entry)) lvwSubSystems->SetItemImage(row, IconOf(entry));
-    const std::pair<Column, std::string> texts[] = {
-        {ComponentColumn, " " + std::string(entry.Name)},
-        {ReliabilityColumn, entry.Reliability + "%"},
-        {BasedOnColumn, BasedOnText(entry)},
-        {FailedColumn, FailedText(entry)}};
+    std::pair<Column, std::string> texts[] = {{ComponentColumn, " " + std::string(entry.Name)},
+                                              {ReliabilityColumn, entry.Reliability + "%"},
+                                              {BasedOnColumn, BasedOnText(entry)},
+                                              {FailedColumn, FailedText(entry)}};
     for (const auto& [column, text] : texts)
         if (lvwSubSystems->GetItemText(row, column) != text)
             lvwSubSystems->SetItem(row, column, look::Shown(text));

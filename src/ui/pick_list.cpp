@@ -35,7 +35,7 @@ void PickList::Pick(const wxString& entry) {
 }
 
 void PickList::OnChar(wxKeyEvent& event) {
-    const int key = event.GetKeyCode();
+    int key = event.GetKeyCode();
     if ((key == WXK_RETURN || key == WXK_NUMPAD_ENTER) && !IsPopupShown()) {
         PressDefaultButton();
         return;

@@ -23,11 +23,11 @@ constexpr int SlotCount = 0x4000;
 constexpr std::size_t MostNameBytes = 255;
 
 struct Slot {
-    std::uint32_t count;  // 0: free
-    char name[MostNameBytes + 1];
-    char unused[252];
+    std::uint32_t Count;  // 0: free
+    char Name[MostNameBytes + 1];
+    char Unused[252];
 
-    bool IsUsed() const { return count != 0 && memchr(name, '\0', sizeof name); }
+    bool IsUsed() const { return Count != 0 && memchr(Name, '\0', sizeof Name); }
 };
 static_assert(sizeof(Slot) == 512);
 
@@ -43,13 +43,13 @@ FileDescriptor OpenTable(const FolderLock& lock, const char* table) {
 /// Nothing behind the end of the table.
 std::optional<Slot> ReadSlot(const FileDescriptor& table, int index) {
     Slot slot;
-    const off_t place = static_cast<off_t>(sizeof slot) * index;
+    off_t place = static_cast<off_t>(sizeof slot) * index;
     if (pread(table.Number(), &slot, sizeof slot, place) != sizeof slot) return std::nullopt;
     return slot;
 }
 
 bool WriteSlot(const FileDescriptor& table, int index, const Slot& slot) {
-    const off_t place = static_cast<off_t>(sizeof slot) * index;
+    off_t place = static_cast<off_t>(sizeof slot) * index;
     return pwrite(table.Number(), &slot, sizeof slot, place) == sizeof slot;
 }
 
@@ -57,34 +57,33 @@ bool WriteSlot(const FileDescriptor& table, int index, const Slot& slot) {
 int FindSlot(const FileDescriptor& table, std::string_view name) {
     int firstFree = SlotCount;
     for (int index = 0; index < SlotCount; ++index) {
-        const std::optional<Slot> slot = ReadSlot(table, index);
+        std::optional<Slot> slot = ReadSlot(table, index);
         if (!slot) return std::min(firstFree, index);
-        if (!slot->IsUsed()) {
+        if (!slot->IsUsed())
             firstFree = std::min(firstFree, index);
-        } else if (EqualNames(slot->name, name)) {
+        else if (EqualNames(slot->Name, name))
             return index;
-        }
     }
     return firstFree;
 }
 
 /// The number of the name, which then counts one more; 0 on failure.
 int AddName(const char* tableName, const char* text) {
-    const std::string_view name = text ? text : "";
+    std::string_view name = text ? text : "";
     if (name.empty() || name.size() > MostNameBytes) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
-    const FolderLock lock;
-    const FileDescriptor table = OpenTable(lock, tableName);
+    FolderLock lock;
+    FileDescriptor table = OpenTable(lock, tableName);
     if (!table) return 0;
-    const int index = FindSlot(table, name);
+    int index = FindSlot(table, name);
     Slot slot = ReadSlot(table, index).value_or(Slot{});
     if (!slot.IsUsed()) {
         slot = Slot{};
-        name.copy(slot.name, MostNameBytes);
+        name.copy(slot.Name, MostNameBytes);
     }
-    if (slot.count < std::numeric_limits<std::uint32_t>::max()) ++slot.count;
+    if (slot.Count < std::numeric_limits<std::uint32_t>::max()) ++slot.Count;
     if (index == SlotCount || !WriteSlot(table, index, slot)) {
         SetLastError(ErrorNotEnoughMemory);
         return 0;
@@ -95,7 +94,7 @@ int AddName(const char* tableName, const char* text) {
 /// The slot of an atom that exists; else nothing, with the last error set.
 std::optional<Slot> AtomSlot(const FileDescriptor& table, std::uint16_t atom) {
     if (atom >= FirstNumber) {
-        const std::optional<Slot> slot = ReadSlot(table, atom - FirstNumber);
+        std::optional<Slot> slot = ReadSlot(table, atom - FirstNumber);
         if (slot && slot->IsUsed()) return slot;
     }
     SetLastError(ErrorInvalidHandle);
@@ -113,12 +112,12 @@ std::uint16_t GlobalAddAtomA(const char* name) {
 }
 
 std::uint16_t GlobalDeleteAtom(std::uint16_t atom) {
-    const FolderLock lock;
-    const FileDescriptor table = OpenTable(lock, "atoms");
+    FolderLock lock;
+    FileDescriptor table = OpenTable(lock, "atoms");
     if (!table) return 0;
     std::optional<Slot> slot = AtomSlot(table, atom);
     if (!slot) return 0;
-    --slot->count;
+    --slot->Count;
     WriteSlot(table, atom - FirstNumber, *slot);
     return 0;
 }
@@ -128,13 +127,13 @@ std::uint32_t GlobalGetAtomNameA(std::uint16_t atom, char* buffer, int size) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
-    const FolderLock lock;
-    const FileDescriptor table = OpenTable(lock, "atoms");
+    FolderLock lock;
+    FileDescriptor table = OpenTable(lock, "atoms");
     if (!table) return 0;
-    const std::optional<Slot> slot = AtomSlot(table, atom);
+    std::optional<Slot> slot = AtomSlot(table, atom);
     if (!slot) return 0;
-    const std::size_t length =
-        std::string_view(slot->name).copy(buffer, static_cast<std::size_t>(size) - 1);
+    std::size_t length =
+        std::string_view(slot->Name).copy(buffer, static_cast<std::size_t>(size) - 1);
     buffer[length] = '\0';
     return static_cast<std::uint32_t>(length);
 }

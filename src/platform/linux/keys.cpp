@@ -42,7 +42,7 @@ class SurvivesLostServer {
 class Keyboard {
    public:
     Keyboard() {
-        const SurvivesLostServer guard;
+        SurvivesLostServer guard;
         display_ = XOpenDisplay(nullptr);
         if (!display_) return;
         XSetIOErrorExitHandler(
@@ -52,15 +52,15 @@ class Keyboard {
     }
 
     std::int16_t State(int virtualKey) {
-        const KeySymbols symbols = SymbolsOf(virtualKey);
+        KeySymbols symbols = SymbolsOf(virtualKey);
         if (!display_ || symbols[0] == NoSymbol) return 0;
-        const SurvivesLostServer guard;
-        const KeySet down = KeysDown();
+        SurvivesLostServer guard;
+        KeySet down = KeysDown();
         ReadPresses();
-        const KeySet keys = KeysWith(symbols);
+        KeySet keys = KeysWith(symbols);
         CloseIfGone();
         if (!display_) return 0;
-        const int state = ((down & keys).any() ? 0x8000 : 0) | ((pressed_ & keys).any() ? 1 : 0);
+        int state = ((down & keys).any() ? 0x8000 : 0) | ((pressed_ & keys).any() ? 1 : 0);
         pressed_ &= ~keys;
         return static_cast<std::int16_t>(state);
     }
@@ -72,9 +72,8 @@ class Keyboard {
         int major = 2;
         int minor = 1;  // from this on, raw events come also while somebody grabs the keyboard
         if (!XQueryExtension(display_, "XInputExtension", &inputExtension_, &event, &error) ||
-            XIQueryVersion(display_, &major, &minor) != Success) {
+            XIQueryVersion(display_, &major, &minor) != Success)
             return;
-        }
         std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
         XISetMask(bits.data(), XI_RawKeyPress);
         XIEventMask mask{XIAllMasterDevices, int{bits.size()}, bits.data()};
@@ -86,9 +85,8 @@ class Keyboard {
         std::array<char, 32> bits{};
         XQueryKeymap(display_, bits.data());
         KeySet down;
-        for (std::size_t key = 0; key < down.size(); ++key) {
+        for (std::size_t key = 0; key < down.size(); ++key)
             down[key] = bits[key / 8] >> key % 8 & 1;
-        }
         return down;
     }
 
@@ -99,10 +97,9 @@ class Keyboard {
             if (event.type == MappingNotify) XRefreshKeyboardMapping(&event.xmapping);
             XGenericEventCookie& cookie = event.xcookie;
             if (event.type != GenericEvent || cookie.extension != inputExtension_ ||
-                !XGetEventData(display_, &cookie)) {
+                !XGetEventData(display_, &cookie))
                 continue;
-            }
-            const auto key = static_cast<const XIRawEvent*>(cookie.data)->detail;
+            auto key = static_cast<const XIRawEvent*>(cookie.data)->detail;
             if (key >= 0 && key < 256) pressed_.set(static_cast<std::size_t>(key));
             XFreeEventData(display_, &cookie);
         }
@@ -115,7 +112,7 @@ class Keyboard {
         XkbGetState(display_, XkbUseCoreKbd, &state);
         for (unsigned group = state.group; group < state.group + 4u; ++group) {
             for (unsigned level = 0; level < 4; ++level) {
-                const KeySet keys = KeysWith(symbols, group % 4, level);
+                KeySet keys = KeysWith(symbols, group % 4, level);
                 if (keys.any()) return keys;
             }
         }
@@ -125,9 +122,8 @@ class Keyboard {
     KeySet KeysWith(const KeySymbols& symbols, unsigned group, unsigned level) {
         KeySet keys;
         for (unsigned key = 8; key < keys.size(); ++key) {
-            const KeySym symbol =
-                XkbKeycodeToKeysym(display_, static_cast<KeyCode>(key), static_cast<int>(group),
-                                   static_cast<int>(level));
+            KeySym symbol = XkbKeycodeToKeysym(display_, static_cast<KeyCode>(key),
+                                               static_cast<int>(group), static_cast<int>(level));
             keys[key] = symbol != NoSymbol && (symbol == symbols[0] || symbol == symbols[1]);
         }
         return keys;

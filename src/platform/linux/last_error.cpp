@@ -5,15 +5,16 @@
 namespace quirkmeter::platform {
 
 namespace {
-thread_local std::uint32_t lastError = ErrorSuccess;
+
+thread_local std::uint32_t LastError = ErrorSuccess;
 }
 
 void SetLastError(std::uint32_t error) {
-    lastError = error;
+    LastError = error;
 }
 
 std::uint32_t GetLastError() {
-    return lastError;
+    return LastError;
 }
 
 }  // namespace quirkmeter::platform

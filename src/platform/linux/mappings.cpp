@@ -20,20 +20,20 @@ namespace {
 constexpr std::string_view MappingPrefix = "mapping-";
 
 struct View {
-    std::shared_ptr<HeldFile> mapping;
-    std::size_t size;
+    std::shared_ptr<HeldFile> Mapping;
+    std::size_t Size;
 };
 
-std::unordered_map<MappingHandle, std::shared_ptr<HeldFile>> mappings;
-std::unordered_map<const void*, View> views;
+std::unordered_map<MappingHandle, std::shared_ptr<HeldFile>> Mappings;
+std::unordered_map<const void*, View> Views;
 
 // Any name becomes a plain file name of its own; empty, with the last error set, if that is too
 // long for the file system.
 std::string FileOf(const char* name) {
     std::string file(MappingPrefix);
     for (const char* c = name; *c; ++c) {
-        const bool plain = (*c >= 'a' && *c <= 'z') || (*c >= 'A' && *c <= 'Z') ||
-                           (*c >= '0' && *c <= '9') || *c == '-' || *c == '_';
+        bool plain = (*c >= 'a' && *c <= 'z') || (*c >= 'A' && *c <= 'Z') ||
+                     (*c >= '0' && *c <= '9') || *c == '-' || *c == '_';
         char encoded[4] = {*c, '\0'};
         if (!plain)
             std::snprintf(encoded, sizeof encoded, "%%%02X", static_cast<unsigned char>(*c));
@@ -59,7 +59,7 @@ bool Reserve(int file, std::uint64_t size) {
 
 MappingHandle KeepHandle(std::shared_ptr<HeldFile> mapping) {
     static MappingHandle last = 0;
-    mappings.emplace(++last, std::move(mapping));
+    Mappings.emplace(++last, std::move(mapping));
     return last;
 }
 
@@ -67,17 +67,17 @@ MappingHandle KeepHandle(std::shared_ptr<HeldFile> mapping) {
 
 MappingHandle CreateFileMappingA(MappingHandle file, void*, std::uint32_t protection,
                                  std::uint32_t sizeHigh, std::uint32_t sizeLow, const char* name) {
-    const std::uint64_t size = std::uint64_t{sizeHigh} << 32 | sizeLow;
+    std::uint64_t size = std::uint64_t{sizeHigh} << 32 | sizeLow;
     if (file != InvalidFileHandle || protection != PageReadWrite || size == 0 || !name || !*name) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
-    const std::string fileName = FileOf(name);
+    std::string fileName = FileOf(name);
     if (fileName.empty()) return 0;
     auto mapping = std::make_shared<HeldFile>();
-    const FolderLock lock;
+    FolderLock lock;
     if (!lock) return 0;
-    const bool exists = IsLive(lock, fileName);
+    bool exists = IsLive(lock, fileName);
     *mapping = HeldFile(lock, fileName, exists ? 0 : O_CREAT | O_EXCL);
     if (!*mapping || (!exists && !Reserve(mapping->Number(), size))) {
         SetLastError(ErrorNotEnoughMemory);
@@ -92,10 +92,10 @@ MappingHandle OpenFileMappingA(std::uint32_t, bool, const char* name) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
-    const std::string fileName = FileOf(name);
+    std::string fileName = FileOf(name);
     if (fileName.empty()) return 0;
     auto mapping = std::make_shared<HeldFile>();
-    const FolderLock lock;
+    FolderLock lock;
     if (!lock) return 0;
     if (!IsLive(lock, fileName)) {
         SetLastError(ErrorFileNotFound);
@@ -111,12 +111,12 @@ MappingHandle OpenFileMappingA(std::uint32_t, bool, const char* name) {
 
 void* MapViewOfFile(MappingHandle handle, std::uint32_t, std::uint32_t offsetHigh,
                     std::uint32_t offsetLow, std::size_t length) {
-    const auto found = mappings.find(handle);
-    if (found == mappings.end() || offsetHigh || offsetLow || length) {
-        SetLastError(found == mappings.end() ? ErrorInvalidHandle : ErrorInvalidParameter);
+    auto found = Mappings.find(handle);
+    if (found == Mappings.end() || offsetHigh || offsetLow || length) {
+        SetLastError(found == Mappings.end() ? ErrorInvalidHandle : ErrorInvalidParameter);
         return nullptr;
     }
-    const int file = found->second->Number();
+    int file = found->second->Number();
     struct stat status;
     void* view = MAP_FAILED;
     if (fstat(file, &status) == 0) {
@@ -127,28 +127,28 @@ void* MapViewOfFile(MappingHandle handle, std::uint32_t, std::uint32_t offsetHig
         SetLastError(ErrorNotEnoughMemory);
         return nullptr;
     }
-    views[view] = {found->second, static_cast<std::size_t>(status.st_size)};
+    Views[view] = {found->second, static_cast<std::size_t>(status.st_size)};
     return view;
 }
 
 bool UnmapViewOfFile(const void* view) {
-    const auto found = views.find(view);
-    if (found == views.end()) {
+    auto found = Views.find(view);
+    if (found == Views.end()) {
         SetLastError(ErrorInvalidAddress);
         return false;
     }
-    munmap(const_cast<void*>(view), found->second.size);
-    views.erase(found);
+    munmap(const_cast<void*>(view), found->second.Size);
+    Views.erase(found);
     return true;
 }
 
 std::size_t ViewSize(const void* view) {
-    const auto found = views.find(view);
-    return found == views.end() ? 0 : found->second.size;
+    auto found = Views.find(view);
+    return found == Views.end() ? 0 : found->second.Size;
 }
 
 bool CloseHandle(MappingHandle handle) {
-    if (mappings.erase(handle) != 0) return true;
+    if (Mappings.erase(handle) != 0) return true;
     SetLastError(ErrorInvalidHandle);
     return false;
 }

@@ -35,22 +35,22 @@ double SecondsSinceMidnight() {
     clock_gettime(CLOCK_REALTIME, &now);
     tm local;
     localtime_r(&now.tv_sec, &local);
-    const int seconds = local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
+    int seconds = local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
     return std::fmod(seconds + static_cast<double>(now.tv_nsec) / 1e9, 86400);  // a leap second
 }
 
 bool ClaimSingleInstance(const char* program) {
     static HeldFile instance;
     if (instance) return true;
-    const std::string name = InstanceFile(program);
-    const FolderLock lock;
+    std::string name = InstanceFile(program);
+    FolderLock lock;
     if (!lock || !LiveFiles(lock, name).empty()) return false;
     instance = HeldFile(lock, name, O_CREAT | O_EXCL);
     return static_cast<bool>(instance);
 }
 
 bool InstanceRuns(const char* program) {
-    const FolderLock lock;
+    FolderLock lock;
     return lock && !LiveFiles(lock, InstanceFile(program)).empty();
 }
 
@@ -58,7 +58,7 @@ void CloseOwnConsole() {}
 
 std::string ProgramFile(std::string_view name) {
     std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
     return (program.parent_path() / name.substr(1)).string();
 }
 
@@ -76,10 +76,10 @@ bool HoldsPath(const std::wstring&) {
 }
 
 char DecimalSeparator() {
-    static const char separator = [] {
-        const locale_t user = newlocale(LC_NUMERIC_MASK, "", nullptr);
+    static char separator = [] {
+        locale_t user = newlocale(LC_NUMERIC_MASK, "", nullptr);
         if (!user) return '.';
-        const std::string text = nl_langinfo_l(RADIXCHAR, user);
+        std::string text = nl_langinfo_l(RADIXCHAR, user);
         freelocale(user);
         return text.size() == 1 ? text[0] : '.';
     }();

@@ -41,7 +41,7 @@ FileDescriptor CreateBeside(const fs::path& path, fs::path& temporary) {
 
 bool WriteAll(int file, std::string_view content) {
     while (!content.empty()) {
-        const ssize_t written = TEMP_FAILURE_RETRY(write(file, content.data(), content.size()));
+        ssize_t written = TEMP_FAILURE_RETRY(write(file, content.data(), content.size()));
         if (written <= 0) return false;
         content.remove_prefix(static_cast<std::size_t>(written));
     }
@@ -51,18 +51,18 @@ bool WriteAll(int file, std::string_view content) {
 }  // namespace
 
 bool ReplaceFile(const std::string& path, std::string_view content) {
-    const fs::path target = BehindLinks(path);
+    fs::path target = BehindLinks(path);
     if (target.empty()) return false;
     struct stat old;
-    const bool exists = stat(target.c_str(), &old) == 0;
+    bool exists = stat(target.c_str(), &old) == 0;
     if (exists && !MayBeReplaced(target, old)) return false;
 
     fs::path temporary;
-    const FileDescriptor file = CreateBeside(target, temporary);
+    FileDescriptor file = CreateBeside(target, temporary);
     if (!file) return false;
-    const bool replaced = (!exists || fchmod(file.Number(), old.st_mode & 07777) == 0) &&
-                          WriteAll(file.Number(), content) && fsync(file.Number()) == 0 &&
-                          std::rename(temporary.c_str(), target.c_str()) == 0;
+    bool replaced = (!exists || fchmod(file.Number(), old.st_mode & 07777) == 0) &&
+                    WriteAll(file.Number(), content) && fsync(file.Number()) == 0 &&
+                    std::rename(temporary.c_str(), target.c_str()) == 0;
     if (!replaced) unlink(temporary.c_str());
     return replaced;
 }

@@ -21,11 +21,10 @@ std::string FolderPath() {
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     struct stat status;
     if (runtime && *runtime == '/' && stat(runtime, &status) == 0 && S_ISDIR(status.st_mode) &&
-        status.st_uid == geteuid()) {
+        status.st_uid == geteuid())
         return std::string(runtime) + "/quirkmeter";
-    }
     const char* temporary = std::getenv("TMPDIR");
-    const std::string base = temporary && *temporary == '/' ? temporary : "/tmp";
+    std::string base = temporary && *temporary == '/' ? temporary : "/tmp";
     return base + "/quirkmeter-" + std::to_string(geteuid());
 }
 
@@ -62,7 +61,7 @@ FileDescriptor OpenFile(int folder, const std::string& name, int flags) {
 }  // namespace
 
 FileDescriptor OpenRuntimeFolder() {
-    const std::string path = FolderPath();
+    std::string path = FolderPath();
     mkdir(path.c_str(), 0700);
     FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (folder && IsOursAlone(folder.Number())) return folder;
@@ -92,11 +91,11 @@ HeldFile& HeldFile::operator=(HeldFile&& other) noexcept {
 
 void HeldFile::Release() {
     if (!file_) return;
-    const FolderLock lock;
+    FolderLock lock;
     struct stat status;
     // Without a link, the folder was removed under us, and the name may be another's by now.
-    const bool linked = fstat(file_.Number(), &status) == 0 && status.st_nlink > 0;
-    const bool last = Lock(file_.Number(), LOCK_EX | LOCK_NB);
+    bool linked = fstat(file_.Number(), &status) == 0 && status.st_nlink > 0;
+    bool last = Lock(file_.Number(), LOCK_EX | LOCK_NB);
     if (lock && linked && last) Remove(lock.Folder(), name_);
     file_.Close();
 }
@@ -104,19 +103,18 @@ void HeldFile::Release() {
 std::vector<std::string> LiveFiles(const FolderLock& lock, std::string_view prefix) {
     std::vector<std::string> live;
     // A descriptor of its own, because reading moves the position in the folder.
-    const int folder = openat(lock.Folder(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int folder = openat(lock.Folder(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(folder), closedir);
     if (!entries) return live;
     while (const dirent* entry = readdir(entries.get())) {
-        const std::string name = entry->d_name;
+        std::string name = entry->d_name;
         if (!name.starts_with(prefix)) continue;
-        const FileDescriptor file = OpenFile(lock.Folder(), name, 0);
+        FileDescriptor file = OpenFile(lock.Folder(), name, 0);
         if (!file) continue;  // a socket, for one, cannot be opened
-        if (Lock(file.Number(), LOCK_EX | LOCK_NB)) {
+        if (Lock(file.Number(), LOCK_EX | LOCK_NB))
             Remove(lock.Folder(), name);
-        } else {
+        else
             live.push_back(name);
-        }
     }
     return live;
 }

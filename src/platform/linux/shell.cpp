@@ -24,8 +24,8 @@ constexpr std::intptr_t Started = 33;
     // Most descriptors close by themselves, but not each library sees to that.
     close_range(3, ~0u, CLOSE_RANGE_CLOEXEC);
     if (chdir(folder) == 0) execvp(arguments[0], arguments);
-    const char failed = 1;
-    [[maybe_unused]] const ssize_t written = write(failurePipe, &failed, 1);
+    char failed = 1;
+    [[maybe_unused]] ssize_t written = write(failurePipe, &failed, 1);
     _exit(127);
 }
 
@@ -37,14 +37,14 @@ bool StartDetached(const std::vector<std::string>& command, const std::string& f
 
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return false;
-    const FileDescriptor readEnd(ends[0]);
+    FileDescriptor readEnd(ends[0]);
     FileDescriptor writeEnd(ends[1]);
-    const pid_t child = fork();
+    pid_t child = fork();
     if (child < 0) return false;
     if (child == 0) {
         setsid();
         // The grandchild is nobody's to wait for, so that it leaves no zombie.
-        const pid_t grandchild = fork();
+        pid_t grandchild = fork();
         if (grandchild == 0) BecomeProgram(arguments.data(), folder.c_str(), ends[1]);
         _exit(grandchild > 0 ? 0 : 1);
     }
@@ -52,7 +52,7 @@ bool StartDetached(const std::vector<std::string>& command, const std::string& f
     int status = 0;
     TEMP_FAILURE_RETRY(waitpid(child, &status, 0));
     char failed;
-    const ssize_t length = TEMP_FAILURE_RETRY(read(readEnd.Number(), &failed, 1));
+    ssize_t length = TEMP_FAILURE_RETRY(read(readEnd.Number(), &failed, 1));
     // Nothing to read: a successful exec closed the other end.
     return length == 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
@@ -68,7 +68,7 @@ bool IsProgram(const std::string& path) {
 std::intptr_t ShellExecuteA(WindowHandle, const char*, const char* file, const char* parameters,
                             const char* directory, int) {
     std::error_code error;
-    const std::filesystem::path path = std::filesystem::absolute(file ? file : "", error);
+    std::filesystem::path path = std::filesystem::absolute(file ? file : "", error);
     if (error || !std::filesystem::exists(path, error)) return FileMissing;
 
     std::vector<std::string> command;
@@ -79,8 +79,8 @@ std::intptr_t ShellExecuteA(WindowHandle, const char*, const char* file, const c
     } else {
         command = {"xdg-open", path};
     }
-    const bool useDirectory = directory && std::filesystem::is_directory(directory, error);
-    const std::string folder = useDirectory ? directory : path.parent_path().string();
+    bool useDirectory = directory && std::filesystem::is_directory(directory, error);
+    std::string folder = useDirectory ? directory : path.parent_path().string();
     return StartDetached(command, folder) ? Started : NothingToOpenItWith;
 }
 

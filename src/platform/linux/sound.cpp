@@ -22,7 +22,7 @@ ca_context* OpenSound() {
 }  // namespace
 
 bool sndPlaySoundA(const char* path, std::uint32_t) {
-    static ca_context* const context = OpenSound();
+    static ca_context* context = OpenSound();
     if (!context) return false;
     ca_context_cancel(context, TheSound);
     if (!path) return true;

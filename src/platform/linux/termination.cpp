@@ -15,7 +15,7 @@ void Request(int) {
 }  // namespace
 
 bool TerminationRequested() {
-    static const bool watching = [] {
+    static bool watching = [] {
         for (int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, Request);
         return true;
     }();

@@ -30,20 +30,20 @@ constexpr std::size_t MostTextBytes = 1024;    // class and title, each with its
 constexpr std::size_t MostSilentSenders = 64;  // connected without having sent anything
 
 struct Request {
-    std::uint64_t message;
-    std::uint64_t wParam;
-    std::int64_t lParam;
+    std::uint64_t Message;
+    std::uint64_t WParam;
+    std::int64_t LParam;
 };
 
 struct OwnedWindow {
-    WindowHandle handle = 0;
-    HeldFile file;
-    FileDescriptor listener;
-    MessageHandler handler;
-    std::vector<FileDescriptor> senders;
+    WindowHandle Handle = 0;
+    HeldFile File;
+    FileDescriptor Listener;
+    MessageHandler Handler;
+    std::vector<FileDescriptor> Senders;
 };
 
-thread_local std::vector<std::shared_ptr<OwnedWindow>> ownedWindows;
+thread_local std::vector<std::shared_ptr<OwnedWindow>> OwnedWindows;
 
 class Deadline {
    public:
@@ -54,7 +54,7 @@ class Deadline {
 
     /// For poll: rounded up, so that it never wakes up just before the end.
     int MillisecondsLeft() const {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now());
+        auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now());
         return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
     }
 
@@ -79,7 +79,7 @@ std::string FileOf(WindowHandle window) {
 WindowHandle HandleOf(std::string_view file) {
     file.remove_prefix(WindowPrefix.size());
     WindowHandle handle = 0;
-    const auto [end, error] = std::from_chars(file.begin(), file.end(), handle);
+    auto [end, error] = std::from_chars(file.begin(), file.end(), handle);
     return error == std::errc() && end == file.end() ? handle : 0;
 }
 
@@ -88,14 +88,14 @@ WindowHandle HandleOf(std::string_view file) {
 bool IsWindow(const FolderLock& lock, const std::string& file, const char* className,
               const char* title) {
     std::array<char, MostTextBytes> text;
-    const FileDescriptor opened(
+    FileDescriptor opened(
         openat(lock.Folder(), file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    const ssize_t length = read(opened.Number(), text.data(), text.size());
+    ssize_t length = read(opened.Number(), text.data(), text.size());
     if (length <= 0) return false;
 
-    const std::string_view texts(text.data(), static_cast<std::size_t>(length));
-    const std::size_t classEnd = texts.find('\0');
-    const std::size_t titleEnd = texts.find('\0', classEnd + 1);
+    std::string_view texts(text.data(), static_cast<std::size_t>(length));
+    std::size_t classEnd = texts.find('\0');
+    std::size_t titleEnd = texts.find('\0', classEnd + 1);
     if (classEnd == texts.npos || titleEnd == texts.npos) return false;
     return (!className || EqualNames(texts.substr(0, classEnd), className)) &&
            (!title || EqualNames(texts.substr(classEnd + 1, titleEnd - classEnd - 1), title));
@@ -104,21 +104,21 @@ bool IsWindow(const FolderLock& lock, const std::string& file, const char* class
 // --- Sending ---
 
 FileDescriptor Connect(WindowHandle window, const Deadline& deadline) {
-    const FileDescriptor folder = OpenRuntimeFolder();
+    FileDescriptor folder = OpenRuntimeFolder();
     if (!folder) return FileDescriptor();
     FileDescriptor connection(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-    const sockaddr_un address = SocketAddress(folder.Number(), FileOf(window));
+    sockaddr_un address = SocketAddress(folder.Number(), FileOf(window));
     int result;
     do {
         // Bounds the wait for a place in the owner's queue; 0 would mean for ever.
-        const int left = std::max(deadline.MillisecondsLeft(), 1);
-        const timeval limit{left / 1000, left % 1000 * 1000};
+        int left = std::max(deadline.MillisecondsLeft(), 1);
+        timeval limit{left / 1000, left % 1000 * 1000};
         setsockopt(connection.Number(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
         result = connect(connection.Number(), reinterpret_cast<const sockaddr*>(&address),
                          sizeof address);
     } while (result != 0 && errno == EINTR && !deadline.Passed());
     if (result == 0) return connection;
-    const bool timedOut = errno == EAGAIN || errno == EINTR;
+    bool timedOut = errno == EAGAIN || errno == EINTR;
     SetLastError(timedOut ? ErrorSuccess : ErrorInvalidWindowHandle);
     return FileDescriptor();
 }
@@ -132,34 +132,31 @@ bool WaitForAnswer(int connection, const Deadline& deadline) {
 
 // A number that no window had since the folder was made; 0 on failure.
 WindowHandle NextHandle(const FolderLock& lock) {
-    const FileDescriptor counter(
+    FileDescriptor counter(
         openat(lock.Folder(), "last-window", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     WindowHandle last = 0;
     if (pread(counter.Number(), &last, sizeof last, 0) != sizeof last || last >= INT_MAX) last = 0;
-    for (const std::string& file : LiveFiles(lock, WindowPrefix)) {
+    for (const std::string& file : LiveFiles(lock, WindowPrefix))
         last = std::max(last, HandleOf(file));
-    }
     ++last;
     return pwrite(counter.Number(), &last, sizeof last, 0) == sizeof last ? last : 0;
 }
 
 FileDescriptor Listen(const FolderLock& lock, WindowHandle window) {
     FileDescriptor listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const sockaddr_un address = SocketAddress(lock.Folder(), FileOf(window));
+    sockaddr_un address = SocketAddress(lock.Folder(), FileOf(window));
     if (bind(listener.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(listener.Number(), SOMAXCONN) != 0) {
+        listen(listener.Number(), SOMAXCONN) != 0)
         listener.Close();
-    }
     return listener;
 }
 
 void WaitForSenders(const Deadline& deadline) {
     std::vector<pollfd> waiting;
-    for (const auto& window : ownedWindows) {
-        waiting.push_back({window->listener.Number(), POLLIN, 0});
-        for (const FileDescriptor& sender : window->senders) {
+    for (const auto& window : OwnedWindows) {
+        waiting.push_back({window->Listener.Number(), POLLIN, 0});
+        for (const FileDescriptor& sender : window->Senders)
             waiting.push_back({sender.Number(), POLLIN, 0});
-        }
     }
     poll(waiting.data(), waiting.size(), deadline.MillisecondsLeft());
 }
@@ -174,9 +171,9 @@ bool IsSameUser(int connection) {
 void AcceptSenders(OwnedWindow& window) {
     for (std::size_t i = 0; i < MostSilentSenders; ++i) {
         FileDescriptor sender(
-            accept4(window.listener.Number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+            accept4(window.Listener.Number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!sender) return;
-        if (IsSameUser(sender.Number())) window.senders.push_back(std::move(sender));
+        if (IsSameUser(sender.Number())) window.Senders.push_back(std::move(sender));
     }
 }
 
@@ -191,23 +188,22 @@ bool HasGivenUp(int sender) {
 bool AnswerSenders(OwnedWindow& window) {
     bool answered = false;
     std::vector<FileDescriptor> silent;
-    for (FileDescriptor& sender : std::exchange(window.senders, {})) {
-        if (!window.listener) return answered;  // a handler dropped its window
+    for (FileDescriptor& sender : std::exchange(window.Senders, {})) {
+        if (!window.Listener) return answered;  // a handler dropped its window
         Request request;
-        const ssize_t length = recv(sender.Number(), &request, sizeof request, MSG_TRUNC);
+        ssize_t length = recv(sender.Number(), &request, sizeof request, MSG_TRUNC);
         if (length < 0 && errno == EAGAIN) {
             silent.push_back(std::move(sender));
         } else if (length == sizeof request && !HasGivenUp(sender.Number())) {
-            const std::int64_t reply = window.handler(static_cast<std::uint32_t>(request.message),
-                                                      request.wParam, request.lParam);
+            std::int64_t reply = window.Handler(static_cast<std::uint32_t>(request.Message),
+                                                request.WParam, request.LParam);
             send(sender.Number(), &reply, sizeof reply, MSG_NOSIGNAL);
             answered = true;
         }
     }
-    if (silent.size() > MostSilentSenders) {
+    if (silent.size() > MostSilentSenders)
         silent.erase(silent.begin(), silent.end() - MostSilentSenders);
-    }
-    if (window.listener) std::ranges::move(silent, std::back_inserter(window.senders));
+    if (window.Listener) std::ranges::move(silent, std::back_inserter(window.Senders));
     return answered;
 }
 
@@ -223,23 +219,22 @@ WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const c
 }
 
 WindowHandle FindWindowA(const char* className, const char* title) {
-    const FolderLock lock;
+    FolderLock lock;
     if (!lock) return 0;
     WindowHandle found = 0;  // of several, the one that was made last
-    for (const std::string& file : LiveFiles(lock, WindowPrefix)) {
+    for (const std::string& file : LiveFiles(lock, WindowPrefix))
         if (IsWindow(lock, file, className, title)) found = std::max(found, HandleOf(file));
-    }
     return found;
 }
 
 std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
                                   std::intptr_t lParam, std::uint32_t,
                                   std::uint32_t timeoutMilliseconds, std::uintptr_t* reply) {
-    const Deadline deadline(timeoutMilliseconds);
-    const FileDescriptor connection = Connect(window, deadline);
+    Deadline deadline(timeoutMilliseconds);
+    FileDescriptor connection = Connect(window, deadline);
     if (!connection) return 0;
 
-    const Request request{message, wParam, lParam};
+    Request request{message, wParam, lParam};
     send(connection.Number(), &request, sizeof request, MSG_NOSIGNAL);
     if (!WaitForAnswer(connection.Number(), deadline)) {
         SetLastError(ErrorSuccess);
@@ -255,46 +250,46 @@ std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, st
 }
 
 WindowHandle OwnWindow(const char* className, const char* title, MessageHandler handler) {
-    const std::string texts =
+    std::string texts =
         std::string(className ? className : "") + '\0' + (title ? title : "") + '\0';
     if (!className || texts.size() > MostTextBytes) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
-    const auto window = std::make_shared<OwnedWindow>();
-    const FolderLock lock;
+    auto window = std::make_shared<OwnedWindow>();
+    FolderLock lock;
     if (!lock) return 0;
-    window->handle = NextHandle(lock);
-    window->file = HeldFile(lock, FileOf(window->handle), O_CREAT | O_EXCL);
-    window->listener = Listen(lock, window->handle);
-    window->handler = std::move(handler);
-    if (!window->handle || !window->listener ||
-        write(window->file.Number(), texts.data(), texts.size()) !=
+    window->Handle = NextHandle(lock);
+    window->File = HeldFile(lock, FileOf(window->Handle), O_CREAT | O_EXCL);
+    window->Listener = Listen(lock, window->Handle);
+    window->Handler = std::move(handler);
+    if (!window->Handle || !window->Listener ||
+        write(window->File.Number(), texts.data(), texts.size()) !=
             static_cast<ssize_t>(texts.size())) {
         SetLastError(ErrorNotEnoughMemory);
         return 0;
     }
-    ownedWindows.push_back(window);
-    return window->handle;
+    OwnedWindows.push_back(window);
+    return window->Handle;
 }
 
 void DropWindow(WindowHandle handle) {
-    const auto found = std::ranges::find(ownedWindows, handle, &OwnedWindow::handle);
-    if (found == ownedWindows.end()) return;
-    const std::shared_ptr<OwnedWindow> window = *found;
-    ownedWindows.erase(found);
+    auto found = std::ranges::find(OwnedWindows, handle, &OwnedWindow::Handle);
+    if (found == OwnedWindows.end()) return;
+    std::shared_ptr<OwnedWindow> window = *found;
+    OwnedWindows.erase(found);
     // At once, also when it is its own handler that drops it.
-    window->file.Release();
-    window->listener.Close();
-    window->senders.clear();
+    window->File.Release();
+    window->Listener.Close();
+    window->Senders.clear();
 }
 
 void ServeMessages(std::uint32_t milliseconds) {
-    const Deadline deadline(milliseconds);
+    Deadline deadline(milliseconds);
     bool answered = false;
     do {
         WaitForSenders(deadline);
-        const auto windows = ownedWindows;  // a handler may make and drop windows
+        auto windows = OwnedWindows;  // a handler may make and drop windows
         for (const auto& window : windows) {
             AcceptSenders(*window);
             answered |= AnswerSenders(*window);

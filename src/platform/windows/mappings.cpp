@@ -50,8 +50,8 @@ bool UnmapViewOfFile(const void* view) {
 std::size_t ViewSize(const void* view) {
     MEMORY_BASIC_INFORMATION region{};
     ::VirtualQuery(view, &region, sizeof region);
-    const bool isView = region.Type == MEM_MAPPED && region.State == MEM_COMMIT &&
-                        region.AllocationBase == view && region.BaseAddress == view;
+    bool isView = region.Type == MEM_MAPPED && region.State == MEM_COMMIT &&
+                  region.AllocationBase == view && region.BaseAddress == view;
     return isView ? region.RegionSize : 0;
 }
 

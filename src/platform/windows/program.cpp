@@ -50,11 +50,11 @@ double SecondsSinceMidnight() {
 }
 
 bool ClaimSingleInstance(const char* program) {
-    static const bool claimed = [program] {
-        const HANDLE mutex = ::CreateMutexA(nullptr, FALSE, InstanceName(program).c_str());
+    static bool claimed = [program] {
+        HANDLE mutex = ::CreateMutexA(nullptr, FALSE, InstanceName(program).c_str());
         if (!mutex) return false;
         // Owned rather than merely there: who only asks whether an instance runs has it open, too.
-        const bool free = ::WaitForSingleObject(mutex, 0) != WAIT_TIMEOUT;
+        bool free = ::WaitForSingleObject(mutex, 0) != WAIT_TIMEOUT;
         if (!free) ::CloseHandle(mutex);
         return free;
     }();
@@ -62,7 +62,7 @@ bool ClaimSingleInstance(const char* program) {
 }
 
 bool InstanceRuns(const char* program) {
-    const HANDLE mutex = ::OpenMutexA(SYNCHRONIZE, FALSE, InstanceName(program).c_str());
+    HANDLE mutex = ::OpenMutexA(SYNCHRONIZE, FALSE, InstanceName(program).c_str());
     // An instance with administrator's rights keeps others from opening what is its own.
     if (!mutex) return ::GetLastError() == ERROR_ACCESS_DENIED;
     ::CloseHandle(mutex);
@@ -75,8 +75,8 @@ void CloseOwnConsole() {
 }
 
 std::string ProgramFile(std::string_view name) {
-    static const std::string folder = [] {
-        const std::string path = InAnsi(ExecutablePath());
+    static std::string folder = [] {
+        std::string path = InAnsi(ExecutablePath());
         return path.substr(0, path.size() - FileName(path).size() - 1);
     }();
     return folder + std::string(name);
@@ -104,10 +104,9 @@ bool HoldsPath(const std::wstring& path) {
 }
 
 char DecimalSeparator() {
-    static const char separator = [] {
+    static char separator = [] {
         char text[8];
-        const int length =
-            ::GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, text, sizeof text);
+        int length = ::GetLocaleInfoA(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, text, sizeof text);
         return length == 2 ? text[0] : '.';  // with the zero behind it
     }();
     return separator;

@@ -32,23 +32,23 @@ class OpenFile {
 
 // A folder's own permissions would let a write-protected file be replaced, but it means it.
 bool MayBeReplaced(const std::string& path) {
-    const DWORD attributes = ::GetFileAttributesA(path.c_str());
+    DWORD attributes = ::GetFileAttributesA(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) return true;  // nothing there yet
     if (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) return false;
-    const OpenFile existing(path, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    OpenFile existing(path, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
     return static_cast<bool>(existing);
 }
 
 // Makes an empty file beside `path` and returns its path, empty on failure.
 std::string CreateBeside(const std::string& path) {
-    const std::string folder = path.substr(0, path.size() - FileName(path).size());
+    std::string folder = path.substr(0, path.size() - FileName(path).size());
     char temporary[MAX_PATH];
-    const UINT made = ::GetTempFileNameA(folder.empty() ? "." : folder.c_str(), "qm", 0, temporary);
+    UINT made = ::GetTempFileNameA(folder.empty() ? "." : folder.c_str(), "qm", 0, temporary);
     return made != 0 ? temporary : "";
 }
 
 bool WriteNew(const std::string& path, std::string_view content) {
-    const OpenFile file(path, 0);
+    OpenFile file(path, 0);
     return file && file.Write(content);
 }
 
@@ -56,11 +56,11 @@ bool WriteNew(const std::string& path, std::string_view content) {
 
 bool ReplaceFile(const std::string& path, std::string_view content) {
     if (!MayBeReplaced(path)) return false;
-    const std::string temporary = CreateBeside(path);
+    std::string temporary = CreateBeside(path);
     if (temporary.empty()) return false;
-    const bool replaced = WriteNew(temporary, content) &&
-                          ::MoveFileExA(temporary.c_str(), path.c_str(),
-                                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    bool replaced = WriteNew(temporary, content) &&
+                    ::MoveFileExA(temporary.c_str(), path.c_str(),
+                                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
     if (!replaced) ::DeleteFileA(temporary.c_str());
     return replaced;
 }

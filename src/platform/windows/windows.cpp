@@ -11,21 +11,21 @@ namespace quirkmeter::platform {
 
 namespace {
 
-thread_local std::map<HWND, std::shared_ptr<MessageHandler>> handlers;
-std::atomic<bool> closeRequested = false;
+thread_local std::map<HWND, std::shared_ptr<MessageHandler>> Handlers;
+std::atomic<bool> CloseRequested = false;
 
 HWND Native(WindowHandle window) {
     return reinterpret_cast<HWND>(window);
 }
 
 LRESULT CALLBACK OwnedWindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    const auto found = handlers.find(window);
-    if (message >= 0xC000 && message <= 0xFFFF && found != handlers.end()) {
-        const auto handler = found->second;  // lives on should it drop its own window
+    auto found = Handlers.find(window);
+    if (message >= 0xC000 && message <= 0xFFFF && found != Handlers.end()) {
+        auto handler = found->second;  // lives on should it drop its own window
         return (*handler)(message, wParam, lParam);
     }
     if (message == WM_CLOSE) {
-        closeRequested = true;
+        CloseRequested = true;
         return 0;
     }
     return ::DefWindowProcA(window, message, wParam, lParam);
@@ -52,8 +52,8 @@ std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, st
                                   std::uint32_t timeoutMilliseconds, std::uintptr_t* reply) {
     DWORD_PTR answer = 0;
     ::SetLastError(ERROR_SUCCESS);  // an older error must not be taken for this call's
-    const LRESULT sent = ::SendMessageTimeoutA(Native(window), message, wParam, lParam, flags,
-                                               timeoutMilliseconds, &answer);
+    LRESULT sent = ::SendMessageTimeoutA(Native(window), message, wParam, lParam, flags,
+                                         timeoutMilliseconds, &answer);
     if (sent != 0) {
         if (reply) *reply = answer;
     } else if (::GetLastError() == ERROR_TIMEOUT) {
@@ -69,14 +69,14 @@ WindowHandle OwnWindow(const char* className, const char* title, MessageHandler 
     windowClass.hInstance = ::GetModuleHandleA(nullptr);
     windowClass.lpszClassName = className;
     ::RegisterClassExA(&windowClass);  // fails, to no harm, where it is registered already
-    const HWND window = ::CreateWindowExA(0, className, title, WS_OVERLAPPED, 0, 0, 0, 0, nullptr,
-                                          nullptr, windowClass.hInstance, nullptr);
-    if (window) handlers[window] = std::make_shared<MessageHandler>(std::move(handler));
+    HWND window = ::CreateWindowExA(0, className, title, WS_OVERLAPPED, 0, 0, 0, 0, nullptr,
+                                    nullptr, windowClass.hInstance, nullptr);
+    if (window) Handlers[window] = std::make_shared<MessageHandler>(std::move(handler));
     return reinterpret_cast<WindowHandle>(window);
 }
 
 void DropWindow(WindowHandle window) {
-    handlers.erase(Native(window));
+    Handlers.erase(Native(window));
     ::DestroyWindow(Native(window));
 }
 
@@ -88,7 +88,7 @@ void ServeMessages(std::uint32_t milliseconds) {
 }
 
 bool TerminationRequested() {
-    return closeRequested;
+    return CloseRequested;
 }
 
 }  // namespace quirkmeter::platform

@@ -2,12 +2,24 @@
 
 namespace quirkmeter {
 
+namespace {
+
+std::uint32_t RunningProgram() {
+    return platform::InstanceProcess("Quirkmeter");
+}
+
+}  // namespace
+
 Companion::~Companion() {
     DropCompanionWindow();
 }
 
+// The program claims its instance before it looks for the window. So one that comes from here on
+// finds the window; what runs already is taken for the one that started this companion and ends.
 bool Companion::Start() {
-    return platform::ClaimSingleInstance("fsqmhc") && OwnCompanionWindow();
+    if (!platform::ClaimSingleInstance("fsqmhc") || !OwnCompanionWindow()) return false;
+    starter_ = RunningProgram();
+    return true;
 }
 
 bool Companion::OwnCompanionWindow() {
@@ -23,35 +35,34 @@ void Companion::DropCompanionWindow() {
 }
 
 bool Companion::Tick() {
-    bool running = platform::InstanceRuns("Quirkmeter");
+    std::uint32_t running = RunningProgram();
     ++ticks_;
     switch (state_) {
         case State::ProgramEnding:
-            // While the first one is ending, a second would end at once as well. One that stays was
-            // started by the user, with this companion's window already there.
-            if (!running) {
+            // While the first one is ending, a second would end at once as well. One that stays, or
+            // that came later, was started by the user with this companion's window already there.
+            if (running == 0) {
                 std::string program = platform::ProgramFile(program_);
                 platform::ShellExecuteA(0, "Open", program.c_str(), "", "", platform::ShowNormal);
                 state_ = State::ProgramStarting;
                 ticks_ = 0;
-            } else if (ticks_ >= PatienceTicks) {
+            } else if (running != starter_ || ticks_ >= PatienceTicks) {
                 state_ = State::Serving;
             }
             return true;
         case State::ProgramStarting:
-            if (running) state_ = State::Serving;
-            return running || ticks_ < PatienceTicks;
+            if (running != 0) state_ = State::Serving;
+            return running != 0 || ticks_ < PatienceTicks;
         case State::Serving:
-            return running || KeepServing();
+            return running != 0 || KeepServing();
     }
     return false;
 }
 
-// The program claims its instance before it looks for the window. So one that came just now and saw
-// the window is there when the window has gone, and gets it back.
+// One that came just now and saw the window is there when the window has gone, and gets it back.
 bool Companion::KeepServing() {
     DropCompanionWindow();
-    return platform::InstanceRuns("Quirkmeter") && OwnCompanionWindow();
+    return RunningProgram() != 0 && OwnCompanionWindow();
 }
 
 }  // namespace quirkmeter

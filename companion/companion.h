@@ -25,7 +25,7 @@ class Companion {
 
    private:
     enum class State {
-        ProgramEnding,    // the program that started the companion is still there
+        ProgramEnding,    // the program that started the companion may still be there
         ProgramStarting,  // started again, not seen yet
         Serving,
     };
@@ -36,6 +36,7 @@ class Companion {
 
     const char* program_;
     platform::WindowHandle window_ = 0;
+    std::uint32_t starter_ = 0;  // the program that ran when the window had been made
     State state_ = State::ProgramEnding;
     int ticks_ = 0;  // in this state
 };

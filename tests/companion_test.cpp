@@ -12,7 +12,8 @@ namespace {
 
 namespace inprocess = platform::inprocess;
 using testing::ElementsAre;
-using testing::IsEmpty;
+
+constexpr std::uint32_t None = 0, Starter = 100, Second = 200;  // the process that runs
 
 class CompanionTest : public testing::Test {
    protected:
@@ -21,60 +22,67 @@ class CompanionTest : public testing::Test {
         inprocess::SetProgramFolder("folder");
     }
 
-    void SetProgramRuns(bool runs) { inprocess::SetInstanceRuns("Quirkmeter", runs); }
+    void SetRunning(std::uint32_t process) { inprocess::SetInstanceProcess("Quirkmeter", process); }
     bool WindowIsThere() const { return platform::FindWindowA("ThunderRT6FormDC", "FSQMHC") != 0; }
-
-    // Ticks for which the companion stays, at most that many.
-    int Ticks(int most) {
-        for (int ticks = 0; ticks < most; ++ticks)
-            if (!companion_.Tick()) return ticks;
-        return most;
-    }
 
     Companion companion_{"\\Quirkmeter"};
 };
 
-TEST_F(CompanionTest, StartsTheProgramAgainOnceItHasEndedAndEndsWithThat) {
-    SetProgramRuns(true);
-    EXPECT_TRUE(companion_.Start());
-    EXPECT_TRUE(WindowIsThere());
-    EXPECT_EQ(Ticks(29), 29);
-    EXPECT_THAT(inprocess::TakeShellRuns(), IsEmpty()) << "the first one is still ending";
-    SetProgramRuns(false);
-    EXPECT_TRUE(companion_.Tick());
-    EXPECT_THAT(inprocess::TakeShellRuns(),
-                ElementsAre(inprocess::ShellRun{"Open", "folder/Quirkmeter", "", "",
-                                                platform::ShowNormal}));
-    EXPECT_EQ(Ticks(29), 29) << "the second one is still starting";
-    SetProgramRuns(true);
-    EXPECT_EQ(Ticks(1000), 1000);
-    EXPECT_TRUE(WindowIsThere());
-    SetProgramRuns(false);
-    EXPECT_FALSE(companion_.Tick());
-    EXPECT_FALSE(WindowIsThere());
-    EXPECT_THAT(inprocess::TakeShellRuns(), IsEmpty()) << "once only";
+TEST_F(CompanionTest, StaysAndStartsTheProgramAgainAsItComesAndGoes) {
+    struct Stage {
+        std::uint32_t Running;
+        int Ticks;  // for which the companion stays, at most that many
+    };
+    struct Life {
+        const char* Story;
+        std::vector<Stage> Stages;
+        std::size_t Starts;
+        int LastTicks;  // of the last stage, for which it stayed
+    };
+    Life lives[] = {
+        {"started again, closed",
+         {{Starter, 29}, {None, 1}, {None, 29}, {Second, 1000}, {None, 9}},
+         1,
+         0},
+        {"does not appear", {{Starter, 1}, {None, 1000}}, 1, 30},
+        {"ended before the first look", {{None, 1}, {Second, 99}, {None, 9}}, 1, 0},
+        {"the first stays, closed late", {{Starter, 30}, {None, 9}}, 0, 0},
+        {"the user's second start, closed soon", {{Second, 2}, {None, 9}}, 0, 0},
+        {"the user's second start, seen late", {{Starter, 5}, {Second, 1}, {None, 9}}, 0, 0},
+    };
+    for (const Life& life : lives) {
+        Companion companion("\\Quirkmeter");
+        SetRunning(Starter);
+        EXPECT_TRUE(companion.Start()) << life.Story;
+        EXPECT_TRUE(WindowIsThere()) << life.Story;
+        for (const Stage& stage : life.Stages) {
+            SetRunning(stage.Running);
+            int stayed = 0;
+            while (stayed < stage.Ticks && companion.Tick()) ++stayed;
+            bool last = &stage == &life.Stages.back();
+            EXPECT_EQ(stayed, last ? life.LastTicks : stage.Ticks) << life.Story;
+        }
+        EXPECT_EQ(inprocess::TakeShellRuns(),
+                  std::vector(life.Starts, inprocess::ShellRun{"Open", "folder/Quirkmeter", "", "",
+                                                               platform::ShowNormal}))
+            << life.Story;
+    }
 }
 
-TEST_F(CompanionTest, GivesUpOnAProgramThatDoesNotAppear) {
+TEST_F(CompanionTest, GivesItsWindowBackToAProgramThatCameJustNow) {
+    SetRunning(Second);
     EXPECT_TRUE(companion_.Start());
-    EXPECT_EQ(Ticks(1000), 30);
-    EXPECT_EQ(inprocess::TakeShellRuns().size(), 1u);
-}
-
-// It did not start the companion, but found its window.
-TEST_F(CompanionTest, ServesAProgramThatStaysOrCameJustNow) {
-    SetProgramRuns(true);
-    EXPECT_TRUE(companion_.Start());
-    EXPECT_EQ(Ticks(30), 30);
+    for (int tick = 0; tick < 31; ++tick) EXPECT_TRUE(companion_.Tick());
     // Not there yet at the first look, there at the second.
-    inprocess::FailCalls("InstanceRuns", 1, 1, platform::ErrorSuccess);
+    inprocess::FailCalls("InstanceProcess", 1, 1, platform::ErrorSuccess);
     EXPECT_TRUE(companion_.Tick());
     EXPECT_TRUE(WindowIsThere());
-    EXPECT_TRUE(companion_.Tick());
-    inprocess::FailCalls("InstanceRuns", 1, 1, platform::ErrorSuccess);
+    inprocess::FailCalls("InstanceProcess", 1, 1, platform::ErrorSuccess);
     inprocess::FailCalls("OwnWindow", 1, 1, platform::ErrorNotEnoughMemory);
     EXPECT_FALSE(companion_.Tick()) << "without its window it is of no use";
-    EXPECT_THAT(inprocess::TakeShellRuns(), IsEmpty());
+    SetRunning(None);
+    EXPECT_FALSE(companion_.Tick());
+    EXPECT_FALSE(WindowIsThere());
 }
 
 TEST_F(CompanionTest, IsOneOnlyAndNothingWithoutItsWindow) {

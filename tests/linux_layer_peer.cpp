@@ -40,24 +40,6 @@ void Map(char** arguments) {
     view[32767] = 42;
 }
 
-void AddAtom(char** arguments) {
-    for (int times = std::stoi(arguments[1]); times > 1; --times) GlobalAddAtomA(arguments[0]);
-    Print(GlobalAddAtomA(arguments[0]));
-}
-
-// Is in the middle of something whenever it is killed.
-void Churn(char**) {
-    Print("churning");
-    for (;;) {
-        std::uint16_t atom = GlobalAddAtomA("churned");
-        WindowHandle window = OwnWindow("Churned", "", Answer);
-        CloseHandle(
-            CreateFileMappingA(InvalidFileHandle, nullptr, PageReadWrite, 0, 4096, "churned"));
-        DropWindow(window);
-        GlobalDeleteAtom(atom);
-    }
-}
-
 // Tells, in a file that appears with all of its content, how this process was started.
 void Report(const std::string& path, char** arguments) {
     bool inherited = fcntl(3, F_GETFD) >= 0 || fcntl(400, F_GETFD) >= 0;
@@ -81,8 +63,7 @@ int main(int, char** arguments) {
     const std::map<std::string, void (*)(char**)> tasks = {
         {"own", Own},
         {"map", Map},
-        {"atom", AddAtom},
-        {"churn", Churn},
+        {"atom", [](char** names) { Print(GlobalAddAtomA(names[0])); }},
         {"message", [](char** names) { Print(RegisterWindowMessageA(names[0])); }},
         {"claim", [](char**) { Print(ClaimSingleInstance("Quirkmeter")); }},
         {"key", [](char**) { Print(GetAsyncKeyState('S')); }},

@@ -139,8 +139,8 @@ std::intptr_t ShellExecuteA(WindowHandle owner, const char* operation, const cha
 /// until it ends; false while such a process of the same user runs. A process claims one name at
 /// most.
 bool ClaimSingleInstance(const char* program);
-/// True while a process of the user that claimed that name runs.
-bool InstanceRuns(const char* program);
+/// The process of the user that claimed that name, 0 when none runs.
+std::uint32_t InstanceProcess(const char* program);
 
 /// True once the user or the system has asked the process to end: on Linux by an interrupt, a
 /// termination or a hang-up signal, which do not end it by themselves after the first call; on
@@ -167,9 +167,12 @@ bool HoldsPath(const std::wstring& path);
 /// The decimal separator of the user's regional settings.
 char DecimalSeparator();
 
-/// Replaces a file's content as one step: whatever fails and whenever the process ends, the file
-/// holds either all of its old content or all of the new one. False when it could not be written
-/// (a file or folder that may not be written is not replaced); the old content then stands.
+/// Replaces a file's content, or makes the file; a link is followed and stays, also where the file
+/// that it leads to is not there yet. As one step, if the folder lets a new file take the old one's
+/// place: whatever fails and whenever the process ends, the file then holds either all of its old
+/// content or all of the new one. Else the file is written in place, after all that can be known
+/// beforehand has been seen to. False when it could not be written; a file or folder that may not
+/// be written and a disk without room leave the old content as it is.
 bool ReplaceFile(const std::string& path, std::string_view content);
 
 }  // namespace quirkmeter::platform

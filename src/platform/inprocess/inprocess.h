@@ -38,8 +38,8 @@ struct ShellRun {
 };
 std::vector<ShellRun> TakeShellRuns();
 
-/// Whether a process with the claim of that name runs.
-void SetInstanceRuns(const std::string& program, bool runs);
+/// The process with the claim of that name, 0 for none.
+void SetInstanceProcess(const std::string& program, std::uint32_t process);
 
 void SetProgramFolder(const std::string& folder);
 void SetDecimalSeparator(char separator);

@@ -8,7 +8,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "platform/inprocess/inprocess.h"
@@ -53,7 +52,7 @@ struct World {
     std::map<std::string, int, std::less<>> Calls;
     std::map<std::string, Fault, std::less<>> Faults;
     std::map<int, std::int16_t> Keys;
-    std::set<std::string, std::less<>> Running;
+    std::map<std::string, std::uint32_t, std::less<>> Instances;
     std::vector<std::string> Sounds;
     std::vector<inprocess::ShellRun> ShellRuns;
     std::string Folder = ".";
@@ -145,11 +144,8 @@ std::vector<ShellRun> TakeShellRuns() {
     return std::exchange(TheWorld.ShellRuns, {});
 }
 
-void SetInstanceRuns(const std::string& program, bool runs) {
-    if (runs)
-        TheWorld.Running.insert(program);
-    else
-        TheWorld.Running.erase(program);
+void SetInstanceProcess(const std::string& program, std::uint32_t process) {
+    TheWorld.Instances[program] = process;
 }
 
 void SetProgramFolder(const std::string& folder) {
@@ -331,9 +327,10 @@ bool ClaimSingleInstance(const char*) {
     return !Fails("ClaimSingleInstance");
 }
 
-bool InstanceRuns(const char* program) {
-    if (Fails("InstanceRuns")) return false;
-    return TheWorld.Running.contains(program);
+std::uint32_t InstanceProcess(const char* program) {
+    if (Fails("InstanceProcess")) return 0;
+    auto instance = TheWorld.Instances.find(program);
+    return instance == TheWorld.Instances.end() ? 0 : instance->second;
 }
 
 bool TerminationRequested() {

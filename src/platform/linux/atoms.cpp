@@ -31,16 +31,16 @@ struct Slot {
 };
 static_assert(sizeof(Slot) == 512);
 
-/// Empty when there is none, with the last error set. Only to be used under the folder's lock.
+// Empty when there is none, with the last error set. Only to be used under the folder's lock.
 FileDescriptor OpenTable(const FolderLock& lock, const char* table) {
     if (!lock) return FileDescriptor();
-    FileDescriptor file(
-        openat(lock.Folder(), table, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+    FileDescriptor file =
+        OpenPatiently(lock.Folder(), table, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
     if (!file) SetLastError(ErrorNotEnoughMemory);
     return file;
 }
 
-/// Nothing behind the end of the table.
+// Nothing behind the end of the table.
 std::optional<Slot> ReadSlot(const FileDescriptor& table, int index) {
     Slot slot;
     off_t place = static_cast<off_t>(sizeof slot) * index;
@@ -53,7 +53,7 @@ bool WriteSlot(const FileDescriptor& table, int index, const Slot& slot) {
     return pwrite(table.Number(), &slot, sizeof slot, place) == sizeof slot;
 }
 
-/// The index of the name's slot, else of the first free one; SlotCount when all are used.
+// The index of the name's slot, else of the first free one; SlotCount when all are used.
 int FindSlot(const FileDescriptor& table, std::string_view name) {
     int firstFree = SlotCount;
     for (int index = 0; index < SlotCount; ++index) {
@@ -67,7 +67,7 @@ int FindSlot(const FileDescriptor& table, std::string_view name) {
     return firstFree;
 }
 
-/// The number of the name, which then counts one more; 0 on failure.
+// The number of the name, which then counts one more; 0 on failure.
 int AddName(const char* tableName, const char* text) {
     std::string_view name = text ? text : "";
     if (name.empty() || name.size() > MostNameBytes) {
@@ -91,7 +91,7 @@ int AddName(const char* tableName, const char* text) {
     return FirstNumber + index;
 }
 
-/// The slot of an atom that exists; else nothing, with the last error set.
+// The slot of an atom that exists; else nothing, with the last error set.
 std::optional<Slot> AtomSlot(const FileDescriptor& table, std::uint16_t atom) {
     if (atom >= FirstNumber) {
         std::optional<Slot> slot = ReadSlot(table, atom - FirstNumber);

@@ -1,8 +1,11 @@
-// A descriptor that is closed with its owner.
+// A descriptor that is closed with its owner, and room for a file.
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <utility>
 
 namespace quirkmeter::platform {
@@ -23,13 +26,25 @@ class FileDescriptor {
 
     explicit operator bool() const { return descriptor_ >= 0; }
     int Number() const { return descriptor_; }
+    int Release() { return std::exchange(descriptor_, -1); }
 
     void Close() {
-        if (descriptor_ >= 0) close(std::exchange(descriptor_, -1));
+        if (descriptor_ >= 0) close(Release());
     }
 
    private:
     int descriptor_ = -1;
 };
+
+/// Takes room on the disk for the first `size` bytes of a file, which grows to that if it is
+/// shorter. False when there is not enough; it may have grown then as well.
+inline bool Reserve(int file, std::uint64_t size) {
+    if (size == 0) return true;
+    int error;
+    do {
+        error = posix_fallocate(file, 0, static_cast<off_t>(size));
+    } while (error == EINTR);
+    return error == 0;
+}
 
 }  // namespace quirkmeter::platform

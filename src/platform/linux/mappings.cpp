@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <unordered_map>
@@ -48,15 +47,6 @@ bool IsLive(const FolderLock& lock, const std::string& file) {
     return std::ranges::count(LiveFiles(lock, MappingPrefix), file) != 0;
 }
 
-// Reserves the room at once: with none left, a store into a view would end the process.
-bool Reserve(int file, std::uint64_t size) {
-    int error;
-    do {
-        error = posix_fallocate(file, 0, static_cast<off_t>(size));
-    } while (error == EINTR);
-    return error == 0;
-}
-
 MappingHandle KeepHandle(std::shared_ptr<HeldFile> mapping) {
     static MappingHandle last = 0;
     Mappings.emplace(++last, std::move(mapping));
@@ -79,6 +69,7 @@ MappingHandle CreateFileMappingA(MappingHandle file, void*, std::uint32_t protec
     if (!lock) return 0;
     bool exists = IsLive(lock, fileName);
     *mapping = HeldFile(lock, fileName, exists ? 0 : O_CREAT | O_EXCL);
+    // The room is taken at once: with none left, a store into a view would end the process.
     if (!*mapping || (!exists && !Reserve(mapping->Number(), size))) {
         SetLastError(ErrorNotEnoughMemory);
         return 0;

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -16,8 +17,9 @@ namespace quirkmeter::platform {
 
 namespace {
 
-std::string InstanceFile(const char* program) {
-    return std::string("instance-") + program;
+// The prefix of the name of an instance's file, behind which its process id stands.
+std::string InstancePrefix(const char* program) {
+    return std::string("instance-") + program + "-";
 }
 
 }  // namespace
@@ -42,16 +44,19 @@ double SecondsSinceMidnight() {
 bool ClaimSingleInstance(const char* program) {
     static HeldFile instance;
     if (instance) return true;
-    std::string name = InstanceFile(program);
+    std::string prefix = InstancePrefix(program);
     FolderLock lock;
-    if (!lock || !LiveFiles(lock, name).empty()) return false;
-    instance = HeldFile(lock, name, O_CREAT | O_EXCL);
+    if (!lock || !LiveFiles(lock, prefix).empty()) return false;
+    instance = HeldFile(lock, prefix + std::to_string(getpid()), O_CREAT | O_EXCL);
     return static_cast<bool>(instance);
 }
 
-bool InstanceRuns(const char* program) {
+std::uint32_t InstanceProcess(const char* program) {
+    std::string prefix = InstancePrefix(program);
     FolderLock lock;
-    return lock && !LiveFiles(lock, InstanceFile(program)).empty();
+    if (!lock) return 0;
+    std::vector<std::string> files = LiveFiles(lock, prefix);
+    return files.empty() ? 0 : static_cast<std::uint32_t>(std::atoi(&files[0][prefix.size()]));
 }
 
 void CloseOwnConsole() {}

@@ -15,14 +15,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The file behind a link, so that the link stays one; empty when it leads nowhere.
-fs::path BehindLinks(const fs::path& path) {
+constexpr int MostLinks = 40;  // as many as the system follows
+
+// What a link leads to, whether that is there or not.
+fs::path BehindLinks(fs::path path) {
     std::error_code error;
-    return fs::is_symlink(path, error) ? fs::canonical(path, error) : path;
+    for (int links = 0; links < MostLinks && fs::is_symlink(path, error); ++links)
+        path = path.parent_path() / fs::read_symlink(path, error);
+    return path;
 }
 
 // Root may write anything, but a write-protected file means it.
-bool MayBeReplaced(const fs::path& path, const struct stat& status) {
+bool MayBeWritten(const fs::path& path, const struct stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) && access(path.c_str(), W_OK) == 0;
 }
 
@@ -48,23 +52,35 @@ bool WriteAll(int file, std::string_view content) {
     return true;
 }
 
+// Takes the room first: with none left, the old content stands.
+bool WriteInPlace(const fs::path& path, const struct stat& old, std::string_view content) {
+    FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
+    if (!file) return false;
+    if (!Reserve(file.Number(), content.size())) {
+        [[maybe_unused]] int result = ftruncate(file.Number(), old.st_size);
+        return false;
+    }
+    return WriteAll(file.Number(), content) &&
+           ftruncate(file.Number(), static_cast<off_t>(content.size())) == 0 &&
+           fsync(file.Number()) == 0;
+}
+
 }  // namespace
 
 bool ReplaceFile(const std::string& path, std::string_view content) {
     fs::path target = BehindLinks(path);
-    if (target.empty()) return false;
     struct stat old;
     bool exists = stat(target.c_str(), &old) == 0;
-    if (exists && !MayBeReplaced(target, old)) return false;
+    if (exists ? !MayBeWritten(target, old) : errno != ENOENT) return false;
 
     fs::path temporary;
     FileDescriptor file = CreateBeside(target, temporary);
-    if (!file) return false;
-    bool replaced = (!exists || fchmod(file.Number(), old.st_mode & 07777) == 0) &&
-                    WriteAll(file.Number(), content) && fsync(file.Number()) == 0 &&
-                    std::rename(temporary.c_str(), target.c_str()) == 0;
-    if (!replaced) unlink(temporary.c_str());
-    return replaced;
+    if (!file) return exists && WriteInPlace(target, old, content);
+    bool alike = !exists || fchmod(file.Number(), old.st_mode & 07777) == 0;
+    bool written = WriteAll(file.Number(), content) && fsync(file.Number()) == 0;
+    if (alike && written && std::rename(temporary.c_str(), target.c_str()) == 0) return true;
+    unlink(temporary.c_str());
+    return exists && written && WriteInPlace(target, old, content);
 }
 
 }  // namespace quirkmeter::platform

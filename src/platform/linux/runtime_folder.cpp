@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "platform/linux/last_error.h"
+#include "platform/platform.h"
 
 namespace quirkmeter::platform {
 
@@ -54,17 +55,36 @@ void Remove(int folder, const std::string& name) {
 }
 
 FileDescriptor OpenFile(int folder, const std::string& name, int flags) {
-    return FileDescriptor(
-        openat(folder, name.c_str(), flags | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+    return OpenPatiently(folder, name.c_str(), flags | O_RDWR | O_NOFOLLOW | O_NONBLOCK);
+}
+
+constexpr int MostAttempts = 10;
+constexpr std::uint32_t AttemptPause = 5;  // milliseconds
+
+bool IsPassing(int error) {
+    return error == EINTR || error == EMFILE || error == ENFILE || error == ENOMEM;
 }
 
 }  // namespace
 
+FileDescriptor OpenPatiently(int folder, const char* name, int flags) {
+    for (int attempt = 1;; ++attempt) {
+        FileDescriptor file(openat(folder, name, flags | O_CLOEXEC, 0600));
+        if (file || !IsPassing(errno) || attempt == MostAttempts) return file;
+        Sleep(AttemptPause);
+    }
+}
+
 FileDescriptor OpenRuntimeFolder() {
     std::string path = FolderPath();
     mkdir(path.c_str(), 0700);
-    FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    FileDescriptor folder =
+        OpenPatiently(AT_FDCWD, path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
     if (folder && IsOursAlone(folder.Number())) return folder;
+    if (!folder && IsPassing(errno)) {
+        SetLastError(ErrorNotEnoughMemory);
+        return FileDescriptor();
+    }
     ComplainOnce(path);
     SetLastError(ErrorAccessDenied);
     return FileDescriptor();
@@ -103,8 +123,8 @@ void HeldFile::Release() {
 std::vector<std::string> LiveFiles(const FolderLock& lock, std::string_view prefix) {
     std::vector<std::string> live;
     // A descriptor of its own, because reading moves the position in the folder.
-    int folder = openat(lock.Folder(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(folder), closedir);
+    FileDescriptor folder = OpenPatiently(lock.Folder(), ".", O_RDONLY | O_DIRECTORY);
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(folder.Release()), closedir);
     if (!entries) return live;
     while (const dirent* entry = readdir(entries.get())) {
         std::string name = entry->d_name;

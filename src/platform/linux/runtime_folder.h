@@ -12,8 +12,12 @@
 
 namespace quirkmeter::platform {
 
-/// Opens the folder, after making it if need be. Empty, with the last error set and one line on
-/// stderr in each process, when there is none that belongs to this user alone.
+/// As openat, for this user only. What the system has no room for at the moment is tried again for
+/// some 50 ms: one moment without a free descriptor must not make a living window look dead.
+FileDescriptor OpenPatiently(int folder, const char* name, int flags);
+
+/// Opens the folder, after making it if need be. Empty, with the last error set, when there is no
+/// room for that, or none that belongs to this user alone, which is also said on stderr once.
 FileDescriptor OpenRuntimeFolder();
 
 /// Waits until no other process works on the folder, then keeps them out for its lifetime. A thread

@@ -88,8 +88,8 @@ WindowHandle HandleOf(std::string_view file) {
 bool IsWindow(const FolderLock& lock, const std::string& file, const char* className,
               const char* title) {
     std::array<char, MostTextBytes> text;
-    FileDescriptor opened(
-        openat(lock.Folder(), file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    FileDescriptor opened =
+        OpenPatiently(lock.Folder(), file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     ssize_t length = read(opened.Number(), text.data(), text.size());
     if (length <= 0) return false;
 
@@ -132,8 +132,8 @@ bool WaitForAnswer(int connection, const Deadline& deadline) {
 
 // A number that no window had since the folder was made; 0 on failure.
 WindowHandle NextHandle(const FolderLock& lock) {
-    FileDescriptor counter(
-        openat(lock.Folder(), "last-window", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    FileDescriptor counter =
+        OpenPatiently(lock.Folder(), "last-window", O_RDWR | O_CREAT | O_NOFOLLOW);
     WindowHandle last = 0;
     if (pread(counter.Number(), &last, sizeof last, 0) != sizeof last || last >= INT_MAX) last = 0;
     for (const std::string& file : LiveFiles(lock, WindowPrefix))

@@ -33,6 +33,21 @@ std::string InstanceName(const char* program) {
     return std::string("Local\\FS2002 Quirkmeter ") + program;
 }
 
+// Where the process id of an instance stands; it is gone with the instance.
+std::string ProcessName(const char* program) {
+    return InstanceName(program) + " process";
+}
+
+constexpr std::uint32_t UnknownProcess = 1;  // the real ones are multiples of four
+
+bool PublishProcess(const char* program) {
+    HANDLE memory = ::CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                                         sizeof(DWORD), ProcessName(program).c_str());
+    auto* process = static_cast<volatile DWORD*>(::MapViewOfFile(memory, FILE_MAP_WRITE, 0, 0, 0));
+    if (process) *process = ::GetCurrentProcessId();
+    return process;
+}
+
 }  // namespace
 
 std::uint32_t GetCurrentProcessId() {
@@ -56,17 +71,20 @@ bool ClaimSingleInstance(const char* program) {
         // Owned rather than merely there: who only asks whether an instance runs has it open, too.
         bool free = ::WaitForSingleObject(mutex, 0) != WAIT_TIMEOUT;
         if (!free) ::CloseHandle(mutex);
-        return free;
+        return free && PublishProcess(program);
     }();
     return claimed;
 }
 
-bool InstanceRuns(const char* program) {
-    HANDLE mutex = ::OpenMutexA(SYNCHRONIZE, FALSE, InstanceName(program).c_str());
+std::uint32_t InstanceProcess(const char* program) {
+    HANDLE memory = ::OpenFileMappingA(FILE_MAP_READ, FALSE, ProcessName(program).c_str());
     // An instance with administrator's rights keeps others from opening what is its own.
-    if (!mutex) return ::GetLastError() == ERROR_ACCESS_DENIED;
-    ::CloseHandle(mutex);
-    return true;
+    if (!memory) return ::GetLastError() == ERROR_ACCESS_DENIED ? UnknownProcess : 0;
+    auto* view = static_cast<const DWORD*>(::MapViewOfFile(memory, FILE_MAP_READ, 0, 0, 0));
+    DWORD process = view ? *view : UnknownProcess;
+    ::UnmapViewOfFile(view);
+    ::CloseHandle(memory);
+    return process;
 }
 
 void CloseOwnConsole() {

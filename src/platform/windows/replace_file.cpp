@@ -8,8 +8,8 @@ namespace {
 
 class OpenFile {
    public:
-    OpenFile(const std::string& path, DWORD sharing)
-        : handle_(::CreateFileA(path.c_str(), GENERIC_WRITE, sharing, nullptr, OPEN_EXISTING,
+    OpenFile(const std::string& path, DWORD sharing, DWORD creation)
+        : handle_(::CreateFileA(path.c_str(), GENERIC_WRITE, sharing, nullptr, creation,
                                 FILE_ATTRIBUTE_NORMAL, nullptr)) {}
     OpenFile(const OpenFile&) = delete;
     ~OpenFile() {
@@ -18,24 +18,31 @@ class OpenFile {
 
     explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
 
-    /// True when all of it is on the disk.
+    /// Takes the room first: with none left, what the file held stands. True when all of the
+    /// content is on the disk.
     bool Write(std::string_view content) const {
         DWORD written = 0;
-        return ::WriteFile(handle_, content.data(), static_cast<DWORD>(content.size()), &written,
-                           nullptr) &&
-               written == content.size() && ::FlushFileBuffers(handle_);
+        auto size = static_cast<DWORD>(content.size());
+        return SetSize(size) && ::SetFilePointer(handle_, 0, nullptr, FILE_BEGIN) == 0 &&
+               ::WriteFile(handle_, content.data(), size, &written, nullptr) && written == size &&
+               ::FlushFileBuffers(handle_);
     }
 
    private:
+    bool SetSize(DWORD size) const {
+        return ::SetFilePointer(handle_, static_cast<LONG>(size), nullptr, FILE_BEGIN) == size &&
+               ::SetEndOfFile(handle_);
+    }
+
     HANDLE handle_;
 };
 
+constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 // A folder's own permissions would let a write-protected file be replaced, but it means it.
-bool MayBeReplaced(const std::string& path) {
-    DWORD attributes = ::GetFileAttributesA(path.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return true;  // nothing there yet
+bool MayBeWritten(const std::string& path, DWORD attributes) {
     if (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) return false;
-    OpenFile existing(path, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    OpenFile existing(path, ShareAll, OPEN_EXISTING);
     return static_cast<bool>(existing);
 }
 
@@ -47,22 +54,33 @@ std::string CreateBeside(const std::string& path) {
     return made != 0 ? temporary : "";
 }
 
+// What a link leads to may not be there yet.
+bool WriteInPlace(const std::string& path, std::string_view content) {
+    OpenFile file(path, ShareAll, OPEN_ALWAYS);
+    return file && file.Write(content);
+}
+
 bool WriteNew(const std::string& path, std::string_view content) {
-    OpenFile file(path, 0);
+    OpenFile file(path, 0, OPEN_EXISTING);
     return file && file.Write(content);
 }
 
 }  // namespace
 
 bool ReplaceFile(const std::string& path, std::string_view content) {
-    if (!MayBeReplaced(path)) return false;
+    DWORD attributes = ::GetFileAttributesA(path.c_str());
+    bool exists = attributes != INVALID_FILE_ATTRIBUTES;
+    bool isLink = exists && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+    if (isLink) return WriteInPlace(path, content);
+    if (exists && !MayBeWritten(path, attributes)) return false;
     std::string temporary = CreateBeside(path);
-    if (temporary.empty()) return false;
-    bool replaced = WriteNew(temporary, content) &&
-                    ::MoveFileExA(temporary.c_str(), path.c_str(),
-                                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
-    if (!replaced) ::DeleteFileA(temporary.c_str());
-    return replaced;
+    if (temporary.empty()) return exists && WriteInPlace(path, content);
+    bool written = WriteNew(temporary, content);
+    if (written && ::MoveFileExA(temporary.c_str(), path.c_str(),
+                                 MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    ::DeleteFileA(temporary.c_str());
+    return exists && written && WriteInPlace(path, content);
 }
 
 }  // namespace quirkmeter::platform

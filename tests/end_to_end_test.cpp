@@ -200,12 +200,12 @@ void FlyUntilSystemsFail() {
     std::string aFlag = "0x0B71 1 1 Pitot Static (failure flag)";
     std::string aSwitch = "0x07BC 4 0 Master (autopilot switch)";
     std::string flaps = "0x0BDC 4 0 Flaps (control)";
-    cockpit.Await(aFlag, 3);
-    cockpit.Await(aSwitch, 3);
-    cockpit.Await(flaps);
-    EXPECT_GE(Seconds(cockpit.Heard(aFlag)[0]) - Seconds(cockpit.Heard("# took off")[0]), 9);
-    for (const std::string& write : {aFlag, aSwitch, flaps})
-        EXPECT_THAT(Pauses(cockpit.Heard(write)), Each(AllOf(Ge(0.5), Lt(4)))) << write;
+    cockpit.Await(aSwitch, 3);  // the last write of a tick
+    // Drawn at the tenth tick in the air, and written at each one since.
+    double drawn = Seconds(cockpit.Heard(aFlag)[0]) - Seconds(cockpit.Heard("# took off")[0]);
+    EXPECT_THAT(drawn, AllOf(Ge(9), Lt(30)));
+    for (const std::string& write : {aFlag, flaps})
+        EXPECT_THAT(cockpit.Heard(write), testing::SizeIs(3)) << write;
     EXPECT_THAT(cockpit.Heard(" failures... "), testing::SizeIs(Ge(1u)));
     EXPECT_THAT(cockpit.Heard("0x0BE8"), IsEmpty()) << "the gear is down";
 }
@@ -277,11 +277,11 @@ void LeaveAFlight(const char* first, int signal) {
     ExpectBothEnd(cockpit, first, signal);
     auto moves = cockpit.Heard("0x0574 4 0 Altitude, high half");
     EXPECT_EQ(moves.size(), 3u);
-    EXPECT_THAT(Pauses(moves), Each(AllOf(Ge(0.99), Lt(3))));
+    EXPECT_THAT(Pauses(moves), Each(Ge(0.99)));
 }
 
 // At the same time, because a flight lasts for seconds in most of which nothing happens.
-TEST(EndToEnd, Flights) {
+TEST(Flight, ConnectsFailsSystemsAndEnds) {
     std::vector<std::jthread> flights;
     for (const std::function<void()>& fly :
          {std::function(FlyUntilSystemsFail), std::function(LoseAndRegainTheSimulator),
@@ -299,21 +299,7 @@ TEST(EndToEnd, Flights) {
 
 // --- Starting and ending -----------------------------------------------------------------------
 
-TEST(EndToEnd, SettingsThatCannotBeWrittenAreComplainedAbout) {
-    Cockpit cockpit;
-    fs::create_directory(cockpit.Settings());
-    cockpit.StartSimulator();
-    Process& program = cockpit.Start(Program);
-    std::string main = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
-    EXPECT_TRUE(Becomes([&] { return cockpit.PassingFiles().size() == 4; })) << "connected";
-    program.Signal(SIGTERM);
-    for (const std::string& window : Windows(program.Pid(), "FS2002 Quirkmeter", 2))
-        if (window != main) Press(window, "Return");
-    EXPECT_EQ(program.ExitCode(), 0);
-    EXPECT_TRUE(fs::is_directory(cockpit.Settings()));
-}
-
-TEST(EndToEnd, HotkeyWorksWhileTheSimulatorHasTheKeyboard) {
+TEST(Keyboard, HotkeyWorksWhileTheSimulatorHasTheKeyboard) {
     Cockpit cockpit;
     Write(cockpit.Settings(), "STATUS_HK=83\r\nSTATUS_HKCS=1\r\n");
     pid_t simulator = cockpit.StartSimulator({}).Pid();
@@ -330,27 +316,20 @@ TEST(EndToEnd, HotkeyWorksWhileTheSimulatorHasTheKeyboard) {
     EXPECT_EQ(program.ExitCode(), 0);
 }
 
-TEST(EndToEnd, TheProgramEndsAlsoWhileADialogIsOpen) {
+TEST(Keyboard, TheProgramEndsAlsoWhileADialogIsOpen) {
     std::pair<const char*, const char*> dialogs[] = {{"alt+p", "Help"}, {"alt+s", "Save As"}};
     for (const auto& [key, title] : dialogs) {
         Cockpit cockpit;
         Process& program = cockpit.Start(Program);
-        Press(Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0], key);
+        std::string main = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
+        Press(main, key);
         Windows(program.Pid(), title, 1);
+        fs::create_directory(cockpit.Settings());
         program.Signal(SIGTERM);
+        for (const std::string& window : Windows(program.Pid(), "FS2002 Quirkmeter", 2))
+            if (window != main) Press(window, "Return");  // they could not be written
         EXPECT_EQ(program.ExitCode(), 0) << title;
-        EXPECT_EQ(Content(cockpit.Settings()), "LASTPROFILE=\r\n") << title;
     }
-}
-
-TEST(EndToEnd, HardcoreModeDoesNotStartWithoutItsCompanion) {
-    Cockpit cockpit;
-    fs::remove(cockpit.File(Companion));
-    Write(cockpit.Settings(), HardcoreSettings);
-    Process& program = cockpit.Start(Program);
-    Press(Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0], "Return");
-    EXPECT_EQ(program.ExitCode(), 0);
-    EXPECT_EQ(Content(cockpit.Settings()), HardcoreSettings);
 }
 
 }  // namespace

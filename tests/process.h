@@ -23,7 +23,7 @@ namespace quirkmeter {
 using Clock = std::chrono::steady_clock;
 
 /// How long a test waits for what must come, on a machine that is busy with other things as well.
-inline constexpr std::chrono::seconds Patience{15};
+inline constexpr std::chrono::seconds Patience{60};
 
 /// Waits until the condition holds; false when it still does not when the patience is at its end.
 template <typename Condition>
@@ -31,7 +31,7 @@ bool Becomes(Condition condition) {
     auto end = Clock::now() + Patience;
     while (!condition()) {
         if (Clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
 }

@@ -38,7 +38,7 @@ std::optional<Command> ParseCommand(const std::string& line);
 
 struct ScriptLine {
     double Seconds;  // since the start
-    Command Order;
+    Command What;
 };
 
 /// In order of their seconds.

@@ -77,7 +77,7 @@ void Flight::Advance(double now) {
 
 void Flight::RunScript() {
     while (nextLine_ < script_.size() && script_[nextLine_].Seconds <= now_)
-        Apply(script_[nextLine_++].Order);
+        Apply(script_[nextLine_++].What);
 }
 
 void Flight::RetractAfterTakeOff() {
@@ -236,7 +236,7 @@ FlightView Flight::View() const {
     view.Engines = static_cast<int>(space_.Value(offset::Engines, 2));
     for (const Variable& tank : VariablesOf(VariableKind::Tank))
         view.FuelPercent.push_back(FuelPercent(space_, tank));
-    view.Behaviour = misbehaviour_;
+    view.CurrentMisbehaviour = misbehaviour_;
     view.Latitude = signedValue(offset::Latitude) / LatitudeUnitsPerDegree;
     view.Longitude = signedValue(offset::Longitude) / LongitudeUnitsPerDegree;
     view.Altitude = signedValue(offset::Altitude) / UnitsPerMetre;

@@ -30,7 +30,7 @@ struct FlightView {
     bool Slewing;
     int Engines;
     std::vector<int> FuelPercent;  // by tank
-    Misbehaviour Behaviour;
+    Misbehaviour CurrentMisbehaviour;
     double Latitude;   // degrees, north positive
     double Longitude;  // degrees, east positive
     double Altitude;   // metres

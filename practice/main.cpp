@@ -33,7 +33,7 @@ struct Options {
     std::string ClassName = "UIPCMAIN";
     double TakeOffAfter = 5;
     std::string ScriptFile;
-    Misbehaviour Behaviour = Misbehaviour::None;
+    Misbehaviour Misbehave = Misbehaviour::None;
     double Duration = std::numeric_limits<double>::infinity();
 };
 
@@ -56,7 +56,7 @@ bool TakeValue(const std::string& option, const std::string& value, Options& opt
     }
     if (option == "--misbehave") {
         auto kind = ParseMisbehaviour(value);
-        if (kind) options.Behaviour = *kind;
+        if (kind) options.Misbehave = *kind;
         return kind.has_value();
     }
     return false;
@@ -98,8 +98,8 @@ int Run(const Options& options) {
     std::optional<Script> script = Script{{options.TakeOffAfter, Command{Verb::TakeOff}}};
     if (!options.ScriptFile.empty()) script = ReadScript(options.ScriptFile);
     if (!script) return 2;
-    if (options.Behaviour != Misbehaviour::None) {
-        Command command{Verb::Misbehave, static_cast<int>(options.Behaviour)};
+    if (options.Misbehave != Misbehaviour::None) {
+        Command command{Verb::Misbehave, static_cast<int>(options.Misbehave)};
         script->insert(script->begin(), {0, command});
     }
 

@@ -199,7 +199,7 @@ void PracticeFrame::ShowFlight(const FlightView& view) {
     ShowValue(gear_, view.GearDown);
     ShowValue(flaps_, view.FlapsDown);
     ShowValue(engines_, view.Engines);
-    int kind = static_cast<int>(view.Behaviour);
+    int kind = static_cast<int>(view.CurrentMisbehaviour);
     if (misbehaviour_->GetSelection() != kind) misbehaviour_->SetSelection(kind);
     for (std::size_t i = 0; i < tanks_.size(); ++i) {
         ShowValue(tanks_[i], view.FuelPercent[i]);

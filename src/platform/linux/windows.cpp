@@ -52,7 +52,7 @@ class Deadline {
 
     bool Passed() const { return Clock::now() >= end_; }
 
-    /// For poll: rounded up, so that it never wakes up just before the end.
+    // For poll: rounded up, so that it never wakes up just before the end.
     int MillisecondsLeft() const {
         auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now());
         return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));

@@ -200,6 +200,7 @@ void FlyUntilSystemsFail() {
     std::string aFlag = "0x0B71 1 1 Pitot Static (failure flag)";
     std::string aSwitch = "0x07BC 4 0 Master (autopilot switch)";
     std::string flaps = "0x0BDC 4 0 Flaps (control)";
+    cockpit.Await(aFlag);
     cockpit.Await(aSwitch, 3);  // the last write of a tick
     // Drawn at the tenth tick in the air, and written at each one since.
     double drawn = Seconds(cockpit.Heard(aFlag)[0]) - Seconds(cockpit.Heard("# took off")[0]);

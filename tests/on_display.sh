@@ -11,4 +11,9 @@ export GSETTINGS_BACKEND=memory
 export DISPLAY=:$display
 openbox >/dev/null 2>&1 &
 processes+=($!)
+managed() { xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'; }
+for _ in {1..600}; do
+    managed && break
+    sleep 0.1
+done
 "$@"

@@ -1,6 +1,7 @@
 // link-probe: works the link by hand. It takes an operation a line: init, open VERSION, close,
 // read OFFSET SIZE, process; and answers each with its result code. A failure that sets no code
-// shows as -1.
+// shows as -1. Beside that it can keep a file open, until its end: hold FILE.
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@ int main() {
     static std::vector<std::byte> answers(BlockSize);
     std::cin.unsetf(std::ios::basefield);  // 0x for hexadecimal
     std::string operation;
+    std::ifstream held;
     while (std::cin >> operation) {
         std::int32_t result = -1, number = 0, size = 0;
         if (operation == "init") {
@@ -26,6 +28,10 @@ int main() {
             SimRead(number, size, answers.data(), result);
         } else if (operation == "process") {
             SimProcess(result);
+        } else if (operation == "hold") {
+            std::string name;
+            std::cin >> name;
+            held.open(name);
         }
         std::cout << result << std::endl;
     }

@@ -76,7 +76,7 @@ class TestSimulator {
         window_ = platform::OwnWindow(
             className, "", [this](std::uint32_t message, std::uintptr_t wParam, std::intptr_t) {
                 if (message != message_) return std::intptr_t{0};
-                return Handle ? std::intptr_t{Handle()} : Answer(wParam);
+                return Answer(wParam);
             });
     }
     ~TestSimulator() { platform::DropWindow(window_); }
@@ -91,8 +91,6 @@ class TestSimulator {
     std::intptr_t Reply = 1;
     /// What a faulty module does to the answered block.
     std::function<void(std::byte* block)> Spoil;
-    /// Answers in the place of all this.
-    std::function<int()> Handle;
 
    private:
     std::intptr_t Answer(std::uintptr_t wParam) {

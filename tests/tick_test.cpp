@@ -1,6 +1,5 @@
 #include "engine/tick.h"
 
-#include "allocations.h"
 #include "engine/connection.h"
 #include "engine/failure_draw.h"
 #include "program_test.h"
@@ -116,33 +115,6 @@ TEST_F(TickTest, LostLinkClearsFailuresAndComesBackByItself) {
     EXPECT_EQ(Tick(), "Operational.  No failures.");
     SimClose();  // the first read cannot even be queued
     EXPECT_EQ(Tick(), NoConnection);
-}
-
-TEST_F(TickTest, NeedsNoMemory) {
-    Settings.DisplayUpdate = true;
-    ForEachSubsystem([](int, int, SubsystemEntry& entry) {
-        entry.Reliability = "99.999";
-        entry.Hours = "0.1";
-    });
-    ComputeFailureRanges();
-    for (auto [s, n] : {std::pair{1, 1}, {2, 1}, {4, 1}, {6, 1}, {7, 1}, {5, 2}}) AddFailure(s, n);
-    simulator_.Space.SetValue(0x0B74, 4, 1 << 30);
-    // Answers that need no memory themselves.
-    simulator_.Handle = [this] {
-        return practice::CarryOut(SimLink.View, BlockSize, simulator_.Space,
-                                  [](const practice::AppliedWrite&) {})
-                   ? 1
-                   : 0;
-    };
-    Tick(20);
-    ASSERT_EQ(FailureCount, 6);
-    std::size_t before = Allocations();
-    for (int i = 0; i < 40; ++i) {
-        simulator_.Space.SetValue(0x0264, 2, i / 15 % 2);  // the line changes now and then
-        EngineTick();
-    }
-    EXPECT_EQ(Allocations() - before, 0u);
-    EXPECT_EQ(FailureCount, 6);
 }
 
 }  // namespace

@@ -87,12 +87,13 @@ bool Deliver(std::uintptr_t& reply) {
                                &reply) != 0;
 }
 
-// The last retry comes too late even when it was delivered.
+// The last retry comes too late even when it was delivered; a window that is gone stays gone.
 bool DeliverWithRetries(std::uintptr_t& reply) {
     constexpr int MaxRetries = 40;
     bool delivered = Deliver(reply);
     int retries = 0;
-    for (; !delivered && retries < MaxRetries; ++retries) {
+    for (; !delivered && retries < MaxRetries && GetLastError() != ErrorInvalidWindowHandle;
+         ++retries) {
         Sleep(100);
         delivered = Deliver(reply);
     }

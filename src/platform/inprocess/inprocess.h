@@ -22,13 +22,23 @@ double Elapsed();
 void FailCalls(std::string_view function, int nth, int count, std::uint32_t lastError);
 int CallCount(std::string_view function);
 
+/// The last call of SendMessageTimeoutA, the window and the message aside.
+struct SendCall {
+    std::uintptr_t WParam;
+    std::intptr_t LParam;
+    std::uint32_t Flags, TimeoutMilliseconds;
+    bool operator==(const SendCall&) const = default;
+};
+SendCall LastSend();
+
 /// What is held: windows, atom references, mapping handles and mapped views.
 int HeldObjects();
 
 /// What GetAsyncKeyState answers, until set anew.
 void SetKey(int virtualKey, std::int16_t state);
 
-/// The files whose sound was started, without their folder.
+/// The files whose sound was started, without their folder; "waited for" stands behind one that was
+/// not played in the background.
 std::vector<std::string> TakeSounds();
 
 struct ShellRun {

@@ -51,6 +51,7 @@ struct World {
     std::vector<std::shared_ptr<Memory>> Views;
     std::map<std::string, int, std::less<>> Calls;
     std::map<std::string, Fault, std::less<>> Faults;
+    inprocess::SendCall LastSend{};
     std::map<int, std::int16_t> Keys;
     std::map<std::string, std::uint32_t, std::less<>> Instances;
     std::vector<std::string> Sounds;
@@ -63,9 +64,7 @@ World TheWorld;
 
 // Counts the call; true when a test wants it to fail, and the last error is then as it wants.
 bool Fails(std::string_view function) {
-    auto call = TheWorld.Calls.find(function);
-    if (call == TheWorld.Calls.end()) call = TheWorld.Calls.emplace(function, 0).first;
-    int number = ++call->second;
+    int number = ++TheWorld.Calls[std::string(function)];
     auto fault = TheWorld.Faults.find(function);
     if (fault == TheWorld.Faults.end() || number < fault->second.First ||
         number > fault->second.Last)
@@ -126,6 +125,10 @@ int CallCount(std::string_view function) {
     return call == TheWorld.Calls.end() ? 0 : call->second;
 }
 
+SendCall LastSend() {
+    return TheWorld.LastSend;
+}
+
 int HeldObjects() {
     std::size_t count = TheWorld.Windows.size() + TheWorld.Mappings.size() + TheWorld.Views.size();
     for (auto& [number, atom] : TheWorld.Atoms) count += static_cast<std::size_t>(atom.References);
@@ -181,8 +184,9 @@ std::uint32_t RegisterWindowMessageA(const char* name) {
 }
 
 std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
-                                  std::intptr_t lParam, std::uint32_t, std::uint32_t,
-                                  std::uintptr_t* reply) {
+                                  std::intptr_t lParam, std::uint32_t flags,
+                                  std::uint32_t timeoutMilliseconds, std::uintptr_t* reply) {
+    TheWorld.LastSend = {wParam, lParam, flags, timeoutMilliseconds};
     if (Fails("SendMessageTimeoutA")) return 0;
     auto found = TheWorld.Windows.find(window);
     if (found == TheWorld.Windows.end()) {
@@ -308,12 +312,13 @@ double SecondsSinceMidnight() {
 }
 
 std::int16_t GetAsyncKeyState(int virtualKey) {
+    Fails("GetAsyncKeyState");
     auto key = TheWorld.Keys.find(virtualKey);
     return key == TheWorld.Keys.end() ? std::int16_t{0} : key->second;
 }
 
-bool sndPlaySoundA(const char* path, std::uint32_t) {
-    TheWorld.Sounds.push_back(FileName(path));
+bool sndPlaySoundA(const char* path, std::uint32_t flags) {
+    TheWorld.Sounds.push_back(FileName(path) + (flags == SoundAsync ? "" : " waited for"));
     return true;
 }
 

@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# The layout of the source tree, and what no tool checks of its style: prints every line that breaks
+# a rule, and fails when there is one.
+cd "$(dirname "$0")/.."
+
+all=(src practice companion tests bench)
+lines() { grep -rnP --include='*.cpp' --include='*.h' "$@"; }
+
+broken_rules() {
+  # Each room may include itself and those before it; the other programs, the platform only.
+  local seen="" room
+  for room in platform model link hardcore persist engine ui app; do
+    seen+="|$room"
+    lines "^\s*#\s*include \"(?!(${seen#|})/)" "src/$room"
+  done
+  lines '^\s*#\s*include "(?!(companion|platform)/|companion\.h")' companion
+  lines '^\s*#\s*include "(?!(practice|platform)/)' practice
+  # Systems are told apart in the platform only.
+  lines '^\s*#\s*(if|include <(unistd|sys/|X11/|fcntl|signal))' src practice companion |
+    grep -v '^src/platform/'
+  lines '<windows\.h>' "${all[@]}" | grep -vE '^(src/platform/windows/|tests/native_windows\.cpp)'
+  # Locals are not const.
+  local name='(\w*[^\W_]|\[[^]]*\])(, \w+)*( =| : |[({;[]|$)'
+  lines "^\s+((if|for|while) \()?(static )?const [\w:]+(<[^=;(){}]*>)? $name" "${all[@]}"
+}
+
+! broken_rules | grep .

@@ -12,9 +12,10 @@ using testing::IsEmpty;
 struct Subsystem {
     int System, Number;
 };
-constexpr Subsystem Aileron{2, 1}, Elevator{2, 2}, ElevatorTrim{2, 3}, Rudder{2, 6}, Battery{3, 1},
-    Engine1Fail{4, 1}, Engine1Stall{4, 2}, Engine3Fail{4, 5}, TankLeft{5, 3}, TankRight{5, 6},
-    Airspeed{6, 1}, PitotStatic{6, 7}, Adf{7, 1};
+constexpr Subsystem Aileron{2, 1}, Elevator{2, 2}, ElevatorTrim{2, 3}, Rudder{2, 6}, Throttle{2, 7},
+    Battery{3, 1}, Engine1Fail{4, 1}, Engine1Stall{4, 2}, Engine2Fail{4, 3}, Engine3Fail{4, 5},
+    Engine4Fail{4, 7}, TankLeft{5, 3}, TankRight{5, 6}, Airspeed{6, 1}, PitotStatic{6, 7},
+    Adf{7, 1};
 
 class ActuationTest : public LinkedTest {
    protected:
@@ -45,6 +46,18 @@ TEST_F(ActuationTest, FailuresAreWrittenInOneBatchNewestFirst) {
                             SimWriteRecord{0x0B6B, 1, 4}, SimWriteRecord{0x0B71, 1, 1},
                             SimWriteRecord{0x0BC0, 2, 0}, SimWriteRecord{0x3102, 1, 0}));
     EXPECT_EQ(simulator_.Batches, 2);
+}
+
+TEST_F(ActuationTest, EveryControlAndEveryEngineHasItsBit) {
+    std::pair<Subsystem, SimWriteRecord> bits[] = {
+        {Elevator, {0x310A, 1, 1}},    {Aileron, {0x310A, 1, 2}},     {Rudder, {0x310A, 1, 4}},
+        {Throttle, {0x310A, 1, 8}},    {Engine1Fail, {0x0B6B, 1, 1}}, {Engine2Fail, {0x0B6B, 1, 2}},
+        {Engine3Fail, {0x0B6B, 1, 4}}, {Engine4Fail, {0x0B6B, 1, 8}}};
+    for (const auto& [subsystem, write] : bits) {
+        Fail({subsystem});
+        EXPECT_THAT(Maintain(), ElementsAre(write));
+        Clear(subsystem);
+    }
 }
 
 TEST_F(ActuationTest, OnlyAFlagIsTakenBackAtOnceAndSharedBytesComeBack) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <numeric>
+#include <tuple>
 #include <utility>
 
 #include "model/random.h"
@@ -57,19 +58,45 @@ TEST_F(FailureDrawTest, RandomNumbersDifferFromDayToDay) {
     EXPECT_NE(RandomInRange(1 << 30, 0), first) << "the same second of another day";
 }
 
-TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliability) {
+TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliabilityAndLieAnywhere) {
     std::pair<const char*, int> widths[] = {{"100", 0},    {"99.999", 1}, {"99", 1000},
                                             {"90", 10000}, {"0", 100000}, {"x", 0}};
     for (auto [reliability, width] : widths) {
         SetAll(reliability, "y");  // unreadable: the default
+        std::int32_t lowest = 100000, highest = 0;
         ForEachSubsystem([&](int, int, const SubsystemEntry& entry) {
             EXPECT_EQ(entry.RangeHigh - entry.RangeLow, width) << reliability;
-            EXPECT_TRUE(0 <= entry.RangeLow && entry.RangeHigh <= 100000);
             EXPECT_TRUE(1 <= entry.DrawAt && entry.DrawAt <= 360);
+            lowest = std::min(lowest, entry.RangeLow);
+            highest = std::max(highest, entry.RangeHigh);
         });
+        EXPECT_TRUE(0 <= lowest && highest <= 100000) << lowest << ' ' << highest;
+        EXPECT_TRUE(lowest < 15000 && highest > 85000) << lowest << ' ' << highest;
     }
     Step(400);
     EXPECT_EQ(FailureCount, 0);
+}
+
+// Ranges around the number that the draw is going to give.
+TEST_F(FailureDrawTest, ADrawFailsFromTheLowEndToBelowTheHighOne) {
+    SubsystemEntry& entry = Catalogue[1][1];
+    entry.Reliability = "0";
+    entry.DrawAt = 1;
+    for (int i = 0; i < 20; ++i) {
+        inprocess::AdvanceClock(10);
+        ResetRandom();
+        std::int32_t r = RandomInRange(100000, 0);
+        std::tuple<std::int32_t, std::int32_t, bool> ranges[] = {
+            {r, r + 1, true}, {r - 1, r, false}, {r + 1, r + 2, false}, {r, r, false}};
+        for (auto [low, high, fails] : ranges) {
+            entry.RangeLow = low;
+            entry.RangeHigh = high;
+            entry.Elapsed = 0;
+            ResetRandom();
+            DrawStep(0, 0);
+            EXPECT_EQ(TakeFailures(), fails) << r - low << ' ' << high - r;
+        }
+    }
 }
 
 TEST_F(FailureDrawTest, OneDrawAPeriodAtItsStep) {
@@ -93,10 +120,12 @@ TEST_F(FailureDrawTest, OneDrawAPeriodAtItsStep) {
     EXPECT_EQ(FailureCount, 0);
     // 0.0125 hours are 4.5 steps: half to even.
     entry.Hours = "0.0125";
+    entry.Elapsed = 3;
     for (int i = 0; i < 200; ++i) {
         ComputeFailureRanges();
         EXPECT_LE(entry.DrawAt, 4);
     }
+    EXPECT_EQ(entry.Elapsed, 3) << "the period goes on";
 }
 
 TEST_F(FailureDrawTest, GearAndFlapsWaitWhileOutAndMissingEnginesAreSkipped) {
@@ -127,8 +156,8 @@ TEST_F(FailureDrawTest, FailuresComeAtTheRateOfTheirReliabilityAtAnyStep) {
         int Periods;
         std::size_t StepsPerPeriod;
     };
-    for (const Case& c : {Case{"99.999", "0.1", 3000, 36}, Case{"90", "0.1", 2000, 36},
-                          Case{"0", "0.1", 2000, 36}, Case{"99", "1", 800, 360}}) {
+    for (const Case& c : {Case{"99.999", "0.0", 50000, 1}, Case{"99", "0.0", 5000, 1},
+                          Case{"90", "0.1", 500, 36}, Case{"0", "1", 50, 360}}) {
         SetAll(c.Reliability, c.Hours);
         std::vector<double> failures(c.StepsPerPeriod);
         for (int period = 0; period < c.Periods; ++period)

@@ -64,58 +64,71 @@ TEST_F(FilesTest, NumbersAreReadAndNothingElse) {
 }
 
 // The practice simulator has a table of its own, so that two readings of one list test each other.
-TEST_F(FilesTest, EverySubsystemActsOnAVariableOfItsSize) {
+TEST_F(FilesTest, EverySubsystemActsOnItsVariableInTheWayOfItsKind) {
+    using enum FailureMode;
+    std::vector<FailureMode> modes = {Hold,  Hold, Disconnect, Hold, Flag, Flag,
+                                      Stall, Hold, Leak,       Flag, Flag};  // by kind
     std::vector<int> counts(8);
-    int sameNames = 0;
+    int sameNames = 0, controlBits = 0;
     ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
+        std::string name(entry.Name);
+        SCOPED_TRACE(name);
         EXPECT_EQ(n, ++counts[static_cast<std::size_t>(s)]);
         EXPECT_EQ(Texts(s, n), "100#1");
         const auto* variable = practice::FindVariable(static_cast<std::uint32_t>(entry.Offset));
-        ASSERT_NE(variable, nullptr) << entry.Name;
-        EXPECT_EQ(variable->Size, static_cast<std::uint32_t>(entry.Size)) << entry.Name;
-        sameNames += entry.Name.find(variable->Name) != entry.Name.npos;
+        ASSERT_NE(variable, nullptr);
+        EXPECT_EQ(variable->Size, static_cast<std::uint32_t>(entry.Size));
+        EXPECT_EQ(entry.Mode, modes.at(static_cast<std::size_t>(variable->Kind)));
+        if (entry.Mode == Disconnect)
+            controlBits += entry.FailValue;
+        else
+            EXPECT_EQ(entry.FailValue, entry.Mode == Flag);
+        auto engine = name.find("Engine ");
+        EXPECT_EQ(entry.Engine, engine == name.npos ? 0 : name[engine + 7] - '0');
+        sameNames += name.find(variable->Name) != name.npos ||
+                     variable->Name == "Alternator " + std::to_string(entry.Engine);
     });
     EXPECT_THAT(counts, ElementsAre(0, 14, 7, 7, 8, 12, 10, 4));
-    EXPECT_EQ(sameNames, 62 - 14) << "all but the bits, generators, pumps and altimeter";
+    EXPECT_EQ(sameNames, 62 - 4 - 4 - 2) << "all but the bits, the pumps and the altimeter";
+    EXPECT_EQ(controlBits, 1 + 2 + 4 + 8);
     EXPECT_EQ(SubsystemCount(8), 0);
 }
 
 TEST_F(FilesTest, SettingsAreReadBackAsWritten) {
     EXPECT_TRUE(ReadSettings());
     EXPECT_EQ(Settings, SettingsRecord{}) << "there is no file";
-    EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n");
-    Settings.LastProfile = "/a=b/heavy.qmp";
-    Settings.DisplayUpdate = Settings.DisplayFailures = Settings.PlayFailureSound = true;
-    Settings.StatusHotkey = 83;
-    Settings.StatusHotkeyMods = 1;
-    Settings.ClearHotkey = 65;
-    Settings.ClearHotkeyMods = 3;
-    Settings.ActiveHotkey = 48;
-    SettingsRecord all = Settings;
+    Settings.ClearHotkey = -1;
+    Settings.ActiveHotkeyMods = 3;
+    EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n") << "modifiers without a key mean nothing";
+    SettingsRecord all = {.LastProfile = "/a=b/heavy.qmp",
+                          .DisplayUpdate = true,
+                          .DisplayFailures = true,
+                          .PlayFailureSound = true,
+                          .StatusHotkey = 83,
+                          .StatusHotkeyMods = 1,
+                          .ClearHotkey = 65,
+                          .ClearHotkeyMods = 3,
+                          .ActiveHotkey = 1};
+    Settings = all;
     std::string text = WrittenSettings();
     EXPECT_EQ(text,
               "LASTPROFILE=/a=b/heavy.qmp\r\nSTATUS_HK=83\r\nSTATUS_HKCS=1\r\nCLEAR_HK=65\r\n"
-              "CLEAR_HKCS=3\r\nACTIVE_HK=48\r\nACTIVE_HKCS=0\r\nDISPLAYUPDATE=YES\r\n"
+              "CLEAR_HKCS=3\r\nACTIVE_HK=1\r\nACTIVE_HKCS=0\r\nDISPLAYUPDATE=YES\r\n"
               "DISPLAYFAILURES=YES\r\nPLAYFAILURESOUND=YES\r\n");
     EXPECT_EQ(ReadSettingsFrom(text), all);
-    Settings = {};
-    Settings.ClearHotkeyMods = 3;
-    EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n") << "modifiers without a key mean nothing";
 }
 
 TEST_F(FilesTest, OddSettingsChangeNothing) {
     EXPECT_EQ(ReadSettingsFrom("DISPLAYUPDATE=yes\r\n DISPLAYUPDATE=YES\r\nDISPLAYUPDATE =YES\r\n"
                                "displayupdate=YES\r\nDISPLAYUPDATE\r\n=\r\nFOO=1\r\n\r\n"
-                               "STATUS_HK=8x\r\nSTATUS_HK=\r\nCLEAR_HK=99999999999\r\n"
-                               "ACTIVE_HK= 5\r\n"),
+                               "HARDCOREMODE=NO\r\nSTATUS_HK=8x\r\nACTIVE_HK= 5\r\n"),
               SettingsRecord{});
-    SettingsRecord expected;
-    expected.LastProfile = " b ";
-    expected.DisplayFailures = true;
-    expected.StatusHotkey = 2;
-    EXPECT_EQ(ReadSettingsFrom("DISPLAYFAILURES=YES\rDISPLAYFAILURES=NO\nSTATUS_HK=1\r\n"
-                               "STATUS_HK=2\r\nLASTPROFILE=a\r\nLASTPROFILE= b "),
-              expected);
+    EXPECT_EQ(
+        ReadSettingsFrom("DISPLAYFAILURES=YES\rDISPLAYFAILURES=NO\nSTATUS_HK=1\r\n"
+                         "STATUS_HK=2\r\nSTATUS_HK=\r\nLASTPROFILE=a\r\nLASTPROFILE= b \r\n"
+                         "CLEAR_HK=3\r\nCLEAR_HK=99999999999"),
+        (SettingsRecord{
+            .LastProfile = " b ", .DisplayFailures = true, .StatusHotkey = 2, .ClearHotkey = 3}));
     std::string nonsense;
     std::mt19937 random(1);
     for (int i = 0; i < 1'000'000; ++i) nonsense += static_cast<char>(random());
@@ -136,8 +149,9 @@ TEST_F(FilesTest, HardcoreModeIsLastAndNeedsItsCompanion) {
     Settings = {};
     WriteFile("Quirkmeter.ini", "HARDCOREMODE=YES\r\nDISPLAYUPDATE=YES\r\n");
     EXPECT_FALSE(ReadSettings());
-    EXPECT_TRUE(Settings.HardcoreActive);
-    EXPECT_FALSE(Settings.DisplayUpdate) << "nothing behind that line is read";
+    EXPECT_EQ(Settings,
+              (SettingsRecord{.LastProfile = "", .HardcoreMode = true, .HardcoreActive = true}))
+        << "nothing behind that line is read";
     platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", {});
     EXPECT_TRUE(ReadSettings());
     EXPECT_TRUE(Settings.DisplayUpdate);
@@ -168,11 +182,11 @@ TEST_F(FilesTest, ASavedProfileComesBackExactly) {
 
 TEST_F(FilesTest, AProfileIsReadTolerantlyWhereItMayBe) {
     EXPECT_TRUE(
-        ReadProfileFrom("1#1#150#2\r\n1#2#50#5000\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
-                        "9#1#500#5000\r\n8#15#50#1\r\n1#1#-0#2\r\n1#3#" +
+        ReadProfileFrom("1#1#150#2\r\n1#1#-0#1000\r\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
+                        "9#1#500#5000\r\n8#15#50#1\r\n1#2#50#5\n1#2#100#999\r\n1#3#" +
                         std::string(500'000, '0') + "7#1"));
     EXPECT_EQ(Texts(1, 1), "0#2");
-    EXPECT_EQ(Texts(1, 2), "50#1");
+    EXPECT_EQ(Texts(1, 2), "100#999");
     EXPECT_EQ(Texts(1, 3), "7#1");
     EXPECT_EQ(Texts(2, 3), "99.5#1");
     EXPECT_EQ(Texts(7, 4), "0#0");
@@ -180,19 +194,11 @@ TEST_F(FilesTest, AProfileIsReadTolerantlyWhereItMayBe) {
 }
 
 TEST_F(FilesTest, ABadLineEndsTheReadingAndForgetsTheFile) {
-    std::string bad[] = {"1#1#99.5",
-                         "",
-                         "9#1#50#1",
-                         "1#16#50#1",
-                         "0#1#50#500",
-                         "1#1#nan#1",
-                         "1#1#1e99#1",
-                         "1#1#0x10#1",
-                         "1#1##1",
-                         "1#1#5#1#2",
-                         "1e30#1#5#1",
-                         std::string("1#1#5\0#1", 8),
-                         "1#1#" + std::string(5'000'000, '9') + "#1"};
+    std::vector<std::string> bad = {"1#1#99.5",   "",           "9#1#50#1",  "1#16#50#1",
+                                    "1#0#50#1",   "0#1#50#500", "1#1#nan#1", "1#1#1e99#1",
+                                    "1#1#0x10#1", "1#1##1",     "1#1#5#1#2", "1e30#1#5#1"};
+    bad.emplace_back("1#1#5\0#1", 8);
+    bad.push_back("1#1#" + std::string(5'000'000, '9') + "#1");
     for (const std::string& line : bad) {
         BuildCatalogue();
         EXPECT_FALSE(ReadProfileFrom("1#2#50#2\r\n" + line + "\r\n1#3#50#2\r\n")) << line;

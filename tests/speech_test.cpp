@@ -54,6 +54,12 @@ TEST_F(SpeechTest, MessageIsOneBatchTextFirst) {
     Show(std::string(300, 'x'), true);
     EXPECT_EQ(simulator_.Batches, 2) << "asked for";
     EXPECT_EQ(ScreenText(), "QM:  " + std::string(122, 'x') + '\0');
+    std::int32_t result = 0;
+    EXPECT_TRUE(SimWrite(0, BlockUsed - 4 - 12 - 100, ScreenText().data(), result));
+    const auto* next = SimLink.Next;
+    Show("There is room for its seconds only.", true);
+    EXPECT_EQ(SimLink.Next, next) << "a message is sent whole or not at all";
+    EXPECT_EQ(simulator_.Batches, 2);
     SimClose();
     EXPECT_EQ(Show("Lost."), "Lost.") << "the label needs no link";
 }
@@ -63,6 +69,10 @@ TEST_F(SpeechTest, FailureListStopsOnceTheLineIsLong) {
     for (int n = 1; n <= 6; ++n) AddFailure(1, n);
     EXPECT_EQ(Show("Operational.  6 failures."),
               "Operational.  6 failures... AP(Back Course), AP(Autothrottle), AP(Attitude)...");
+    while (FailureCount > 2) RemoveFailureRow(FailureCount);
+    std::string newest = ".. AP(Altitude)";
+    EXPECT_EQ(Show(std::string(69 - newest.size(), 'x')).substr(69), ", AP(Airspeed)");
+    EXPECT_EQ(Show(std::string(70 - newest.size(), 'x')).substr(70), "...");
 }
 
 // A hotkey fires on exactly its combination; a modifier that does not belong must not even have
@@ -75,7 +85,10 @@ TEST_F(SpeechTest, HotkeyMatchesItsModifiersExactly) {
                 for (std::int16_t key : {Up, Tapped, Down}) {
                     Settings.ActiveHotkeyMods = mods;
                     Engine.Deactivated = false;
+                    int calls = inprocess::CallCount("GetAsyncKeyState");
                     Poll('A', key, ctrl, shift);
+                    calls = inprocess::CallCount("GetAsyncKeyState") - calls;
+                    EXPECT_EQ(calls, key == Down ? 3 : 1) << "asking for a key forgets its tap";
                     bool ctrlRight = (mods == 1 || mods == 3) ? ctrl == Down : ctrl == Up;
                     bool shiftRight = (mods == 2 || mods == 3) ? shift == Down : shift == Up;
                     EXPECT_EQ(Engine.Deactivated, key == Down && ctrlRight && shiftRight)
@@ -144,11 +157,10 @@ TEST_F(HardcoreTest, HidesFailuresAndSaysSoOnce) {
     simulator_.Space.SetValue(0x0366, 2, 1);
     AddFailure(6, 9);
     window_.ListShown = false;
-    for (std::int16_t key : {Up, Down}) {
-        inprocess::SetKey('S', key);
-        EngineTick();
-        EXPECT_EQ(window_.StatusCaption, "On hold (not airborne). Hardcore Mode.");
-    }
+    EngineTick();
+    EXPECT_EQ(window_.StatusCaption, "On hold (not airborne). Hardcore Mode.");
+    Poll('S', Down, Up, Up);
+    EXPECT_EQ(window_.StatusCaption, "On hold (not airborne). Hardcore Mode.");
     EXPECT_TRUE(window_.ListShown);
     EXPECT_EQ(window_.Unloads, 0) << "no companion is needed on the ground";
 }

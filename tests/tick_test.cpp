@@ -31,17 +31,32 @@ class TickTest : public LinkedTest {
 
 TEST_F(TickTest, StatusLineSaysWhyItIsOnHold) {
     EXPECT_EQ(Tick(), "Operational.  No failures.");
+    EXPECT_EQ(Engine.EngineCount, 4);
     EXPECT_EQ(simulator_.Batches, 1);
-    simulator_.Space.SetValue(0x0366, 2, 1);
+    struct Case {
+        std::uint64_t Pause, OnGround;
+        bool Deactivated;
+        std::string Why;
+    };
+    for (const Case& c :
+         {Case{0x0100, 0, false, "(sim paused)"}, Case{0, 1, false, "(not airborne)"},
+          Case{1, 0x0100, true, "(sim paused)(not airborne)(deactivated)"},
+          Case{0, 0, true, "(deactivated)"}}) {
+        simulator_.Space.SetValue(0x0264, 2, c.Pause);
+        simulator_.Space.SetValue(0x0366, 2, c.OnGround);
+        Engine.Deactivated = c.Deactivated;
+        EXPECT_EQ(Tick(), "On hold " + c.Why + ".  No failures.");
+        EXPECT_EQ(Engine.DrawDivider, 1) << "the first tick's";
+    }
     AddFailure(6, 9);
     AddFailure(4, 1);
-    EXPECT_EQ(Tick(), "On hold (not airborne).  2 failures... Eng(Engine 1 (Fail)), Inst(Vacuum)");
-    EXPECT_EQ(simulator_.Batches, 3);
-    simulator_.Space.SetValue(0x0264, 2, 0x0100);
-    Engine.Deactivated = true;
+    simulator_.Batches = 0;
+    EXPECT_EQ(Tick(), "On hold (deactivated).  2 failures... Eng(Engine 1 (Fail)), Inst(Vacuum)");
+    EXPECT_EQ(simulator_.Batches, 2);
+    Settings.ActiveHotkey = 'A';
+    inprocess::SetKey('A', -1);
     Settings.DisplayFailures = false;
-    EXPECT_EQ(Tick(), "On hold (sim paused)(not airborne)(deactivated).");
-    EXPECT_EQ(Engine.EngineCount, 4);
+    EXPECT_EQ(Tick(), "Operational.") << "a hotkey is in time for its tick";
 }
 
 TEST_F(TickTest, DrawStepsComeEveryTenthOperatingTickCountedAcrossHolds) {
@@ -64,6 +79,7 @@ TEST_F(TickTest, DrawnFailureIsInForceWithinTheTick) {
     for (auto [s, n] : {std::pair{6, 7}, std::pair{7, 1}}) {
         Catalogue[s][n].Reliability = "0";
         Catalogue[s][n].Hours = "0";
+        Catalogue[s][n].RangeLow = 0;
         Catalogue[s][n].RangeHigh = 100001;
         Catalogue[s][n].DrawAt = 1;
     }

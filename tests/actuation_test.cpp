@@ -1,5 +1,7 @@
 #include "link/actuation.h"
 
+#include <bit>
+
 #include "program_test.h"
 
 namespace quirkmeter {
@@ -13,9 +15,9 @@ struct Subsystem {
     int System, Number;
 };
 constexpr Subsystem Aileron{2, 1}, Elevator{2, 2}, ElevatorTrim{2, 3}, Rudder{2, 6}, Throttle{2, 7},
-    Battery{3, 1}, Engine1Fail{4, 1}, Engine1Stall{4, 2}, Engine2Fail{4, 3}, Engine3Fail{4, 5},
-    Engine4Fail{4, 7}, TankLeft{5, 3}, TankRight{5, 6}, Airspeed{6, 1}, PitotStatic{6, 7},
-    Adf{7, 1};
+    Battery{3, 1}, Engine1Fail{4, 1}, Engine1Stall{4, 2}, Engine3Fail{4, 5}, TankLeft{5, 3},
+    TankRight{5, 6}, Airspeed{6, 1}, PitotStatic{6, 7}, Adf{7, 1};
+using Write = SimWriteRecord;
 
 class ActuationTest : public LinkedTest {
    protected:
@@ -24,11 +26,11 @@ class ActuationTest : public LinkedTest {
     void Fail(std::initializer_list<Subsystem> subsystems) {
         for (auto [system, number] : subsystems) AddFailure(system, number);
     }
-    std::vector<SimWriteRecord> Clear(Subsystem subsystem) {
+    std::vector<Write> Clear(Subsystem subsystem) {
         ClearFailure(subsystem.System, subsystem.Number);
         return simulator_.TakeWrites();
     }
-    std::vector<SimWriteRecord> Maintain() {
+    std::vector<Write> Maintain() {
         MaintainFailures();
         return simulator_.TakeWrites();
     }
@@ -42,21 +44,20 @@ TEST_F(ActuationTest, FailuresAreWrittenInOneBatchNewestFirst) {
     Fail({Battery, ElevatorTrim, PitotStatic, Engine3Fail, Elevator, Rudder});
     Maintain();
     EXPECT_THAT(Maintain(),
-                ElementsAre(SimWriteRecord{0x310A, 1, 5}, SimWriteRecord{0x310A, 1, 5},
-                            SimWriteRecord{0x0B6B, 1, 4}, SimWriteRecord{0x0B71, 1, 1},
-                            SimWriteRecord{0x0BC0, 2, 0}, SimWriteRecord{0x3102, 1, 0}));
+                ElementsAre(Write{0x310A, 1, 5}, Write{0x310A, 1, 5}, Write{0x0B6B, 1, 4},
+                            Write{0x0B71, 1, 1}, Write{0x0BC0, 2, 0}, Write{0x3102, 1, 0}));
     EXPECT_EQ(simulator_.Batches, 2);
 }
 
 TEST_F(ActuationTest, EveryControlAndEveryEngineHasItsBit) {
-    std::pair<Subsystem, SimWriteRecord> bits[] = {
-        {Elevator, {0x310A, 1, 1}},    {Aileron, {0x310A, 1, 2}},     {Rudder, {0x310A, 1, 4}},
-        {Throttle, {0x310A, 1, 8}},    {Engine1Fail, {0x0B6B, 1, 1}}, {Engine2Fail, {0x0B6B, 1, 2}},
-        {Engine3Fail, {0x0B6B, 1, 4}}, {Engine4Fail, {0x0B6B, 1, 8}}};
-    for (const auto& [subsystem, write] : bits) {
-        Fail({subsystem});
-        EXPECT_THAT(Maintain(), ElementsAre(write));
-        Clear(subsystem);
+    unsigned bit = 1;
+    for (Subsystem control : {Elevator, Aileron, Rudder, Throttle}) {
+        Subsystem engine{4, 2 * std::countr_zero(bit) + 1};
+        Fail({control, engine});
+        EXPECT_THAT(Maintain(), ElementsAre(Write{0x0B6B, 1, bit}, Write{0x310A, 1, bit}));
+        Clear(control);
+        Clear(engine);
+        bit *= 2;
     }
 }
 
@@ -66,10 +67,9 @@ TEST_F(ActuationTest, OnlyAFlagIsTakenBackAtOnceAndSharedBytesComeBack) {
     EXPECT_THAT(Clear(Battery), IsEmpty());
     EXPECT_THAT(Clear(Elevator), IsEmpty());
     EXPECT_EQ(simulator_.Batches, 1);
-    EXPECT_THAT(Clear(Engine3Fail), ElementsAre(SimWriteRecord{0x0B6B, 1, 0}));
+    EXPECT_THAT(Clear(Engine3Fail), ElementsAre(Write{0x0B6B, 1, 0}));
     EXPECT_EQ(simulator_.Batches, 2);
-    EXPECT_THAT(Maintain(),
-                ElementsAre(SimWriteRecord{0x310A, 1, 4}, SimWriteRecord{0x0B6B, 1, 1}));
+    EXPECT_THAT(Maintain(), ElementsAre(Write{0x310A, 1, 4}, Write{0x0B6B, 1, 1}));
 }
 
 TEST_F(ActuationTest, AStallIsWrittenOnceAndEndsByItself) {
@@ -79,8 +79,7 @@ TEST_F(ActuationTest, AStallIsWrittenOnceAndEndsByItself) {
     EXPECT_FALSE(FailureList[2].Started()) << "it could not be queued and will be tried again";
     std::int32_t result = 0;
     SimOpen(0, result);
-    EXPECT_THAT(Maintain(),
-                ElementsAre(SimWriteRecord{0x0890, 2, 0}, SimWriteRecord{0x3102, 1, 0}));
+    EXPECT_THAT(Maintain(), ElementsAre(Write{0x0890, 2, 0}, Write{0x3102, 1, 0}));
     for (int tick = 1; tick <= 29; ++tick) EXPECT_EQ(Maintain().size(), 1u);
     EXPECT_TRUE(Catalogue[4][2].Failed);
     Maintain();
@@ -92,7 +91,7 @@ TEST_F(ActuationTest, ALeakDrainsItsTankFromTheNextTickOn) {
     simulator_.Space.SetValue(0x0B7C, 4, 25000);
     simulator_.Space.SetValue(0x0B94, 4, 0x80000000);  // negative levels count as empty
     Fail({TankRight, TankLeft, Battery});
-    EXPECT_THAT(Maintain(), ElementsAre(SimWriteRecord{0x3102, 1, 0}));
+    EXPECT_THAT(Maintain(), ElementsAre(Write{0x3102, 1, 0}));
     EXPECT_EQ(simulator_.Batches, 2) << "the switch travels with a leak's read";
     ASSERT_EQ(FailureCount, 2) << "the leak of an empty tank ends";
     std::int32_t amount = FailureList[1].Counter;
@@ -122,6 +121,8 @@ TEST_F(ActuationTest, ARemovedRowTakesNothingElseWithIt) {
     EXPECT_FALSE(Catalogue[2][1].Failed);
     EXPECT_THAT(Clear(Airspeed), IsEmpty()) << "not in the list, though the ADF is as number 1";
     EXPECT_EQ(FailureCount, 2);
+    for (int i = 0; i < 99; ++i) AddFailure(1, 1);
+    EXPECT_EQ(FailureCount, 100) << "the list is full";
 }
 
 TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
@@ -151,10 +152,9 @@ TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
 TEST_F(ActuationTest, PositionResetSlewsToZeroInThreeBatches) {
     ZeroAircraftPosition();
     EXPECT_THAT(simulator_.TakeWrites(),
-                ElementsAre(SimWriteRecord{0x05DC, 2, 1}, SimWriteRecord{0x0560, 4, 0},
-                            SimWriteRecord{0x0564, 4, 0}, SimWriteRecord{0x0568, 4, 0},
-                            SimWriteRecord{0x056C, 4, 0}, SimWriteRecord{0x0570, 4, 0},
-                            SimWriteRecord{0x0574, 4, 0}, SimWriteRecord{0x05DC, 2, 0}));
+                ElementsAre(Write{0x05DC, 2, 1}, Write{0x0560, 4, 0}, Write{0x0564, 4, 0},
+                            Write{0x0568, 4, 0}, Write{0x056C, 4, 0}, Write{0x0570, 4, 0},
+                            Write{0x0574, 4, 0}, Write{0x05DC, 2, 0}));
     EXPECT_EQ(simulator_.Batches, 3);
 }
 

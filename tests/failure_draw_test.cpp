@@ -150,31 +150,27 @@ TEST_F(FailureDrawTest, GearAndFlapsWaitWhileOutAndMissingEnginesAreSkipped) {
 
 // Within four standard deviations.
 TEST_F(FailureDrawTest, FailuresComeAtTheRateOfTheirReliabilityAtAnyStep) {
-    struct Case {
-        const char* Reliability;
-        const char* Hours;
-        int Periods;
-        std::size_t StepsPerPeriod;
-    };
-    for (const Case& c : {Case{"99.999", "0.0", 50000, 1}, Case{"99", "0.0", 5000, 1},
-                          Case{"90", "0.1", 500, 36}, Case{"0", "1", 50, 360}}) {
-        SetAll(c.Reliability, c.Hours);
-        std::vector<double> failures(c.StepsPerPeriod);
-        for (int period = 0; period < c.Periods; ++period)
+    std::tuple<const char*, const char*, int, std::size_t> cases[] = {{"99.999", "0.0", 50000, 1},
+                                                                      {"99", "0.0", 5000, 1},
+                                                                      {"90", "0.1", 500, 36},
+                                                                      {"0", "1", 50, 360}};
+    for (auto [reliability, hours, periods, stepsPerPeriod] : cases) {
+        SCOPED_TRACE(reliability);
+        SetAll(reliability, hours);
+        std::vector<double> failures(stepsPerPeriod);
+        for (int period = 0; period < periods; ++period)
             for (double& count : failures) {
                 Step();
                 count += TakeFailures();
             }
-        double expected = c.Periods * Subsystems * Chance();
+        double expected = periods * Subsystems * Chance();
         double all = std::accumulate(failures.begin(), failures.end(), 0.0);
-        EXPECT_NEAR(all, expected, 4 * std::sqrt(expected * (1 - Chance()))) << c.Reliability;
-        double chiSquare = 0;
-        double each = all / static_cast<double>(c.StepsPerPeriod);
+        EXPECT_NEAR(all, expected, 4 * std::sqrt(expected * (1 - Chance())));
+        double each = all / static_cast<double>(stepsPerPeriod), chiSquare = 0;
         for (double count : failures) chiSquare += (count - each) * (count - each) / each;
-        // Less would be too even to be chance. Rare failures scatter more.
-        double freedom = static_cast<double>(c.StepsPerPeriod) - 1;
-        if (each < 5) continue;
-        EXPECT_NEAR(chiSquare, freedom, 4 * std::sqrt(2 * freedom)) << c.Reliability;
+        // Less would be too even to be chance.
+        double freedom = static_cast<double>(stepsPerPeriod) - 1;
+        EXPECT_NEAR(chiSquare, freedom, 4 * std::sqrt(2 * freedom));
     }
 }
 

@@ -100,15 +100,7 @@ TEST_F(FilesTest, SettingsAreReadBackAsWritten) {
     Settings.ClearHotkey = -1;
     Settings.ActiveHotkeyMods = 3;
     EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n") << "modifiers without a key mean nothing";
-    SettingsRecord all = {.LastProfile = "/a=b/heavy.qmp",
-                          .DisplayUpdate = true,
-                          .DisplayFailures = true,
-                          .PlayFailureSound = true,
-                          .StatusHotkey = 83,
-                          .StatusHotkeyMods = 1,
-                          .ClearHotkey = 65,
-                          .ClearHotkeyMods = 3,
-                          .ActiveHotkey = 1};
+    SettingsRecord all = {"/a=b/heavy.qmp", true, true, true, false, false, 83, 1, 65, 3, 1, 0};
     Settings = all;
     std::string text = WrittenSettings();
     EXPECT_EQ(text,
@@ -149,12 +141,19 @@ TEST_F(FilesTest, HardcoreModeIsLastAndNeedsItsCompanion) {
     Settings = {};
     WriteFile("Quirkmeter.ini", "HARDCOREMODE=YES\r\nDISPLAYUPDATE=YES\r\n");
     EXPECT_FALSE(ReadSettings());
-    EXPECT_EQ(Settings,
-              (SettingsRecord{.LastProfile = "", .HardcoreMode = true, .HardcoreActive = true}))
-        << "nothing behind that line is read";
+    EXPECT_TRUE(Settings.HardcoreMode && Settings.HardcoreActive);
+    EXPECT_FALSE(Settings.DisplayUpdate) << "nothing behind that line is read";
+    EXPECT_THAT(window_.Messages, ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
+    inprocess::TakeShellRuns();
+    WriteFile("fsqmhc.exe", "");
+    EXPECT_FALSE(ReadSettings());
+    EXPECT_EQ(window_.Messages.size(), 1u) << "it was started";
     platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", {});
     EXPECT_TRUE(ReadSettings());
     EXPECT_TRUE(Settings.DisplayUpdate);
+    EXPECT_THAT(
+        inprocess::TakeShellRuns(),
+        ElementsAre(inprocess::ShellRun{"Open", (folder_ / "fsqmhc.exe").string(), "0", "0", 2}));
 }
 
 TEST_F(FilesTest, ASavedProfileComesBackExactly) {

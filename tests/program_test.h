@@ -75,8 +75,7 @@ class TestSimulator {
         message_ = platform::RegisterWindowMessageA("FSASMLIB:IPC");
         window_ = platform::OwnWindow(
             className, "", [this](std::uint32_t message, std::uintptr_t wParam, std::intptr_t) {
-                if (message != message_) return std::intptr_t{0};
-                return Answer(wParam);
+                return message == message_ ? Answer(wParam) : 0;
             });
     }
     ~TestSimulator() { platform::DropWindow(window_); }

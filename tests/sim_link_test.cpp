@@ -1,5 +1,6 @@
 #include <cstring>
 #include <random>
+#include <tuple>
 
 #include "program_test.h"
 
@@ -57,23 +58,18 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
     EXPECT_EQ(OpenResult(), SimBadVersionFs98);
 
     TestSimulator simulator;  // of the two it is the one to be found
-    struct Case {
-        std::uint32_t Module, Simulator;
-        int Batches;
-    };
-    Case cases[] = {{0x19980004, 0xFADE0007, 1},
-                    {0xFFFFFFFF, 0xFADE0007, 1},
-                    {0x19980005, 0xFADF0007, 1},
-                    {0x19980005, 0, 5},
-                    {0, 0xFADE0007, 5}};
-    for (const Case& c : cases) {
-        simulator.Space.SetValue(0x3304, 4, c.Module);
-        simulator.Space.SetValue(0x3308, 4, c.Simulator);
+    std::tuple<std::uint32_t, std::uint32_t, int> versions[] = {{0x19980004, 0xFADE0007, 1},
+                                                                {0xFFFFFFFF, 0xFADE0007, 1},
+                                                                {0x19980005, 0xFADF0007, 1},
+                                                                {0x19980005, 0, 5},
+                                                                {0, 0xFADE0007, 5}};
+    for (auto [module, simulated, batches] : versions) {
+        simulator.Space.SetValue(0x3304, 4, module);
+        simulator.Space.SetValue(0x3308, 4, simulated);
         simulator.Batches = 0;
         EXPECT_EQ(OpenResult(), SimBadVersion);
-        EXPECT_EQ(simulator.Batches, c.Batches) << std::hex << c.Module << ' ' << c.Simulator;
+        EXPECT_EQ(simulator.Batches, batches) << std::hex << module << ' ' << simulated;
     }
-
     simulator.Space.SetValue(0x3304, 4, 0x19980005);
     simulator.Space.SetValue(0x3308, 4, 0xFADEFFFF);
     EXPECT_EQ(OpenResult(0xFFFF), SimOk);
@@ -89,13 +85,8 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
 TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
     TestSimulator simulator;
     int heldBySimulator = inprocess::HeldObjects();
-    struct Case {
-        const char* Function;
-        int Calls;  // how many must fail for opening to fail
-        std::uint32_t LastError;
-        std::int32_t Result;
-    };
-    Case cases[] = {
+    // How many calls must fail for opening to fail, and their last error.
+    std::tuple<const char*, int, std::uint32_t, std::int32_t> cases[] = {
         {"FindWindowExA", 2, 0, SimNoWindow},
         {"RegisterWindowMessageA", 1, 8, SimNoMessage},
         {"GlobalAddAtomA", 1, 8, SimNoAtom},
@@ -106,10 +97,10 @@ TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
         {"SendMessageTimeoutA", 41, 5, SimSendFailed},
         {"SendMessageTimeoutA", 1, platform::ErrorInvalidWindowHandle, SimSendFailed},
     };
-    for (const Case& failing : cases) {
-        SCOPED_TRACE(failing.Function);
-        inprocess::FailCalls(failing.Function, 1, failing.Calls, failing.LastError);
-        EXPECT_EQ(OpenResult(), failing.Result);
+    for (auto [function, calls, lastError, result] : cases) {
+        SCOPED_TRACE(function);
+        inprocess::FailCalls(function, 1, calls, lastError);
+        EXPECT_EQ(OpenResult(), result);
         EXPECT_EQ(SimLink.View, nullptr);
         EXPECT_EQ(inprocess::HeldObjects(), heldBySimulator);
         SimClose();
@@ -120,10 +111,9 @@ TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
     }
     simulator.Space.SetValue(0x3308, 4, 0);  // five batches
     for (int nth = 1; nth <= 5; ++nth)
-        for (const Case& sending : {Case{"SendMessageTimeoutA", 1, 5, SimBadVersion},
-                                    Case{"SendMessageTimeoutA", 41, 5, SimSendFailed}}) {
-            inprocess::FailCalls(sending.Function, nth, sending.Calls, sending.LastError);
-            EXPECT_EQ(OpenResult(), sending.Result) << "the send of batch " << nth;
+        for (auto [calls, result] : {std::pair{1, SimBadVersion}, {41, SimSendFailed}}) {
+            inprocess::FailCalls("SendMessageTimeoutA", nth, calls, 5);
+            EXPECT_EQ(OpenResult(), result) << "the send of batch " << nth;
             EXPECT_EQ(inprocess::HeldObjects(), heldBySimulator);
         }
 }
@@ -177,30 +167,25 @@ TEST_F(LinkedTest, RequestsEndAtTheUsedPartOfTheBlock) {
 
 // A window that is gone stays gone; everything else may come back.
 TEST_F(LinkedTest, SendIsRetriedFortyTimes) {
-    struct Case {
-        int Failing;
-        std::uint32_t LastError;
-        std::int32_t Result;
-        int Sends;
-    };
-    Case cases[] = {{39, 0, SimOk, 40},
-                    {40, 0, SimTimeout, 41},  // too late even when it is delivered
-                    {40, 5, SimSendFailed, 41},
-                    {40, platform::ErrorInvalidWindowHandle, SimSendFailed, 1},
-                    {0, 0, SimBadReply, 1}};
-    for (const Case& c : cases) {
+    std::tuple<int, std::uint32_t, std::int32_t, int> cases[] = {
+        {39, 0, SimOk, 40},
+        {40, 0, SimTimeout, 41},  // too late even when it is delivered
+        {40, 5, SimSendFailed, 41},
+        {40, platform::ErrorInvalidWindowHandle, SimSendFailed, 1},
+        {0, 0, SimBadReply, 1}};
+    for (auto [failing, lastError, expected, expectedSends] : cases) {
         std::int32_t result = 0, value = 7;
-        inprocess::FailCalls("SendMessageTimeoutA", 1, c.Failing, c.LastError);
-        simulator_.Reply = c.Result == SimBadReply ? 2 : 1;
+        inprocess::FailCalls("SendMessageTimeoutA", 1, failing, lastError);
+        simulator_.Reply = expected == SimBadReply ? 2 : 1;
         int sends = inprocess::CallCount("SendMessageTimeoutA");
         double start = inprocess::Elapsed();
         EXPECT_TRUE(SimRead(0x0AEC, 4, &value, result)) << "the link stays open";
         bool processed = SimProcess(result);
-        EXPECT_EQ(processed, c.Result == SimOk);
-        EXPECT_EQ(result, c.Result);
-        EXPECT_EQ(value, c.Result == SimOk ? 4 : 7);
-        EXPECT_EQ(inprocess::CallCount("SendMessageTimeoutA") - sends, c.Sends);
-        EXPECT_NEAR(inprocess::Elapsed() - start, 0.1 * (c.Sends - 1), 1e-6);
+        EXPECT_EQ(processed, expected == SimOk);
+        EXPECT_EQ(result, expected);
+        EXPECT_EQ(value, processed ? 4 : 7);
+        EXPECT_EQ(inprocess::CallCount("SendMessageTimeoutA") - sends, expectedSends);
+        EXPECT_NEAR(inprocess::Elapsed() - start, 0.1 * (expectedSends - 1), 1e-6);
         EXPECT_EQ(SimLink.Next, SimLink.View) << "nothing stays queued";
     }
 }

@@ -55,11 +55,9 @@ TEST_F(SpeechTest, MessageIsOneBatchTextFirst) {
     EXPECT_EQ(simulator_.Batches, 2) << "asked for";
     EXPECT_EQ(ScreenText(), "QM:  " + std::string(122, 'x') + '\0');
     std::int32_t result = 0;
-    EXPECT_TRUE(SimWrite(0, BlockUsed - 4 - 12 - 100, ScreenText().data(), result));
-    const auto* next = SimLink.Next;
+    EXPECT_TRUE(SimRead(0, BlockUsed - 4 - 16 - 100, nullptr, result));
     Show("There is room for its seconds only.", true);
-    EXPECT_EQ(SimLink.Next, next) << "a message is sent whole or not at all";
-    EXPECT_EQ(simulator_.Batches, 2);
+    EXPECT_EQ(simulator_.Batches, 2) << "a message is sent whole or not at all";
     SimClose();
     EXPECT_EQ(Show("Lost."), "Lost.") << "the label needs no link";
 }
@@ -131,25 +129,7 @@ TEST_F(SpeechTest, HotkeysRepeatAtEveryTickAndWorkWithoutALink) {
 class HardcoreTest : public SpeechTest {
    protected:
     HardcoreTest() { Settings.HardcoreActive = true; }
-    static platform::WindowHandle StartCompanion() {
-        return platform::OwnWindow("ThunderRT6FormDC", "FSQMHC",
-                                   [](auto, auto, auto) { return std::intptr_t{0}; });
-    }
 };
-
-TEST_F(HardcoreTest, CompanionIsStartedOnceOrThePilotIsTold) {
-    EXPECT_FALSE(StartHardcoreCompanion());
-    EXPECT_THAT(window_.Messages, ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
-    inprocess::TakeShellRuns();
-    WriteFile("fsqmhc.exe", "");
-    EXPECT_FALSE(StartHardcoreCompanion());
-    EXPECT_EQ(window_.Messages.size(), 1u);
-    StartCompanion();
-    EXPECT_TRUE(StartHardcoreCompanion());
-    EXPECT_THAT(inprocess::TakeShellRuns(),
-                ElementsAre(inprocess::ShellRun{"Open", (folder_ / "fsqmhc.exe").string(), "0", "0",
-                                                platform::ShowMinimized}));
-}
 
 TEST_F(HardcoreTest, HidesFailuresAndSaysSoOnce) {
     Settings.DisplayFailures = true;
@@ -166,7 +146,7 @@ TEST_F(HardcoreTest, HidesFailuresAndSaysSoOnce) {
 }
 
 TEST_F(HardcoreTest, AirborneTheListIsHiddenAndTheCompanionLookedFor) {
-    auto companion = StartCompanion();
+    auto companion = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", {});
     Settings.ActiveHotkey = 'A';
     EngineTick();
     EXPECT_FALSE(window_.ListShown);

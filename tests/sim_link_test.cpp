@@ -13,12 +13,6 @@ using testing::ElementsAre;
 
 using SimLinkTest = ProgramTest;
 
-std::vector<std::uint32_t> Words(const std::byte* block, std::size_t count) {
-    std::vector<std::uint32_t> words(count);
-    std::memcpy(words.data(), block, count * sizeof words[0]);
-    return words;
-}
-
 void Put(std::byte* block, std::size_t at, std::uint32_t word) {
     std::memcpy(block + at, &word, sizeof word);
 }
@@ -40,8 +34,9 @@ TEST_F(SimLinkTest, HandshakeGoesOnUntilTheSimulatorIsThere) {
     EXPECT_NEAR(inprocess::Elapsed(), 0.2, 1e-6);
 
     ASSERT_EQ(simulator.Block.size(), 32768u);
-    EXPECT_THAT(Words(simulator.Block.data(), 11),
-                ElementsAre(1, 0x3304, 4, _, 0, 1, 0x3308, 4, _, 0, 0))
+    std::uint32_t words[11];
+    std::memcpy(words, simulator.Block.data(), sizeof words);
+    EXPECT_THAT(words, ElementsAre(1, 0x3304, 4, _, 0, 1, 0x3308, 4, _, 0, 0))
         << "the first answers are gone";
     EXPECT_EQ(inprocess::LastSend(), (inprocess::SendCall{0xFFFFC000, 0, 1, 2000}))
         << "a string atom is widened with its sign, to 32 bits";
@@ -58,12 +53,11 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
     EXPECT_EQ(OpenResult(), SimBadVersionFs98);
 
     TestSimulator simulator;  // of the two it is the one to be found
-    std::tuple<std::uint32_t, std::uint32_t, int> versions[] = {{0x19980004, 0xFADE0007, 1},
-                                                                {0xFFFFFFFF, 0xFADE0007, 1},
-                                                                {0x19980005, 0xFADF0007, 1},
-                                                                {0x19980005, 0, 5},
-                                                                {0, 0xFADE0007, 5}};
-    for (auto [module, simulated, batches] : versions) {
+    for (auto [module, simulated, batches] : {std::tuple{0x19980004u, 0xFADE0007u, 1},
+                                              {0xFFFFFFFFu, 0xFADE0007u, 1},
+                                              {0x19980005u, 0xFADF0007u, 1},
+                                              {0x19980005u, 0u, 5},
+                                              {0u, 0xFADE0007u, 5}}) {
         simulator.Space.SetValue(0x3304, 4, module);
         simulator.Space.SetValue(0x3308, 4, simulated);
         simulator.Batches = 0;

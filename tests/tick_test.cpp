@@ -107,6 +107,12 @@ TEST_F(TickTest, LostLinkClearsFailuresAndComesBackByItself) {
     EXPECT_TRUE(Engine.Airborne) << "the last reading stands";
     ConnectToSimulator(false);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav")) << "as at the start";
+    Settings.ActiveHotkey = 'A';
+    inprocess::SetKey('A', -1);
+    Tick(2);
+    EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav", "sound_ok.wav"))
+        << "hotkeys work without a link, at every tick";
+    inprocess::SetKey('A', 0);
 
     simulator_.Reply = 1;
     EXPECT_EQ(Tick(), "Connected");

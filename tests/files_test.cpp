@@ -67,7 +67,7 @@ TEST_F(FilesTest, NumbersAreReadAndNothingElse) {
 TEST_F(FilesTest, EverySubsystemActsOnItsVariableInTheWayOfItsKind) {
     using enum FailureMode;
     std::vector<FailureMode> modes = {Hold,  Hold, Disconnect, Hold, Flag, Flag,
-                                      Stall, Hold, Leak,       Flag, Flag};  // by kind
+                                      Stall, Hold, Leak,       Flag, Flag};  // by VariableKind
     std::vector<int> counts(8);
     int sameNames = 0, controlBits = 0;
     ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {

@@ -45,7 +45,7 @@ TEST_F(TickTest, StatusLineSaysWhyItIsOnHold) {
         simulator_.Space.SetValue(0x0366, 2, onGround);
         Engine.Deactivated = deactivated;
         EXPECT_EQ(Tick(), "On hold " + why + ".  No failures.");
-        EXPECT_EQ(Engine.DrawDivider, 1) << "the first tick's";
+        EXPECT_EQ(Engine.DrawDivider, 1) << "as the first tick left it";
     }
     AddFailure(6, 9);
     AddFailure(4, 1);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <numeric>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -70,10 +71,12 @@ TEST_F(FailureDrawTest, ADrawFailsFromTheLowEndToBelowTheHighOne) {
     SubsystemEntry& entry = Catalogue[1][1];
     entry.Reliability = "0";
     entry.DrawAt = 1;
+    std::set<std::int32_t> draws;
     for (int i = 0; i < 20; ++i) {
         inprocess::AdvanceClock(10);
         ResetRandom();
         std::int32_t r = RandomInRange(100000, 0);
+        draws.insert(r);
         for (int low : {-1, 0, 1}) {
             entry.RangeLow = r + low;
             entry.RangeHigh = r + low + 1;
@@ -83,6 +86,7 @@ TEST_F(FailureDrawTest, ADrawFailsFromTheLowEndToBelowTheHighOne) {
             EXPECT_EQ(TakeFailures(), low == 0) << r << ' ' << low;
         }
     }
+    EXPECT_GT(draws.size(), 15u) << "every run begins at its own clock reading";
 }
 
 TEST_F(FailureDrawTest, OneDrawAPeriodAtItsStep) {

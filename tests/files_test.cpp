@@ -100,7 +100,15 @@ TEST_F(FilesTest, SettingsAreReadBackAsWritten) {
     Settings.ClearHotkey = -1;
     Settings.ActiveHotkeyMods = 3;
     EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n") << "modifiers without a key mean nothing";
-    SettingsRecord all = {"/a=b/heavy.qmp", true, true, true, false, false, 83, 1, 65, 3, 1, 0};
+    SettingsRecord all{.LastProfile = "/a=b/heavy.qmp",
+                       .DisplayUpdate = true,
+                       .DisplayFailures = true,
+                       .PlayFailureSound = true,
+                       .StatusHotkey = 83,
+                       .StatusHotkeyMods = 1,
+                       .ClearHotkey = 65,
+                       .ClearHotkeyMods = 3,
+                       .ActiveHotkey = 1};
     Settings = all;
     std::string text = WrittenSettings();
     EXPECT_EQ(text,
@@ -126,13 +134,33 @@ TEST_F(FilesTest, OddSettingsChangeNothing) {
     for (int i = 0; i < 1'000'000; ++i) nonsense += static_cast<char>(random());
     nonsense += "\r\n" + std::string(3'000'000, 'x');
     EXPECT_TRUE(ReadSettingsFrom(nonsense + "\r\nDISPLAYUPDATE=YES").DisplayUpdate);
+}
 
-    std::filesystem::remove(folder_ / "Quirkmeter.ini");
-    std::filesystem::create_directory(folder_ / "Quirkmeter.ini");
+// A folder of its name stands for a file that another program holds.
+TEST_F(FilesTest, SettingsThatCannotBeReadAreTriedAgainAndNeverReplaced) {
+    auto ini = folder_ / "Quirkmeter.ini";
+    std::filesystem::create_directory(ini);
+    auto release = [&] {
+        std::filesystem::remove(ini);
+        WriteFile("Quirkmeter.ini", "DISPLAYUPDATE=YES");
+    };
     EXPECT_TRUE(ReadSettings());
+    EXPECT_NEAR(inprocess::Elapsed(), 2, 1e-6);
+    release();
     WriteSettings();
-    EXPECT_THAT(window_.Messages, ElementsAre("! Could not write " +
-                                              (folder_ / "Quirkmeter.ini").string() + " file"));
+    EXPECT_EQ(ReadFile("Quirkmeter.ini"), "DISPLAYUPDATE=YES");
+    EXPECT_THAT(window_.Messages, ElementsAre("! Could not read " + ini.string() + " file",
+                                              "! Could not write " + ini.string() + " file"));
+    std::filesystem::remove(ini);
+    std::filesystem::create_directory(ini);
+    inprocess::WhenAsleep([&] {
+        if (inprocess::Elapsed() > 3) release();
+    });
+    EXPECT_TRUE(ReadSettings());
+    EXPECT_TRUE(Settings.DisplayUpdate);
+    WriteSettings();
+    EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=\r\nDISPLAYUPDATE=YES\r\n");
+    EXPECT_EQ(window_.Messages.size(), 2u);
 }
 
 TEST_F(FilesTest, HardcoreModeIsLastAndNeedsItsCompanion) {

@@ -37,9 +37,10 @@ void StartPeriod(SubsystemEntry& entry, double hours) {
 }
 
 void ComputeFailureRange(SubsystemEntry& entry) {
-    auto h = static_cast<float>((100 - Reliability(entry)) / 100 * DrawMax / 2);
-    auto low = static_cast<std::int32_t>(std::floor(50000.5 - h));
-    auto high = static_cast<std::int32_t>(std::floor(h + 50000.5));
+    // In single precision, in which 99.999 % leaves a range one wide; in double it would leave none.
+    auto halfWidth = static_cast<float>((100 - Reliability(entry)) / 100 * DrawMax / 2);
+    auto low = static_cast<std::int32_t>(std::floor(50000.5 - halfWidth));
+    auto high = static_cast<std::int32_t>(std::floor(halfWidth + 50000.5));
     // Where in the draw's range the failure range lies is chance too; its width is not.
     std::int32_t shift =
         RandomInRange(2, 1) == 1 ? -RandomInRange(low, 0) : RandomInRange(DrawMax - high, 0);

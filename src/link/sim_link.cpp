@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdio>
 #include <optional>
-#include <utility>
 
 namespace quirkmeter {
 
@@ -12,14 +11,20 @@ using namespace platform;
 namespace {
 
 constexpr char IpcName[] = "FSASMLIB:IPC";
-constexpr std::int32_t ReadRequest = 1;
-constexpr std::int32_t WriteRequest = 2;
-constexpr std::int32_t ReadHeaderSize = 16;
-constexpr std::int32_t WriteHeaderSize = 12;
-constexpr std::int32_t TerminatorSize = 4;
-
 constexpr std::int32_t LowestModuleVersion = 0x19980005;
 constexpr std::uint32_t SimVersionMark = 0xFADE0000;
+
+constexpr std::int32_t EndOfRequests = 0;
+constexpr std::int32_t ReadRequest = 1;
+constexpr std::int32_t WriteRequest = 2;
+
+struct ReadHeader {
+    std::int32_t Identifier, Offset, Size, Destination;
+};
+struct WriteHeader {
+    std::int32_t Identifier, Offset, Size;
+};
+static_assert(sizeof(ReadHeader) == 16 && sizeof(WriteHeader) == 12);
 
 // Where the answers of the queued reads go. A record has 4 bytes for its destination, which an
 // address may not fit into: it holds the number of the entry here, from 1; 0 skips the answer.
@@ -27,7 +32,7 @@ struct PendingRead {
     void* Destination;
     std::int32_t Size;
 };
-std::array<PendingRead, BlockUsed / ReadHeaderSize> PendingReads;
+std::array<PendingRead, BlockUsed / sizeof(ReadHeader)> PendingReads;
 std::uint32_t PendingCount = 0;
 
 bool Fail(std::int32_t& result, std::int32_t code) {
@@ -49,13 +54,16 @@ void EmptyQueue() {
     PendingCount = 0;
 }
 
-bool Fits(std::int32_t headerSize, std::int32_t size) {
-    return size >= 0 && Queued() + TerminatorSize + std::int64_t{size} + headerSize <= BlockUsed;
+template <typename Header>
+bool Fits(std::int32_t size) {
+    auto end = Queued() + std::int64_t{sizeof(Header)} + size + std::int64_t{sizeof EndOfRequests};
+    return size >= 0 && end <= BlockUsed;
 }
 
-void Put(std::int32_t value) {
-    RtlMoveMemory(SimLink.Next, &value, sizeof value);
-    SimLink.Next += sizeof value;
+template <typename Record>
+void Put(const Record& record) {
+    RtlMoveMemory(SimLink.Next, &record, sizeof record);
+    SimLink.Next += sizeof record;
 }
 
 // The process id makes the name the process's own; the longest takes 23 characters and a zero.
@@ -87,13 +95,19 @@ bool Deliver(std::uintptr_t& reply) {
                                &reply) != 0;
 }
 
-// The last retry comes too late even when it was delivered; a window that is gone stays gone.
+// A window that is there may answer the next time. One that is gone is not asked again, other than
+// the protocol has it: its handle never comes back, or comes back as somebody else's window, and
+// with a failure to clear in every system the program would stand still for a minute and more.
+bool WindowIsGone() {
+    return GetLastError() == ErrorInvalidWindowHandle;
+}
+
+// The last retry comes too late even when it was delivered.
 bool DeliverWithRetries(std::uintptr_t& reply) {
     constexpr int MaxRetries = 40;
     bool delivered = Deliver(reply);
     int retries = 0;
-    for (; !delivered && retries < MaxRetries && GetLastError() != ErrorInvalidWindowHandle;
-         ++retries) {
+    for (; !delivered && !WindowIsGone() && retries < MaxRetries; ++retries) {
         Sleep(100);
         delivered = Deliver(reply);
     }
@@ -105,28 +119,16 @@ bool DeliverWithRetries(std::uintptr_t& reply) {
 // caller asked for.
 class AnswerReader {
    public:
-    struct Header {
-        std::int32_t Identifier = 0, Offset = 0, Size = 0, Destination = 0;
-    };
-
-    /// The next record's header with the reader behind it; nothing when the block has no room for
-    /// one.
-    std::optional<Header> NextHeader() {
-        Header header;
-        if (!Copy(&header.Identifier, TerminatorSize)) return std::nullopt;
-        header.Identifier &= 0xFFFF;
-        if (header.Identifier == ReadRequest || header.Identifier == WriteRequest) {
-            std::int32_t rest = header.Identifier == ReadRequest ? 12 : 8;
-            if (!Copy(&header.Offset, rest)) return std::nullopt;
-        }
-        return header;
-    }
-
     bool Copy(void* destination, std::int32_t size) {
         if (!Has(size)) return false;
         RtlMoveMemory(destination, SimLink.View + at_, static_cast<std::size_t>(size));
         at_ += size;
         return true;
+    }
+
+    template <typename Header>
+    bool Take(Header& header) {
+        return Copy(&header, sizeof header);
     }
 
     bool Skip(std::int32_t size) {
@@ -135,38 +137,57 @@ class AnswerReader {
         return true;
     }
 
+    /// What the next record is, without taking it; nothing when the block ends before it.
+    std::optional<std::int32_t> NextIdentifier() const {
+        std::int32_t identifier = 0;
+        if (!AnswerReader(*this).Take(identifier)) return std::nullopt;
+        return identifier & 0xFFFF;
+    }
+
    private:
     bool Has(std::int32_t size) const { return size >= 0 && size <= BlockUsed - at_; }
 
     std::int32_t at_ = 0;
 };
 
-bool TakeAnswer(AnswerReader& reader, const AnswerReader::Header& header,
-                std::uint32_t pendingCount) {
+bool TakeAnswer(AnswerReader& reader) {
+    ReadHeader header;
+    if (!reader.Take(header)) return false;
     if (header.Destination == 0) return reader.Skip(header.Size);
     auto reference = static_cast<std::uint32_t>(header.Destination);
-    if (reference > pendingCount) return false;
+    if (reference > PendingCount) return false;
     const PendingRead& pending = PendingReads[reference - 1];
     return header.Size <= pending.Size && reader.Copy(pending.Destination, header.Size);
 }
 
-bool TakeAnswers(std::uint32_t pendingCount) {
+bool SkipWrite(AnswerReader& reader) {
+    WriteHeader header;
+    return reader.Take(header) && reader.Skip(header.Size);
+}
+
+bool TakeAnswers() {
     AnswerReader reader;
-    while (auto header = reader.NextHeader()) {
-        switch (header->Identifier) {
-            case 0:
-                return true;
-            case ReadRequest:
-                if (!TakeAnswer(reader, *header, pendingCount)) return false;
-                break;
-            case WriteRequest:
-                if (!reader.Skip(header->Size)) return false;
-                break;
-            default:
-                return false;
+    for (;;) {
+        auto identifier = reader.NextIdentifier();
+        if (identifier == EndOfRequests) return true;
+        if (identifier == ReadRequest) {
+            if (!TakeAnswer(reader)) return false;
+        } else if (identifier == WriteRequest) {
+            if (!SkipWrite(reader)) return false;
+        } else {
+            return false;
         }
     }
-    return false;
+}
+
+bool SendBatch(std::int32_t& result) {
+    std::uintptr_t reply = 0;
+    if (!DeliverWithRetries(reply))
+        return Fail(result, GetLastError() == ErrorSuccess ? SimTimeout : SimSendFailed);
+    if (reply != 1) return Fail(result, SimBadReply);
+    if (!TakeAnswers()) return false;
+    result = SimOk;
+    return true;
 }
 
 }  // namespace
@@ -236,16 +257,13 @@ void SimClose() {
 
 bool SimRead(std::int32_t offset, std::int32_t size, void* destination, std::int32_t& result) {
     if (!SimLink.View) return Fail(result, SimNotOpen);
-    if (!Fits(ReadHeaderSize, size)) return Fail(result, SimDoesNotFit);
+    if (!Fits<ReadHeader>(size)) return Fail(result, SimDoesNotFit);
     std::int32_t reference = 0;
     if (destination) {
         PendingReads[PendingCount] = {destination, size};
         reference = static_cast<std::int32_t>(++PendingCount);
     }
-    Put(ReadRequest);
-    Put(offset);
-    Put(size);
-    Put(reference);
+    Put(ReadHeader{ReadRequest, offset, size, reference});
     RtlZeroMemory(SimLink.Next, static_cast<std::size_t>(size));
     SimLink.Next += size;
     result = SimOk;
@@ -254,10 +272,8 @@ bool SimRead(std::int32_t offset, std::int32_t size, void* destination, std::int
 
 bool SimWrite(std::int32_t offset, std::int32_t size, const void* source, std::int32_t& result) {
     if (!SimLink.View) return Fail(result, SimNotOpen);
-    if (!Fits(WriteHeaderSize, size)) return Fail(result, SimDoesNotFit);
-    Put(WriteRequest);
-    Put(offset);
-    Put(size);
+    if (!Fits<WriteHeader>(size)) return Fail(result, SimDoesNotFit);
+    Put(WriteHeader{WriteRequest, offset, size});
     if (size != 0) RtlMoveMemory(SimLink.Next, source, static_cast<std::size_t>(size));
     SimLink.Next += size;
     result = SimOk;
@@ -267,17 +283,10 @@ bool SimWrite(std::int32_t offset, std::int32_t size, const void* source, std::i
 bool SimProcess(std::int32_t& result) {
     if (!SimLink.View) return Fail(result, SimNotOpen);
     if (SimLink.Next == SimLink.View) return Fail(result, SimNothingQueued);
-    Put(0);
-    SimLink.Next = SimLink.View;
-    std::uint32_t pendingCount = std::exchange(PendingCount, 0);
-
-    std::uintptr_t reply = 0;
-    if (!DeliverWithRetries(reply))
-        return Fail(result, GetLastError() == ErrorSuccess ? SimTimeout : SimSendFailed);
-    if (reply != 1) return Fail(result, SimBadReply);
-    if (!TakeAnswers(pendingCount)) return false;
-    result = SimOk;
-    return true;
+    Put(EndOfRequests);
+    bool processed = SendBatch(result);
+    EmptyQueue();  // spent, whatever came of it
+    return processed;
 }
 
 }  // namespace quirkmeter

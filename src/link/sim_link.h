@@ -75,8 +75,9 @@ bool SimRead(std::int32_t offset, std::int32_t size, void* destination, std::int
 bool SimWrite(std::int32_t offset, std::int32_t size, const void* source, std::int32_t& result);
 
 /// Sends the batch, which is spent whatever happens, and copies the answers. Blocks while the
-/// module works: up to 41 sends of 2000 ms each with 100 ms between them. An answered block that
-/// cannot be right fails with `result` as it was before the call.
+/// module works: up to 41 sends of 2000 ms each with 100 ms between them, but returns at once with
+/// SimSendFailed when the window is gone. An answered block that cannot be right fails with `result`
+/// as it was before the call.
 bool SimProcess(std::int32_t& result);
 
 }  // namespace quirkmeter

@@ -25,6 +25,7 @@ struct SettingsRecord {
     bool PlayFailureSound = false;  // a sound when the number of failures rises
     bool HardcoreMode = false;      // the choice, which the next start follows
     bool HardcoreActive = false;    // the mode is in force for this run; never saved
+    bool Unread = false;            // there is a file that could not be read; never saved
     // Virtual-key codes (0: no hotkey) and their modifiers.
     std::int32_t StatusHotkey = 0;
     std::int32_t StatusHotkeyMods = 0;

@@ -12,7 +12,7 @@ class LineReader {
     /// A longer line can be none of ours and reads as an empty one.
     static constexpr std::size_t MaxLine = 1 << 20;
 
-    explicit LineReader(const std::string& path) : file_(path, std::ios::binary) {}
+    explicit LineReader(const std::string& path) : file_(path, std::ios::binary) { Peek(); }
 
     /// The file could be opened, and read so far without an error.
     bool Ok() const { return file_.is_open() && !file_.bad(); }

@@ -14,17 +14,17 @@ namespace quirkmeter {
 
 namespace {
 
-struct NumberKey {
-    std::string_view Key;
-    std::int32_t SettingsRecord::*Field;
+struct HotkeyKeys {
+    std::string_view Key, ModsKey;
+    std::int32_t SettingsRecord::*Code;
+    std::int32_t SettingsRecord::*Mods;
 };
-constexpr NumberKey NumberKeys[] = {
-    {"STATUS_HK=", &SettingsRecord::StatusHotkey},
-    {"STATUS_HKCS=", &SettingsRecord::StatusHotkeyMods},
-    {"CLEAR_HK=", &SettingsRecord::ClearHotkey},
-    {"CLEAR_HKCS=", &SettingsRecord::ClearHotkeyMods},
-    {"ACTIVE_HK=", &SettingsRecord::ActiveHotkey},
-    {"ACTIVE_HKCS=", &SettingsRecord::ActiveHotkeyMods},
+constexpr HotkeyKeys Hotkeys[] = {
+    {"STATUS_HK=", "STATUS_HKCS=", &SettingsRecord::StatusHotkey,
+     &SettingsRecord::StatusHotkeyMods},
+    {"CLEAR_HK=", "CLEAR_HKCS=", &SettingsRecord::ClearHotkey, &SettingsRecord::ClearHotkeyMods},
+    {"ACTIVE_HK=", "ACTIVE_HKCS=", &SettingsRecord::ActiveHotkey,
+     &SettingsRecord::ActiveHotkeyMods},
 };
 
 struct SwitchKey {
@@ -45,6 +45,21 @@ std::string SettingsPath() {
     return platform::ProgramFile("\\Quirkmeter.ini");
 }
 
+void Warn(const std::string& problem) {
+    TheMainWindow->ShowMessage(problem + SettingsPath() + " file", MessageIcon::Warning);
+}
+
+// Another program, such as a virus scanner, may hold the file for a moment.
+LineReader OpenSettings() {
+    constexpr int MaxRetries = 20;
+    LineReader file(SettingsPath());
+    for (int retries = 0; !file.Ok() && retries < MaxRetries; ++retries) {
+        platform::Sleep(100);
+        file = LineReader(SettingsPath());
+    }
+    return file;
+}
+
 void ReadWholeNumber(std::string_view text, std::int32_t& number) {
     std::int32_t value = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -53,8 +68,10 @@ void ReadWholeNumber(std::string_view text, std::int32_t& number) {
 
 void ApplySetting(std::string_view key, std::string_view value) {
     if (key == LastProfileKey) Settings.LastProfile = value;
-    for (const NumberKey& number : NumberKeys)
-        if (key == number.Key) ReadWholeNumber(value, Settings.*number.Field);
+    for (const HotkeyKeys& hotkey : Hotkeys) {
+        if (key == hotkey.Key) ReadWholeNumber(value, Settings.*hotkey.Code);
+        if (key == hotkey.ModsKey) ReadWholeNumber(value, Settings.*hotkey.Mods);
+    }
     for (const SwitchKey& option : SwitchKeys)
         if (key == option.Key && value == On) Settings.*option.Field = true;
 }
@@ -64,15 +81,12 @@ std::string SettingsText() {
     auto addLine = [&text](std::string_view key, std::string_view value) {
         text.append(key).append(value).append("\r\n");
     };
-    auto addHotkey = [&addLine](const NumberKey& key, const NumberKey& mods) {
-        if (Settings.*key.Field <= 0) return;
-        addLine(key.Key, std::to_string(Settings.*key.Field));
-        addLine(mods.Key, std::to_string(Settings.*mods.Field));
-    };
     addLine(LastProfileKey, Settings.LastProfile);
-    addHotkey(NumberKeys[0], NumberKeys[1]);
-    addHotkey(NumberKeys[2], NumberKeys[3]);
-    addHotkey(NumberKeys[4], NumberKeys[5]);
+    for (const HotkeyKeys& hotkey : Hotkeys) {
+        if (Settings.*hotkey.Code <= 0) continue;
+        addLine(hotkey.Key, std::to_string(Settings.*hotkey.Code));
+        addLine(hotkey.ModsKey, std::to_string(Settings.*hotkey.Mods));
+    }
     for (const SwitchKey& option : SwitchKeys)
         if (Settings.*option.Field) addLine(option.Key, On);
     // Last, since reading it may end the program before the lines behind it.
@@ -83,7 +97,8 @@ std::string SettingsText() {
 }  // namespace
 
 bool ReadSettings() {
-    LineReader file(SettingsPath());
+    if (!platform::FileExists(SettingsPath())) return true;
+    LineReader file = OpenSettings();
     std::string line;
     while (file.Next(line)) {
         std::size_t equals = line.find('=');
@@ -97,13 +112,14 @@ bool ReadSettings() {
         }
         ApplySetting(key, value);
     }
+    Settings.Unread = !file.Ok();
+    if (Settings.Unread) Warn("Could not read ");
     return true;
 }
 
 void WriteSettings() {
-    if (!platform::ReplaceFile(SettingsPath(), SettingsText()))
-        TheMainWindow->ShowMessage("Could not write " + SettingsPath() + " file",
-                                   MessageIcon::Warning);
+    if (Settings.Unread || !platform::ReplaceFile(SettingsPath(), SettingsText()))
+        Warn("Could not write ");
 }
 
 }  // namespace quirkmeter

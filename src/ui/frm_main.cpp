@@ -2,8 +2,8 @@
 
 #include <wx/filedlg.h>
 #include <wx/filename.h>
-#include <wx/msgdlg.h>
 #include <wx/panel.h>
+#include <wx/stockitem.h>
 
 #include <cstdlib>
 #include <utility>
@@ -48,10 +48,8 @@ const char* FailedText(const SubsystemEntry& entry) {
 }
 
 ReliabilityEdit EditOf(const SubsystemEntry& entry) {
-    ReliabilityEdit edit;
-    edit.EditReliability = static_cast<float>(ReadNumber(entry.Reliability).value_or(100));
-    edit.EditHours = static_cast<float>(ReadNumber(entry.Hours).value_or(1));
-    return edit;
+    return {.EditReliability = static_cast<float>(ReadNumber(entry.Reliability).value_or(100)),
+            .EditHours = static_cast<float>(ReadNumber(entry.Hours).value_or(1))};
 }
 
 void ApplyEdit(SubsystemEntry& entry, const ReliabilityEdit& edit) {
@@ -106,6 +104,7 @@ void frmMain::CreateControls() {
         wxRect place = look::Twips(panel_, left, top, width, 240);
         auto* label = new wxStaticText(panel_, wxID_ANY, text, place.GetPosition(), place.GetSize(),
                                        wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
+        look::MakeRoomForText(label);
         label->SetForegroundColour(look::White);
         return label;
     };
@@ -160,7 +159,9 @@ void frmMain::CreateControls() {
     // Where the inside of a frame begins differs between systems; the sizer knows.
     statusSizer_.reset(new wxStaticBoxSizer(Frame1, wxVERTICAL));
     statusSizer_->Add(lblStatus, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT, FromDIP(8)));
-    statusSizer_->SetDimension(wxPoint(0, 0), place.GetSize());
+    // A title that begins at the very edge would lose the edge of its first letter.
+    wxRect inside = wxRect(place.GetSize()).Deflate(FromDIP(2));
+    statusSizer_->SetDimension(inside.GetPosition(), inside.GetSize());
 }
 
 // Where the system's list rows are taller than the layout allows for, what lies below the systems
@@ -202,6 +203,7 @@ void frmMain::CreateHardcoreNotice(const wxRect& place) {
                              at.GetSize(), wxST_NO_AUTORESIZE);
         label->SetForegroundColour(look::DarkGreen);
         label->SetFont(line.Height == 375 ? look::Large() : look::Bold());
+        look::MakeRoomForText(label);
     }
 }
 
@@ -211,13 +213,11 @@ void frmMain::BindHandlers() {
         FillSubsystemList();
         lvwSubSystems->EnsureVisible(0);
     });
+    lvwSubSystems->Bind(wxEVT_LEFT_DOWN, &frmMain::OnSubSystemsDown, this);
+    lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsUp, this);
     // The native list keeps the release of the button for itself and tells of a click.
-    lvwSubSystems->Bind(wxEVT_LEFT_DOWN, &frmMain::OnSubSystemsMouse, this);
-    lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsMouse, this);
-    lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK, [this](wxCommandEvent&) {
-        subSystemPressed_ = false;
-        ClickSubSystem(SelectedRow());
-    });
+    lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK, [this](wxCommandEvent&) { ClickPressedRow(); });
+    lvwSubSystems->Bind(wxEVT_RIGHT_DOWN, [](wxMouseEvent&) {});  // would only deselect
     lvwSubSystems->Bind(wxEVT_CHAR, &frmMain::OnSubSystemsChar, this);
     auto onClick = [](wxButton* button, auto handler) {
         button->Bind(wxEVT_BUTTON, [handler](wxCommandEvent&) { handler(); });
@@ -243,6 +243,11 @@ int frmMain::SelectedRow() const {
     return static_cast<int>(
                lvwSubSystems->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED)) +
            1;
+}
+
+int frmMain::RowAt(const wxPoint& place) const {
+    int flags = 0;
+    return static_cast<int>(lvwSubSystems->HitTest(place, flags)) + 1;
 }
 
 void frmMain::SelectRow(int row) {
@@ -290,35 +295,41 @@ void frmMain::RefreshSubsystems(bool skipRecomputation) {
         SelectRow(LastClickedItem);
 }
 
-// A click is pressed and released here; a release alone belongs to something else.
-void frmMain::OnSubSystemsMouse(wxMouseEvent& event) {
+// A click is pressed and released on one row. Below the rows there is nothing to press: the list
+// would deselect its row, and the keyboard would have none.
+void frmMain::OnSubSystemsDown(wxMouseEvent& event) {
+    pressedRow_ = RowAt(event.GetPosition());
+    event.Skip(pressedRow_ > 0);
+    if (pressedRow_ == 0) lvwSubSystems->SetFocus();
+}
+
+void frmMain::OnSubSystemsUp(wxMouseEvent& event) {
     event.Skip();
-    bool pressed = std::exchange(subSystemPressed_, event.LeftDown());
-    if (!pressed || event.LeftDown()) return;
-    int flags = 0;
-    ClickSubSystem(static_cast<int>(lvwSubSystems->HitTest(event.GetPosition(), flags)) + 1);
+    if (RowAt(event.GetPosition()) != pressedRow_) pressedRow_ = 0;
+    ClickPressedRow();
 }
 
 void frmMain::OnSubSystemsChar(wxKeyEvent& event) {
     int key = event.GetKeyCode();
-    if (key == WXK_RETURN || key == WXK_NUMPAD_ENTER || key == WXK_SPACE)
-        ClickSubSystem(SelectedRow());
-    else
+    if (key != WXK_RETURN && key != WXK_NUMPAD_ENTER && key != WXK_SPACE) {
         event.Skip();
+        return;
+    }
+    pressedRow_ = SelectedRow();
+    ClickPressedRow();
 }
 
-// The dialog waits until the list has dealt with the click itself; one click of two opens it. A tick
-// in between may select another row, so the row is the one of the click.
-void frmMain::ClickSubSystem(int n) {
-    if (n < 1 || std::exchange(subSystemClicked_, true)) return;
-    CallAfter([this, n] {
-        OnSubSystemsClick(n);
-        subSystemClicked_ = false;
+// The dialog waits until the list has dealt with the click itself. However often the click is told,
+// it opens once, and on the row that was pressed, which a tick may have deselected meanwhile.
+void frmMain::ClickPressedRow() {
+    CallAfter([this] {
+        if (pressedRow_ > 0) OnSubSystemsClick(std::exchange(pressedRow_, 0));
     });
 }
 
 void frmMain::OnSubSystemsClick(int n) {
     LastClickedItem = n;
+    SelectRow(n);
     int s = SelectedSystem();
     SubsystemEntry& entry = Catalogue[s][n];
     ReliabilityEdit edit = EditOf(entry);
@@ -356,7 +367,7 @@ void frmMain::TestFailure(int system, int subsystem) {
 
 void frmMain::OnSetAllRel() {
     if (HardcoreLock()) return;
-    ReliabilityEdit edit;
+    ReliabilityEdit edit{.EditReliability = 100, .EditHours = 1};
     frmReliability dialog(this, "All Reliabilities", false, edit);
     dialog.ShowModal();
     if (!edit.EditAccepted) return;
@@ -378,15 +389,17 @@ void frmMain::OnSetSystemRel() {
 bool frmMain::ChooseProfile(long style) {
     wxFileName last(cdlDialogPath_);
     bool save = style == wxFD_SAVE;
-    wxFileDialog cdlDialog(this, save ? "Save As" : "Open", last.GetPath(), wxEmptyString,
-                           ProfileFilter, style);
+    wxFileDialog cdlDialog(this, wxEmptyString, last.GetPath(), wxEmptyString, ProfileFilter,
+                           style);
+    // For a system that leaves the title to the program; elsewhere it has no effect.
+    cdlDialog.SetTitle(wxGetStockLabel(save ? wxID_SAVEAS : wxID_OPEN, wxSTOCK_WITHOUT_ELLIPSIS));
     // A name given before the filter would get the filter's extension.
     if (last.HasName()) cdlDialog.SetFilename(last.GetFullName());
     if (cdlDialog.ShowModal() != wxID_OK) return false;
     wxString path = cdlDialog.GetPath();
     if (!platform::HoldsPath(path.ToStdWstring())) {
-        wxMessageBox((save ? "Could not write " : "Could not read ") + path, ProgramTitle,
-                     wxOK | wxICON_WARNING, this);
+        look::ShowMessage(this, (save ? "Could not write " : "Could not read ") + path,
+                          MessageIcon::Warning);
         return false;
     }
     cdlDialogPath_ = path;
@@ -428,8 +441,7 @@ void frmMain::ShowSubsystemList(bool show) {
 }
 
 void frmMain::ShowMessage(const std::string& text, MessageIcon icon) {
-    wxMessageBox(look::Shown(text), ProgramTitle,
-                 wxOK | (icon == MessageIcon::Warning ? wxICON_WARNING : wxICON_NONE), this);
+    look::ShowMessage(this, look::Shown(text), icon);
 }
 
 // The list may have been hidden since it had the keyboard here, which then nothing has.

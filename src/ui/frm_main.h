@@ -59,10 +59,12 @@ class frmMain final : public wxFrame, public MainWindow {
     void SelectRow(int row);
     int SelectedSystem() const;
     int SelectedRow() const;
+    int RowAt(const wxPoint& place) const;
 
-    void OnSubSystemsMouse(wxMouseEvent& event);
+    void OnSubSystemsDown(wxMouseEvent& event);
+    void OnSubSystemsUp(wxMouseEvent& event);
     void OnSubSystemsChar(wxKeyEvent& event);
-    void ClickSubSystem(int n);
+    void ClickPressedRow();
     void OnSubSystemsClick(int n);
     void OnSetAllRel();
     void OnSetSystemRel();
@@ -95,8 +97,7 @@ class frmMain final : public wxFrame, public MainWindow {
     wxWindow* notice_;
     std::unique_ptr<wxStaticBoxSizer> statusSizer_;
     int LastClickedItem = 0;
-    bool subSystemPressed_ = false;
-    bool subSystemClicked_ = false;
+    int pressedRow_ = 0;  // under the mouse button, or chosen by key, and not yet opened; 0: none
     wxString cdlDialogPath_;  // the file chosen last in this run; at first the program's folder
 };
 

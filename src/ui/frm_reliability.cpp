@@ -85,12 +85,14 @@ void frmReliability::CreateControls(bool single) {
         wxRect place = look::Twips(this, left, 240, 855, 345);
         return new PickList(this, entries, place.GetPosition(), place.GetSize());
     };
-    auto label = [this](const char* text, int left, int top, int width, int height) {
+    auto label = [this](const char* text, int left, int top, int width, int height,
+                        const wxFont& font) {
         wxRect place = look::Twips(this, left, top, width, height);
         auto* control = new wxStaticText(this, wxID_ANY, text, place.GetPosition(), place.GetSize(),
                                          wxST_NO_AUTORESIZE);
         control->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_HIGHLIGHTTEXT));
-        return control;
+        control->SetFont(font);
+        look::MakeRoomForText(control);
     };
     auto button = [this](wxWindowID id, const char* caption, int left, int top) {
         wxRect place = look::Twips(this, left, top, 2535, 375);
@@ -98,12 +100,12 @@ void frmReliability::CreateControls(bool single) {
     };
 
     cboRelLeft = list(PercentEntries(), 120);
-    label(".", 1080, 240, 135, 375)->SetFont(look::Black());
+    label(".", 1080, 240, 135, 375, look::Black());
     cboRelRight = list(ThousandthEntries(), 1320);
-    label("%", 2280, 240, 375, 375)->SetFont(look::Black());
-    label("based on", 2760, 360, 855, 255);
+    label("%", 2280, 240, 375, 375, look::Black());
+    label("based on", 2760, 360, 855, 255, look::Text());
     cboHours = list(HourEntries(), 3720);
-    label("hours of flight", 4680, 360, 1695, 255);
+    label("hours of flight", 4680, 360, 1695, 255, look::Text());
     cmdAccept = button(wxID_OK, "&Accept", 120, 840);
     cmdCancel = button(wxID_CANCEL, "&Cancel", 120, 1320);
     cmdTest = button(wxID_ANY, "&Test Failure", 3360, 840);

@@ -12,9 +12,9 @@ namespace quirkmeter {
 /// What the dialog and its caller exchange. The caller sets the first two before it makes the
 /// dialog; at most one of the flags is set when it has closed.
 struct ReliabilityEdit {
-    float EditReliability = 100;  // percent, 0 to 100, in thousandths
-    float EditHours = 1;          // 0 to 999
-    bool EditAccepted = false;    // the two numbers are the user's choice
+    float EditReliability;      // percent, 0 to 100, in thousandths
+    float EditHours;            // 0 to 999
+    bool EditAccepted = false;  // the two numbers are the user's choice
     bool EditTest = false;
     bool EditClear = false;
 };

@@ -4,7 +4,6 @@
 #include <wx/stattext.h>
 
 #include "model/engine_state.h"
-#include "model/main_window.h"
 #include "ui/look.h"
 
 namespace quirkmeter {
@@ -42,10 +41,6 @@ void StoreHotkey(const PickList* list, const wxCheckBox* ctrl, const wxCheckBox*
     if (text.empty() || text == NoKey) return;
     key = static_cast<std::int32_t>(text[0].GetValue());
     mods = (ctrl->GetValue() ? ModifierCtrl : 0) + (shift->GetValue() ? ModifierShift : 0);
-}
-
-void Tell(const char* text) {
-    TheMainWindow->ShowMessage(text, MessageIcon::None);
 }
 
 }  // namespace
@@ -137,21 +132,22 @@ void frmSettings::OnOK() {
 }
 
 void frmSettings::ChangeHardcoreMode() {
+    auto tell = [this](const char* text) { look::ShowMessage(this, text, MessageIcon::None); };
     if (chkHardcoreMode->GetValue() && !Settings.HardcoreMode) {
         if (Engine.Airborne) {
             chkHardcoreMode->SetValue(false);
-            Tell("Hardcore Mode cannot be enabled while airborne.");
+            tell("Hardcore Mode cannot be enabled while airborne.");
         } else {
-            Tell("You must restart Quirkmeter for Hardcore Mode to be enabled.");
+            tell("You must restart Quirkmeter for Hardcore Mode to be enabled.");
             Settings.HardcoreMode = true;
         }
     }
     if (!chkHardcoreMode->GetValue() && Settings.HardcoreMode) {
         if (Engine.Airborne) {
             chkHardcoreMode->SetValue(true);
-            Tell("Hardcore Mode cannot be disabled while airborne.");
+            tell("Hardcore Mode cannot be disabled while airborne.");
         } else {
-            Tell("You must restart Quirkmeter for Hardcore Mode to be disabled.");
+            tell("You must restart Quirkmeter for Hardcore Mode to be disabled.");
             Settings.HardcoreMode = false;
         }
     }

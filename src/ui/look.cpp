@@ -2,6 +2,7 @@
 
 #include <wx/bitmap.h>
 #include <wx/image.h>
+#include <wx/msgdlg.h>
 #include <wx/strconv.h>
 
 namespace quirkmeter::look {
@@ -106,6 +107,17 @@ wxIconBundle ProgramIcons() {
         icons.AddIcon(icon);
     }
     return icons;
+}
+
+void MakeRoomForText(wxWindow* control) {
+    wxSize size = control->GetSize();
+    size.IncTo(control->GetBestSize());
+    control->SetSize(size);
+}
+
+void ShowMessage(wxWindow* parent, const wxString& text, MessageIcon icon) {
+    long style = wxOK | (icon == MessageIcon::Warning ? wxICON_WARNING : wxICON_NONE);
+    wxMessageBox(text, ProgramTitle, style, parent);
 }
 
 // The toolkit's converter of file names takes everything for UTF-8 that could be; the system's own

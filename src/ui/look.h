@@ -11,6 +11,8 @@
 
 #include <string>
 
+#include "model/main_window.h"
+
 namespace quirkmeter::look {
 
 inline const wxColour Grey(128, 128, 128);
@@ -41,6 +43,13 @@ wxBitmapBundle Disc(const wxColour& colour);
 
 /// What the title bar and the task bar show of the program: a red disc.
 wxIconBundle ProgramIcons();
+
+/// Makes a control that is smaller than its text is high or wide as large as it needs.
+void MakeRoomForText(wxWindow* control);
+
+/// A message box with an OK button and the program's title, in front of `parent`, which has the
+/// keyboard again when the user has closed it.
+void ShowMessage(wxWindow* parent, const wxString& text, MessageIcon icon);
 
 /// Texts of the rooms below, paths above all, are bytes in the system's encoding of file names.
 wxString Shown(const std::string& text);

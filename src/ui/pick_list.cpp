@@ -5,6 +5,8 @@
 #include <wx/time.h>
 #include <wx/toplevel.h>
 
+#include <utility>
+
 #include "ui/look.h"
 
 namespace quirkmeter {
@@ -14,6 +16,12 @@ namespace {
 // A longer pause begins a new entry.
 constexpr long TypingPause = 1000;
 
+bool IsAccessKey(const wxEvent& event) {
+    auto* key = dynamic_cast<const wxKeyEvent*>(&event);
+    return key && key->GetModifiers() == wxMOD_ALT && key->GetKeyCode() > WXK_SPACE &&
+           key->GetKeyCode() < WXK_DELETE;
+}
+
 }  // namespace
 
 PickList::PickList(wxWindow* parent, const wxArrayString& entries, const wxPoint& position,
@@ -22,16 +30,40 @@ PickList::PickList(wxWindow* parent, const wxArrayString& entries, const wxPoint
                            wxCB_READONLY) {
     SetFont(look::Bold());
     look::PaintGreen(this);
+    Bind(wxEVT_CHAR_HOOK, &PickList::OnCharHook, this);
     Bind(wxEVT_CHAR, &PickList::OnChar, this);
 }
 
 void PickList::Pick(const wxString& entry) {
-    if (!SetStringSelection(entry)) return;
+    wxOwnerDrawnComboBox::SetSelection(FindString(entry));
     wxCommandEvent event(wxEVT_COMBOBOX, GetId());
     event.SetEventObject(this);
     event.SetInt(GetSelection());
     event.SetString(entry);
     ProcessWindowEvent(event);
+}
+
+void PickList::SetSelection(int entry) {
+    wxOwnerDrawnComboBox::SetSelection(entry);
+    selected_ = entry;
+}
+
+// The toolkit would take an access key for a letter that is typed, and the entry that is picked
+// again for another.
+bool PickList::ProcessEvent(wxEvent& event) {
+    if (IsAccessKey(event)) return false;
+    if (event.GetEventType() == wxEVT_COMBOBOX &&
+        std::exchange(selected_, GetSelection()) == GetSelection())
+        return true;
+    return wxOwnerDrawnComboBox::ProcessEvent(event);
+}
+
+// Escape closes what is open: the list first, then the dialog.
+void PickList::OnCharHook(wxKeyEvent& event) {
+    if (event.GetKeyCode() == WXK_ESCAPE && IsPopupShown())
+        Dismiss();
+    else
+        event.Skip();
 }
 
 void PickList::OnChar(wxKeyEvent& event) {
@@ -49,9 +81,8 @@ void PickList::OnChar(wxKeyEvent& event) {
     if (now - lastTyped_ > TypingPause) typed_.clear();
     lastTyped_ = now;
     typed_ += character;
-    int entry = FindTyped();
-    if (entry != wxNOT_FOUND && entry != GetSelection())
-        Pick(GetString(static_cast<unsigned>(entry)));
+    if (FindTyped().empty()) typed_ = character;  // a new entry after all
+    if (!FindTyped().empty()) Pick(FindTyped());
 }
 
 // The toolkit's own handling of Enter does not reach a control that wants all keys.
@@ -81,12 +112,13 @@ void PickList::OnDrawItem(wxDC& dc, const wxRect& rect, int item, int flags) con
 }
 
 // The entry of exactly that text; else the first that begins with it.
-int PickList::FindTyped() const {
-    int exact = FindString(typed_);
-    if (exact != wxNOT_FOUND) return exact;
-    for (unsigned i = 0; i < GetCount(); ++i)
-        if (GetString(i).Lower().StartsWith(typed_.Lower())) return static_cast<int>(i);
-    return wxNOT_FOUND;
+wxString PickList::FindTyped() const {
+    wxString begun;
+    for (const wxString& entry : GetStrings()) {
+        if (entry.IsSameAs(typed_, false)) return entry;
+        if (begun.empty() && entry.Lower().StartsWith(typed_.Lower())) begun = entry;
+    }
+    return begun;
 }
 
 }  // namespace quirkmeter

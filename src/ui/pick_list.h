@@ -11,16 +11,22 @@ class PickList final : public wxOwnerDrawnComboBox {
     PickList(wxWindow* parent, const wxArrayString& entries, const wxPoint& position,
              const wxSize& size);
 
-    /// Picks the entry of that text as a user does, so that wxEVT_COMBOBOX follows.
+    /// Picks the entry of that text as a user does: wxEVT_COMBOBOX follows unless it is selected
+    /// already.
     void Pick(const wxString& entry);
+
+    void SetSelection(int entry) override;
+    bool ProcessEvent(wxEvent& event) override;
 
    private:
     void OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const override;
     void OnDrawItem(wxDC& dc, const wxRect& rect, int item, int flags) const override;
+    void OnCharHook(wxKeyEvent& event);
     void OnChar(wxKeyEvent& event);
     void PressDefaultButton();
-    int FindTyped() const;
+    wxString FindTyped() const;
 
+    int selected_ = wxNOT_FOUND;  // as it was when the last change was told
     wxString typed_;
     wxMilliClock_t lastTyped_ = 0;
 };

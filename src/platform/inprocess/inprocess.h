@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,8 @@ void Reset();
 void AdvanceClock(double seconds);
 /// Seconds since Reset.
 double Elapsed();
+/// What happens meanwhile, at every Sleep.
+void WhenAsleep(std::function<void()> act);
 
 /// From now on, the `nth` call (from 1) of the function of that name and the `count` - 1 after it
 /// fail as the function's contract says, with this last error.

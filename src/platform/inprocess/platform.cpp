@@ -42,6 +42,7 @@ constexpr std::uint16_t FirstAtom = 0xC000;
 struct World {
     double Start = 12 * 3600;
     double Clock = 12 * 3600;
+    std::function<void()> Asleep;
     std::uint32_t LastError = ErrorSuccess;
     std::uintptr_t NextHandle = 1;
     std::map<WindowHandle, Window> Windows;
@@ -112,6 +113,10 @@ void AdvanceClock(double seconds) {
 
 double Elapsed() {
     return TheWorld.Clock - TheWorld.Start;
+}
+
+void WhenAsleep(std::function<void()> act) {
+    TheWorld.Asleep = std::move(act);
 }
 
 void FailCalls(std::string_view function, int nth, int count, std::uint32_t lastError) {
@@ -305,6 +310,7 @@ std::uint32_t GetLastError() {
 void Sleep(std::uint32_t milliseconds) {
     Fails("Sleep");
     TheWorld.Clock += milliseconds / 1000.0;
+    if (TheWorld.Asleep) TheWorld.Asleep();
 }
 
 double SecondsSinceMidnight() {

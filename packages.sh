@@ -5,7 +5,8 @@ build_packages=(cmake ninja-build g++ pkg-config libwxgtk3.2-dev libx11-dev libx
   libcanberra-dev libasound2-dev)
 run_packages=(fonts-liberation xdg-utils)
 display_packages=(xvfb openbox imagemagick x11-utils)
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev libxtst-dev locales xdotool clang-format)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev libxtst-dev locales xdotool clang-format
+  clang-tidy-16)
 
 need() {
     local missing=() package sudo=()

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds everything and passes all tests: ./test.sh for the release build, ./test.sh debug for the one
-# with the address and undefined-behaviour sanitizers.
+# Builds everything, checks the style of what has changed and passes all tests: ./test.sh for the
+# release build, ./test.sh debug for the one with the address and undefined-behaviour sanitizers.
 set -euo pipefail
 cd "$(dirname "$0")"
 . ./packages.sh
@@ -8,7 +8,7 @@ cd "$(dirname "$0")"
 preset=${1-release}
 need "${build_packages[@]}" "${run_packages[@]}" "${display_packages[@]}" "${test_packages[@]}"
 build "$preset" ON
-echo "Checking the format"
-git ls-files -- '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
+echo "Checking the style"
+tests/style.sh "build/$preset"
 echo "Testing"
 ctest --test-dir "build/$preset" -j2 --output-on-failure --progress

@@ -101,7 +101,7 @@ TEST_F(SpeechTest, EveryHotkeyHasItsOwnKeyModifiersAndAction) {
     Settings.ActiveHotkeyMods = 2;
     AddFailure(6, 8);
     AddFailure(6, 9);
-    for (int key : {'S', 'A'})
+    for (int key : {int{'S'}, int{'A'}})
         for (std::int16_t ctrl : {Up, Down}) Poll(key, Down, ctrl, ctrl == Down ? Up : Down);
     EXPECT_EQ(simulator_.Writes.size(), 3u);
     EXPECT_EQ(simulator_.Writes[0].Offset, 0x3380u);

@@ -5,6 +5,8 @@
 #include <wx/msgdlg.h>
 #include <wx/strconv.h>
 
+#include <cmath>
+
 namespace quirkmeter::look {
 
 namespace {
@@ -29,7 +31,7 @@ double Coverage(int x, int y, int size) {
 }
 
 unsigned char Blend(unsigned char under, unsigned char over, double share) {
-    return static_cast<unsigned char>(under + (over - under) * share + 0.5);
+    return static_cast<unsigned char>(std::lround(under + (over - under) * share));
 }
 
 wxBitmap DiscBitmap(const wxColour& colour, int size) {

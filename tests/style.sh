@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# usage: style.sh BUILD [--all]: checks the layout of the tree, and the format and the names in the
+# sources that have changed since the last commit, with --all in all. BUILD is the folder of a
+# finished build.
+set -euo pipefail
+build=$(realpath "$1")
+cd "$(dirname "$0")/.."
+
+if [[ ${2-} == --all ]]; then
+    files=$(git ls-files -- '*.cpp' '*.h')
+else
+    files=$(git diff --name-only --diff-filter=d HEAD -- '*.cpp' '*.h'
+        git ls-files --others --exclude-standard -- '*.cpp' '*.h')
+fi
+
+# A header is read through the sources that include it.
+including() {
+    local header
+    for header in $(grep '\.h$'); do
+        git grep -lF "$(basename "$header")\"" -- '*.cpp' || true
+    done
+}
+# What this system does not compile is not understood.
+compiled() {
+    sed -n "s|^ *\"file\": \"$PWD/\(.*\)\".*|\1|p" "$build/compile_commands.json"
+}
+units=$( (echo "$files" && including <<<"$files") | grep -xF "$(compiled)" | sort -u || true)
+
+tests/rooms.sh
+xargs -r clang-format --dry-run --Werror <<<"$files"
+xargs -r -P "$(nproc)" -n 1 clang-tidy-16 -p "$build" --quiet <<<"$units" \
+    2> >(grep -v 'warnings\? generated' >&2)

@@ -4,8 +4,9 @@
 # build/windows-i686/hangar, together with the files that belong beside them.
 #
 # What is missing is installed with apt. The widget set is built from Debian's own source package,
-# once for each architecture, version and set of switches, and kept in the user's cache. A build that
-# was stopped goes on where it was. Exit status 75: that package cannot be fetched now.
+# with toolkit.patch on top, once for each architecture, version and set of switches, and kept in the
+# user's cache. A build that was stopped goes on where it was. Exit status 75: that package cannot be
+# fetched now.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
@@ -68,6 +69,7 @@ fetch_sources() {
     rm -rf "$sources.partial"
     mkdir -p "$sources.partial"
     (cd "$sources.partial" && logged fetch source_apt source "wxwidgets3.2=$version") || exit 75
+    (cd "$sources.partial"/wxwidgets3.2-*/ && logged fetch patch -p1 -i "$patch")
     mv "$sources.partial"/wxwidgets3.2-*/ "$sources"
     rm -rf "$sources.partial"
 }
@@ -126,7 +128,8 @@ build_toolkit() {
 mkdir -p "$cache"
 need cmake dpkg-dev make ninja-build wx3.2-headers "g++-mingw-w64-${arch/_/-}-posix"
 version=$(dpkg-query -W -f '${Version}' wx3.2-headers)
-sources=$cache/wxwidgets-$version
+patch=$PWD/packaging/windows/toolkit.patch
+sources=$cache/wxwidgets-$version-$(sha256sum <"$patch" | cut -c 1-8)
 toolkit=$sources-$arch-$(sha256sum <<<"${switches[*]}" | cut -c 1-8)
 objects=$toolkit.objects
 if [ ! -d "$toolkit" ]; then

@@ -14,7 +14,7 @@ skip() {
 for package in nsis zip g++-mingw-w64-x86-64-posix wine64 googletest; do
     (need "$package") || skip "$package cannot be installed."
 done
-need "${display_packages[@]}" procps unzip xdotool
+need "${display_packages[@]}" clang-tidy-16 procps unzip xdotool
 status=0
 packaging/windows/pack.sh || status=$?
 ((status != 75)) || skip "the sources of wxWidgets cannot be fetched."
@@ -23,4 +23,9 @@ packaging/windows/pack.sh || status=$?
 build=build/windows-x86_64
 cmake -DBUILD_TESTING=ON "$build" >/dev/null
 cmake --build "$build" -j "$(nproc)" --target program_test window_test link-probe -- --quiet
+# What is compiled for Windows only; where that compiler has its headers, clang-tidy must be told.
+headers=$(x86_64-w64-mingw32-g++-posix -print-file-name=include/c++)
+git ls-files 'src/platform/windows/*.cpp' tests/native_windows.cpp tests/link_probe.cpp |
+    xargs -P "$(nproc)" -n 1 clang-tidy-16 -p "$build" --quiet \
+        --extra-arg=-isystem"$headers" --extra-arg=-isystem"$headers/x86_64-w64-mingw32"
 tests/on_display.sh packaging/windows/checks.sh "$build"

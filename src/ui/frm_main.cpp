@@ -203,6 +203,7 @@ void frmMain::CreateHardcoreNotice(const wxRect& place) {
                              at.GetSize(), wxST_NO_AUTORESIZE);
         label->SetForegroundColour(look::DarkGreen);
         label->SetFont(line.Height == 375 ? look::Large() : look::Bold());
+        label->Wrap(place.GetRight() - at.x);  // in a font wider than the layout's
         look::MakeRoomForText(label);
     }
 }

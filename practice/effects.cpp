@@ -1,6 +1,7 @@
 #include "practice/effects.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace quirkmeter::practice {
 
@@ -147,7 +148,7 @@ std::vector<LampRow> Effects::Lamps(const OffsetSpace& space) const {
 int FuelPercent(const OffsetSpace& space, const Variable& tank) {
     auto level = static_cast<std::int32_t>(space.Value(tank.Offset, tank.Size));
     double part = static_cast<double>(level) / FullTank;
-    return static_cast<int>(std::clamp(part, 0.0, 1.0) * 100 + 0.5);
+    return static_cast<int>(std::lround(std::clamp(part, 0.0, 1.0) * 100));
 }
 
 }  // namespace quirkmeter::practice

@@ -147,8 +147,8 @@ wxSizer* PracticeFrame::MakeFlightControls(wxWindow* parent) {
 
 wxSizer* PracticeFrame::MakeTanks(wxWindow* parent, std::size_t count) {
     auto* grid = new wxFlexGridSizer(3 * TankColumns, wxSize(FromDIP(6), FromDIP(6)));
-    for (int column = 0; column < TankColumns; ++column)
-        grid->AddGrowableCol(static_cast<std::size_t>(3 * column + 1), 1);
+    for (std::size_t column = 0; column < TankColumns; ++column)
+        grid->AddGrowableCol(3 * column + 1, 1);
     std::span<const Variable> tanks = VariablesOf(VariableKind::Tank);
     for (std::size_t i = 0; i < count; ++i) {
         auto* name = new wxStaticText(parent, wxID_ANY, tanks[i].Name);

@@ -111,7 +111,7 @@ FileDescriptor Connect(WindowHandle window, const Deadline& deadline) {
     int result;
     do {
         // Bounds the wait for a place in the owner's queue; 0 would mean for ever.
-        int left = std::max(deadline.MillisecondsLeft(), 1);
+        long left = std::max(deadline.MillisecondsLeft(), 1);
         timeval limit{left / 1000, left % 1000 * 1000};
         setsockopt(connection.Number(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
         result = connect(connection.Number(), reinterpret_cast<const sockaddr*>(&address),

@@ -11,7 +11,6 @@ namespace quirkmeter {
 namespace {
 
 namespace inprocess = platform::inprocess;
-using testing::ElementsAre;
 
 constexpr std::uint32_t None = 0, Starter = 100, Second = 200;  // the process that runs
 

@@ -128,12 +128,12 @@ TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
     ClearLastFailure();
     EXPECT_THAT(window_.Refreshes, IsEmpty()) << "nothing has failed";
     Fail({Battery, Adf, Rudder});
-    Settings.HardcoreActive = Engine.Airborne = true;
+    Settings.HardcoreActive = EngineState.Airborne = true;
     ClearAllFailures(false);
     ClearLastFailure();
     EXPECT_EQ(FailureCount, 3);
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
-    Engine.Airborne = false;
+    EngineState.Airborne = false;
     ClearLastFailure();
     EXPECT_FALSE(Catalogue[2][6].Failed);
     EXPECT_THAT(window_.Refreshes, ElementsAre(true));

@@ -262,7 +262,7 @@ TEST_F(SettingsWindowTest, HardcoreModeIsChosenOnTheGroundOnly) {
                 {false, false, "You must restart Quirkmeter for Hardcore Mode to be disabled."}};
     bool display = false;
     for (const auto& row : rows) {
-        Engine.Airborne = row.Airborne;
+        EngineState.Airborne = row.Airborne;
         Edit([this](frmSettings* dialog) {
             Click(dialog->chkHardcoreMode);
             Click(dialog->chkDisplayFailures);

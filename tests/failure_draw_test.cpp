@@ -17,7 +17,7 @@ constexpr int Subsystems = 62;
 
 class FailureDrawTest : public ProgramTest {
    protected:
-    FailureDrawTest() { Engine.EngineCount = 4; }
+    FailureDrawTest() { EngineState.EngineCount = 4; }
 
     void SetAll(const std::string& reliability, const std::string& hours) {
         ForEachSubsystem([&](int, int, SubsystemEntry& entry) {
@@ -120,7 +120,7 @@ TEST_F(FailureDrawTest, OneDrawAPeriodAtItsStep) {
 
 TEST_F(FailureDrawTest, GearAndFlapsWaitWhileOutAndMissingEnginesAreSkipped) {
     SetAll("0", "0.0");
-    Engine.EngineCount = 2;
+    EngineState.EngineCount = 2;
     const SubsystemEntry& flaps = Catalogue[2][4];
     SubsystemEntry& gear = Catalogue[2][5];
     Catalogue[1][1].Reliability = "100";

@@ -156,7 +156,7 @@ class LinkedTest : public ProgramTest {
     LinkedTest() {
         std::int32_t result = 0;
         EXPECT_TRUE(SimOpen(0, result));
-        Engine.Connected = true;
+        EngineState.Connected = true;
         simulator_.Batches = 0;
     }
 

@@ -19,7 +19,7 @@ class SpeechTest : public LinkedTest {
     SpeechTest() { InstallSounds(); }
 
     std::string Show(const std::string& line, bool force = false) {
-        Engine.StatusText = line;
+        EngineState.StatusText = line;
         ShowStatus(force);
         return window_.StatusCaption;
     }
@@ -82,14 +82,14 @@ TEST_F(SpeechTest, HotkeyMatchesItsModifiersExactly) {
             for (std::int16_t shift : {Up, Tapped, Down})
                 for (std::int16_t key : {Up, Tapped, Down}) {
                     Settings.ActiveHotkeyMods = mods;
-                    Engine.Deactivated = false;
+                    EngineState.Deactivated = false;
                     int calls = inprocess::CallCount("GetAsyncKeyState");
                     Poll('A', key, ctrl, shift);
                     calls = inprocess::CallCount("GetAsyncKeyState") - calls;
                     EXPECT_EQ(calls, key == Down ? 3 : 1) << "asking for a key forgets its tap";
                     bool ctrlRight = (mods == 1 || mods == 3) ? ctrl == Down : ctrl == Up;
                     bool shiftRight = (mods == 2 || mods == 3) ? shift == Down : shift == Up;
-                    EXPECT_EQ(Engine.Deactivated, key == Down && ctrlRight && shiftRight)
+                    EXPECT_EQ(EngineState.Deactivated, key == Down && ctrlRight && shiftRight)
                         << mods << ' ' << ctrl << ' ' << shift << ' ' << key;
                 }
 }
@@ -107,7 +107,7 @@ TEST_F(SpeechTest, EveryHotkeyHasItsOwnKeyModifiersAndAction) {
     EXPECT_EQ(simulator_.Writes[0].Offset, 0x3380u);
     EXPECT_EQ(simulator_.Writes[2], (SimWriteRecord{0x0B73, 1, 0}));
     EXPECT_EQ(FailureCount, 1);
-    EXPECT_TRUE(Engine.Deactivated);
+    EXPECT_TRUE(EngineState.Deactivated);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav", "sound_warning.wav"));
     std::filesystem::remove(folder_ / "sound_ok.wav");
     Poll('A', Down, Up, Down);
@@ -141,7 +141,7 @@ TEST_F(HardcoreTest, AirborneTheListIsHiddenAndTheCompanionLookedFor) {
     EXPECT_EQ(window_.Unloads, 0);
     AddFailure(1, 1);
     Poll('A', Down, Up, Up);
-    EXPECT_FALSE(Engine.Deactivated);
+    EXPECT_FALSE(EngineState.Deactivated);
 
     // A lost link leaves the lock, the hidden list and the failures; nobody looks for the
     // companion.

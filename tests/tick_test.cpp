@@ -33,7 +33,7 @@ class TickTest : public LinkedTest {
 
 TEST_F(TickTest, StatusLineSaysWhyItIsOnHold) {
     EXPECT_EQ(Tick(), "Operational.  No failures.");
-    EXPECT_EQ(Engine.EngineCount, 4);
+    EXPECT_EQ(EngineState.EngineCount, 4);
     EXPECT_EQ(simulator_.Batches, 1);
     std::tuple<std::uint64_t, std::uint64_t, bool, std::string> holds[] = {
         {0x0100, 0, false, "(sim paused)"},
@@ -43,9 +43,9 @@ TEST_F(TickTest, StatusLineSaysWhyItIsOnHold) {
     for (const auto& [pause, onGround, deactivated, why] : holds) {
         simulator_.Space.SetValue(0x0264, 2, pause);
         simulator_.Space.SetValue(0x0366, 2, onGround);
-        Engine.Deactivated = deactivated;
+        EngineState.Deactivated = deactivated;
         EXPECT_EQ(Tick(), "On hold " + why + ".  No failures.");
-        EXPECT_EQ(Engine.DrawDivider, 1) << "as the first tick left it";
+        EXPECT_EQ(EngineState.DrawDivider, 1) << "as the first tick left it";
     }
     AddFailure(6, 9);
     AddFailure(4, 1);
@@ -104,7 +104,7 @@ TEST_F(TickTest, LostLinkClearsFailuresAndComesBackByItself) {
     EXPECT_EQ(Tick(2), NoConnection);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav")) << "retries are silent";
     EXPECT_EQ(FailureCount, 0);
-    EXPECT_TRUE(Engine.Airborne) << "the last reading stands";
+    EXPECT_TRUE(EngineState.Airborne) << "the last reading stands";
     ConnectToSimulator(false);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav")) << "as at the start";
     Settings.ActiveHotkey = 'A';

@@ -225,7 +225,7 @@ TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
 
     TestSimulator simulator;
     Tick();
-    ASSERT_TRUE(Engine.Connected);
+    ASSERT_TRUE(EngineState.Connected);
     Catalogue[1][3].RangeHigh = 1234;  // new ranges would change it
     press(3, &frmReliability::cmdTest, nothing);
     EXPECT_EQ(Row(3), "red Approach|100%|1 hour of flight|Yes");
@@ -296,7 +296,7 @@ class HardcoreWindowTest : public WindowTest {
         Tick();
     }
     ~HardcoreWindowTest() override {
-        Engine.Airborne = false;  // or closing would end the flight
+        EngineState.Airborne = false;  // or closing would end the flight
         platform::DropWindow(companion_);
     }
 

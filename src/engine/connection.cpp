@@ -8,7 +8,7 @@
 namespace quirkmeter {
 
 void ConnectToSimulator(bool quiet) {
-    if (Engine.Connected) return;
+    if (EngineState.Connected) return;
     SimClose();
     SimInit();
     std::int32_t result = 0;
@@ -22,14 +22,14 @@ void ConnectToSimulator(bool quiet) {
 }
 
 void SetConnected() {
-    Engine.Connected = true;
-    Engine.StatusText = "Connected";
+    EngineState.Connected = true;
+    EngineState.StatusText = "Connected";
 }
 
 void SetDisconnected() {
-    Engine.Connected = false;
+    EngineState.Connected = false;
     ClearAllFailures(true);
-    Engine.StatusText = "FSUIPC - No connection to Flight Simulator.";
+    EngineState.StatusText = "FSUIPC - No connection to Flight Simulator.";
 }
 
 }  // namespace quirkmeter

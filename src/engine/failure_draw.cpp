@@ -66,7 +66,7 @@ void DrawStep(std::int32_t gear, std::int32_t flaps) {
         double hours = Hours(entry);
         if ((entry.Offset == GearOffset && gear > 0) || (entry.Offset == FlapsOffset && flaps > 0))
             return StartPeriod(entry, hours);
-        if (entry.Engine > Engine.EngineCount) return;
+        if (entry.Engine > EngineState.EngineCount) return;
         ++entry.Elapsed;
         if (entry.Elapsed == entry.DrawAt && DrawFails(entry) && !entry.Failed) AddFailure(s, n);
         double elapsedHours = entry.Elapsed / StepsPerHour;

@@ -23,7 +23,7 @@ void ResetProgramState() {
     FailureCount = LastFailureCount = 0;
     std::fill(std::begin(DisconnectFlags), std::end(DisconnectFlags), false);
     Settings = {};
-    Engine = {};
+    EngineState = {};
     ResetRandom();
 }
 

@@ -32,7 +32,7 @@ struct SimReadings {
 std::optional<SimReadings> ReadSimulator() {
     SimReadings readings;
     std::int32_t result = 0;
-    if (!SimRead(0x0AEC, 2, &Engine.EngineCount, result)) return std::nullopt;
+    if (!SimRead(0x0AEC, 2, &EngineState.EngineCount, result)) return std::nullopt;
     SimRead(0x0264, 2, &readings.Pause, result);
     SimRead(0x0366, 2, &readings.OnGround, result);
     SimRead(0x0BE8, 4, &readings.Gear, result);
@@ -48,21 +48,21 @@ bool ApplyHardcoreRestriction() {
 }
 
 bool OnHold() {
-    return Engine.SimPaused || !Engine.Airborne || Engine.Deactivated;
+    return EngineState.SimPaused || !EngineState.Airborne || EngineState.Deactivated;
 }
 
 void DescribeHold() {
-    Engine.StatusText = "On hold ";
-    if (Engine.SimPaused) Engine.StatusText += "(sim paused)";
-    if (!Engine.Airborne) Engine.StatusText += "(not airborne)";
-    if (Engine.Deactivated) Engine.StatusText += "(deactivated)";
-    Engine.StatusText += '.';
+    EngineState.StatusText = "On hold ";
+    if (EngineState.SimPaused) EngineState.StatusText += "(sim paused)";
+    if (!EngineState.Airborne) EngineState.StatusText += "(not airborne)";
+    if (EngineState.Deactivated) EngineState.StatusText += "(deactivated)";
+    EngineState.StatusText += '.';
 }
 
 void Operate(const SimReadings& readings) {
-    Engine.StatusText = "Operational.";
-    if (++Engine.DrawDivider < TicksPerDrawStep) return;
-    Engine.DrawDivider = 0;
+    EngineState.StatusText = "Operational.";
+    if (++EngineState.DrawDivider < TicksPerDrawStep) return;
+    EngineState.DrawDivider = 0;
     DrawStep(readings.Gear, readings.Flaps);
 }
 
@@ -78,12 +78,12 @@ void NoticeFailureCount() {
 void AppendFailureCount() {
     if (!Settings.DisplayFailures || Settings.HardcoreActive) return;
     if (FailureCount < 1) {
-        Engine.StatusText += "  No failures.";
+        EngineState.StatusText += "  No failures.";
         return;
     }
     char count[12];
     char* end = std::to_chars(count, count + sizeof count, FailureCount).ptr;
-    Engine.StatusText.append("  ").append(count, end).append(" failures.");
+    EngineState.StatusText.append("  ").append(count, end).append(" failures.");
 }
 
 // False when the program is ending.
@@ -94,8 +94,8 @@ bool ConnectedTick() {
         SetDisconnected();
         return true;
     }
-    Engine.SimPaused = readings->Pause != 0;
-    Engine.Airborne = readings->OnGround == 0;
+    EngineState.SimPaused = readings->Pause != 0;
+    EngineState.Airborne = readings->OnGround == 0;
     if (!ApplyHardcoreRestriction()) return false;
     if (OnHold())
         DescribeHold();
@@ -111,7 +111,7 @@ bool ConnectedTick() {
 
 void EngineTick() {
     PollHotkeys();
-    if (!Engine.Connected)
+    if (!EngineState.Connected)
         ConnectToSimulator(true);
     else if (!ConnectedTick())
         return;

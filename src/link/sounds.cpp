@@ -13,8 +13,8 @@ void PlaySoundFile(std::string_view name) {
 
 void ToggleActive() {
     if (HardcoreLock()) return;
-    Engine.Deactivated = !Engine.Deactivated;
-    PlaySoundFile(Engine.Deactivated ? SoundWarning : SoundOk);
+    EngineState.Deactivated = !EngineState.Deactivated;
+    PlaySoundFile(EngineState.Deactivated ? SoundWarning : SoundOk);
 }
 
 }  // namespace quirkmeter

@@ -48,15 +48,15 @@ void ShowSimMessage(std::string_view text) {
 }
 
 void ShowStatus(bool force) {
-    std::string& line = Engine.StatusText;
+    std::string& line = EngineState.StatusText;
     if (!force) {
         if (FailureCount >= 1 && Settings.DisplayFailures && !Settings.HardcoreActive)
             AppendFailures(line);
         if (Settings.HardcoreActive) line.append(" Hardcore Mode.");
-        if (line == Engine.LastShownStatus) return;
+        if (line == EngineState.LastShownStatus) return;
     }
     TheMainWindow->SetStatusCaption(line);
-    Engine.LastShownStatus = line;
+    EngineState.LastShownStatus = line;
     if (force || Settings.DisplayUpdate) ShowSimMessage(line);
 }
 

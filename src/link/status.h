@@ -9,7 +9,7 @@ namespace quirkmeter {
 /// that the simulator's text has room for.
 void ShowSimMessage(std::string_view text);
 
-/// Finishes Engine.StatusText (unless forced: the failures' names, the Hardcore Mode ending), puts
+/// Finishes EngineState.StatusText (unless forced: the failures' names, the Hardcore Mode ending), puts
 /// it into the label and, if the user wishes, on the simulator's screen. An unchanged line does
 /// nothing, unless forced: then it is shown in both again, whatever the user's setting.
 void ShowStatus(bool force);

@@ -9,7 +9,7 @@
 
 namespace quirkmeter {
 
-struct EngineState {
+struct EngineStateRecord {
     bool Connected = false;         // the link is open and answered last time
     bool SimPaused = false;         // the simulation is paused
     bool Airborne = false;          // the aircraft is off the ground
@@ -20,12 +20,12 @@ struct EngineState {
     std::string LastShownStatus;    // the status line as the label shows it
 };
 
-inline EngineState Engine;
+inline EngineStateRecord EngineState;
 
 /// Hardcore Mode in flight: whatever would avoid or undo failures is refused, without a message or
 /// a sound.
 inline bool HardcoreLock() {
-    return Settings.HardcoreActive && Engine.Airborne;
+    return Settings.HardcoreActive && EngineState.Airborne;
 }
 
 }  // namespace quirkmeter

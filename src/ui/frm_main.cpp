@@ -353,7 +353,7 @@ void frmMain::OnSubSystemsClick(int n) {
 }
 
 void frmMain::TestFailure(int system, int subsystem) {
-    if (!Engine.Connected) {
+    if (!EngineState.Connected) {
         ShowMessage(
             "You'll need to have Flight Simulator 2002 running first and you'll also need the "
             "fsuipc module installed.",

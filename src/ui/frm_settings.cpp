@@ -134,7 +134,7 @@ void frmSettings::OnOK() {
 void frmSettings::ChangeHardcoreMode() {
     auto tell = [this](const char* text) { look::ShowMessage(this, text, MessageIcon::None); };
     if (chkHardcoreMode->GetValue() && !Settings.HardcoreMode) {
-        if (Engine.Airborne) {
+        if (EngineState.Airborne) {
             chkHardcoreMode->SetValue(false);
             tell("Hardcore Mode cannot be enabled while airborne.");
         } else {
@@ -143,7 +143,7 @@ void frmSettings::ChangeHardcoreMode() {
         }
     }
     if (!chkHardcoreMode->GetValue() && Settings.HardcoreMode) {
-        if (Engine.Airborne) {
+        if (EngineState.Airborne) {
             chkHardcoreMode->SetValue(true);
             tell("Hardcore Mode cannot be disabled while airborne.");
         } else {

@@ -2,7 +2,9 @@
 // for each system.
 #pragma once
 
+#include <wx/filedlg.h>
 #include <wx/msgdlg.h>
+#include <wx/uiaction.h>
 #include <wx/window.h>
 
 #include <string>
@@ -15,10 +17,19 @@ wxString Text(const wxWindow* window);
 /// The text of a message box that is open.
 wxString Text(const wxMessageDialogBase* box);
 
-/// The title of the window that has the keyboard.
-wxString KeyboardTitle();
+/// Whether keys go to that window, which is shown.
+bool HasKeyboard(const wxTopLevelWindow* window);
+
+/// Whether the system's file dialog shows the name that it begins with.
+bool IsFilled(const wxFileDialog* dialog);
+
+/// The colour of that place of the display.
+wxColour ColourAt(wxPoint place);
 
 /// Types the name of a file of the folder that the system's file dialog shows.
-void TypeFileName(const std::string& name);
+void TypeFileName(wxUIActionSimulator& keyboard, const std::string& name);
+
+/// Closes a dialog or box of the system's own without an answer.
+void Dismiss(const wxDialog* dialog);
 
 }  // namespace quirkmeter::native

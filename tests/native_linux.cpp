@@ -1,10 +1,20 @@
-// GTK's own headers are not needed for the program, so the toolkit is taken at its word.
-#include <wx/uiaction.h>
-#include <wx/utils.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <dlfcn.h>
 
 #include "native.h"
 
 namespace quirkmeter::native {
+
+namespace {
+
+// GTK's own headers are not needed for the program, so its functions are looked up by name.
+template <typename Function>
+Function* Gtk(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));
+}
+
+}  // namespace
 
 wxString Text(const wxWindow* window) {
     return window->GetLabel();
@@ -14,15 +24,34 @@ wxString Text(const wxMessageDialogBase* box) {
     return box->GetMessage();
 }
 
-wxString KeyboardTitle() {
-    wxArrayString output;
-    wxExecute("xdotool getwindowfocus getwindowname", output, wxEXEC_SYNC | wxEXEC_NOEVENTS);
-    return output.empty() ? wxString() : output[0];
+bool HasKeyboard(const wxTopLevelWindow* window) {
+    return Gtk<int(void*)>("gtk_window_is_active")(window->GetHandle());
+}
+
+// GTK selects the name in its own time, in the midst of what is typed by then.
+bool IsFilled(const wxFileDialog* dialog) {
+    return dialog->GetPath().EndsWith(dialog->wxFileDialogBase::GetFilename());
+}
+
+wxColour ColourAt(wxPoint place) {
+    Display* server = XOpenDisplay(nullptr);
+    XImage* image =
+        XGetImage(server, DefaultRootWindow(server), place.x, place.y, 1, 1, AllPlanes, ZPixmap);
+    unsigned long colour = XGetPixel(image, 0, 0);
+    XDestroyImage(image);
+    XCloseDisplay(server);
+    auto part = [colour](int bits) { return static_cast<unsigned char>(colour >> bits); };
+    return {part(16), part(8), part(0)};
 }
 
 // A point lets the dialog for opening, too, take what is typed as a name.
-void TypeFileName(const std::string& name) {
-    wxUIActionSimulator().Text(("./" + name).c_str());
+void TypeFileName(wxUIActionSimulator& keyboard, const std::string& name) {
+    keyboard.Text(("./" + name).c_str());
+}
+
+void Dismiss(const wxDialog* dialog) {
+    constexpr int Cancel = -6;
+    Gtk<void(void*, int)>("gtk_dialog_response")(dialog->GetHandle(), Cancel);
 }
 
 }  // namespace quirkmeter::native

@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
-# Runs a command on a virtual display of its own with a window manager.
+# Runs a command on a virtual display of its own with a window manager. A test program that ends
+# half-way has failed, whatever its exit status.
 set -euo pipefail
 processes=()
-trap 'kill "${processes[@]}" 2>/dev/null || true' EXIT
+# It is there from the beginning of a test program to its end.
+export TEST_PREMATURE_EXIT_FILE=${TMPDIR:-/tmp}/quirkmeter-display-$$
+trap 'kill "${processes[@]}" 2>/dev/null || true; rm -f "$TEST_PREMATURE_EXIT_FILE"' EXIT
 exec {number}< <(exec Xvfb -displayfd 1 -screen 0 1280x1024x24 2>/dev/null)
 processes+=($!)
 read -r -u "$number" display
@@ -12,3 +15,4 @@ export DISPLAY=:$display
 openbox >/dev/null 2>&1 &
 processes+=($!)
 "$@"
+[ ! -e "$TEST_PREMATURE_EXIT_FILE" ]

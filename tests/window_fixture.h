@@ -1,0 +1,323 @@
+// The real windows with their real controls on a display, worked by mouse and keyboard, over the
+// in-process platform: the simulator, the clock and the files are the test's. Every wait is for
+// something to see and has an end, and a dialog that nobody answers is closed: a test may fail, but
+// never hang.
+#pragma once
+
+#include <wx/app.h>
+#include <wx/eventfilter.h>
+#include <wx/filedlg.h>
+#include <wx/modalhook.h>
+#include <wx/msgdlg.h>
+#include <wx/stopwatch.h>
+#include <wx/uiaction.h>
+
+#include <algorithm>
+#include <cstring>
+#include <deque>
+
+#include "engine/tick.h"
+#include "native.h"
+#include "program_test.h"
+#include "ui/frm_main.h"
+#include "ui/look.h"
+
+namespace quirkmeter {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+inline void HandleEvents() {
+    wxTheApp->ProcessPendingEvents();
+    wxYield();
+}
+
+/// Mouse and keyboard. Making them takes long, so they are made once.
+inline wxUIActionSimulator& Hands() {
+    static wxUIActionSimulator theHands;
+    return theHands;
+}
+
+/// Waits for the condition, handling events; false when it does not come to hold. The time is for a
+/// machine that is busy; a test that has failed already waits no longer than it must.
+inline bool Until(const std::function<bool()>& condition, long milliseconds = 30'000) {
+    wxStopWatch watch;
+    while (!condition()) {
+        if (watch.Time() > (testing::Test::HasFailure() ? 500 : milliseconds)) return false;
+        wxMilliSleep(1);
+        HandleEvents();
+    }
+    return true;
+}
+
+/// The texts of a row, behind the colour of its disc.
+inline std::string RowTexts(wxListCtrl* list, long row) {
+    wxListItem disc;
+    disc.SetId(row);
+    disc.SetMask(wxLIST_MASK_IMAGE);
+    list->GetItem(disc);
+    constexpr const char* Discs[] = {"green", "red", "yellow"};
+    wxString texts = Discs[disc.GetImage()];
+    for (int column = 0; column < list->GetColumnCount(); ++column)
+        texts += (column > 0 ? "|" : "") + list->GetItemText(row, column);
+    return look::Stored(texts);
+}
+
+/// Knows the modal dialogs that are open. Each is dealt with once it has the keyboard: as the test
+/// has said; a message box is read and answered. One that nobody asked for, or that stays open, is
+/// closed, and the test has failed.
+class Modals final : public wxModalDialogHook, private wxTimer {
+   public:
+    Modals() {
+        Register();
+        StartOnce(Pulse);
+    }
+    ~Modals() override { Unregister(); }
+
+    template <typename Dialog>
+    void WhenOpen(std::function<void(Dialog*)> act) {
+        expected_.push_back([act](wxDialog* opened) -> std::function<void()> {
+            auto* dialog = dynamic_cast<Dialog*>(opened);
+            if (!dialog) return nullptr;
+            return [act, dialog] { act(dialog); };
+        });
+    }
+
+    /// Whether a dialog is still to open.
+    bool Expecting() const { return !expected_.empty(); }
+    std::size_t Count() const { return open_.size(); }
+    /// The dialog opened last.
+    wxDialog* Last() const { return open_.empty() ? nullptr : open_.back().Dialog; }
+
+    std::vector<std::string> TakeMessages() { return std::exchange(messages_, {}); }
+    /// Runs while a message box is open.
+    std::function<void(wxMessageDialogBase*)> Meanwhile = [](auto*) {};
+
+   private:
+    static constexpr int Pulse = 5;             // milliseconds
+    static constexpr int Patience = 20 * 1000;  // milliseconds
+
+    enum class Stage { Opening, BeingAnswered, Closing };
+    struct Modal {
+        wxDialog* Dialog;
+        std::function<void()> Act;
+        Stage At = Stage::Opening;
+        wxStopWatch Since{};
+    };
+
+    // The file dialog of GTK comes here twice.
+    int Enter(wxDialog* dialog) override {
+        open_.push_back(dialog == Last() ? open_.back() : Modal{dialog, ActFor(dialog)});
+        return wxID_NONE;
+    }
+    void Exit(wxDialog*) override { open_.pop_back(); }
+
+    std::function<void()> ActFor(wxDialog* dialog) {
+        if (auto* box = dynamic_cast<wxMessageDialogBase*>(dialog))
+            return [this, box] { Answer(box); };
+        auto act = expected_.empty() ? nullptr : expected_.front()(dialog);
+        if (!act) return [this] { Close("nobody asked for it"); };
+        expected_.pop_front();
+        return act;
+    }
+
+    // Only the dialog opened last can be worked. Others may open while it is, and the timer must run
+    // for them; it rests in between, or handling events would have no end.
+    void Notify() override {
+        StartOnce(Pulse);
+        if (open_.empty() || open_.back().At == Stage::BeingAnswered) return;
+        Modal& last = open_.back();
+        if (last.At == Stage::Opening && native::HasKeyboard(last.Dialog)) {
+            last.At = Stage::BeingAnswered;
+            auto act = last.Act;
+            act();
+            open_.back().At = Stage::Closing;
+            open_.back().Since.Start();
+        } else if (last.Since.Time() > Patience) {
+            Close(last.At == Stage::Opening ? "it does not get the keyboard" : "it stays open");
+            last.Since.Start();
+        }
+    }
+
+    void Answer(wxMessageDialogBase* box) {
+        EXPECT_EQ(box->GetTitle(), "FS2002 Quirkmeter");
+        EXPECT_EQ(box->GetMessageDialogStyle() & (wxYES_NO | wxCANCEL), 0);
+        long icon = box->GetMessageDialogStyle() & wxICON_MASK;
+        EXPECT_TRUE(icon == wxICON_NONE || icon == wxICON_WARNING) << icon;
+        messages_.push_back((icon == wxICON_WARNING ? "! " : "") + look::Stored(native::Text(box)));
+        Meanwhile(box);
+        Hands().Char(WXK_RETURN);
+    }
+
+    void Close(const char* why) {
+        wxDialog* dialog = Last();
+        ADD_FAILURE() << "\"" << dialog->GetTitle() << "\" ("
+                      << dialog->GetClassInfo()->GetClassName() << ") is closed by force: " << why;
+        if (dialog->IsModal())
+            dialog->EndModal(wxID_CANCEL);
+        else
+            native::Dismiss(dialog);
+    }
+
+    std::deque<std::function<std::function<void()>(wxDialog*)>> expected_;
+    std::vector<Modal> open_;
+    std::vector<std::string> messages_;
+};
+
+class WindowTest : public ProgramTest, private wxEventFilter {
+   protected:
+    WindowTest() {
+        wxEvtHandler::AddFilter(this);
+        InstallSounds();
+        Open();
+    }
+    ~WindowTest() override {
+        Close();
+        EXPECT_THAT(modals_.TakeMessages(), IsEmpty());
+        EXPECT_FALSE(modals_.Expecting()) << "a dialog did not open";
+        wxEvtHandler::RemoveFilter(this);
+    }
+
+    void Open() {
+        ResetProgramState();
+        main_ = new frmMain;
+        ASSERT_TRUE(main_->Load());
+        main_->tmrTimer.Stop();  // ticks come from the test
+        main_->Show();
+        main_->Raise();
+        AwaitKeyboard();
+    }
+    void Close() {
+        if (!main_) return;
+        main_->Close(true);
+        main_ = nullptr;
+        AwaitEnd();
+    }
+    /// Of the main window that has been closed.
+    void AwaitEnd() {
+        EXPECT_TRUE(Until([] { return !TheMainWindow; }));
+    }
+
+    void Tick() {
+        inprocess::AdvanceClock(1);
+        EngineTick();
+    }
+
+    /// What to do with the next dialog of that class; it must close it.
+    template <typename Dialog>
+    void WhenOpen(std::function<void(Dialog*)> act) {
+        modals_.WhenOpen(act);
+    }
+
+    void AwaitKeyboard() {
+        wxTopLevelWindow* window = main_;
+        if (modals_.Last()) window = modals_.Last();
+        auto listens = [window] { return native::HasKeyboard(window); };
+        // A window manager may lose the keyboard when several dialogs close at once.
+        if (!Until(listens, 300)) window->Raise();
+        EXPECT_TRUE(Until(listens)) << window->GetTitle();
+    }
+    /// Until the dialogs that were to open have opened and are closed again.
+    void AwaitDialogs(std::size_t open) {
+        EXPECT_TRUE(Until([&] { return !modals_.Expecting() && modals_.Count() <= open; }));
+        if (open == 0 && main_) AwaitKeyboard();
+    }
+
+    /// The pointer is there when the window has heard that it moved, if only by a pixel.
+    void PointAt(wxWindow* window, wxPoint at) {
+        AwaitKeyboard();
+        pointedAt_ = nullptr;
+        EXPECT_TRUE(Until([&, there = true]() mutable {
+            Hands().MouseMove(window->ClientToScreen(at) + wxPoint((there = !there), 0));
+            return pointedAt_ == wxGetTopLevelParent(window);
+        }));
+    }
+    void Click(wxWindow* window, wxPoint at) {
+        auto open = modals_.Count();
+        PointAt(window, at);
+        int before = clicks_;
+        Hands().MouseClick();
+        EXPECT_TRUE(Until([&] { return clicks_ > before; }));
+        HandleEvents();
+        AwaitDialogs(open);
+    }
+    void Click(wxWindow* control) {
+        wxSize size = control->GetSize();
+        Click(control, wxPoint(size.x / 2, size.y / 2));
+    }
+    wxPoint RowPlace(int row) {
+        wxRect place;
+        main_->lvwSubSystems->EnsureVisible(row - 1);
+        main_->lvwSubSystems->GetItemRect(row - 1, place);
+        return place.GetPosition() + wxPoint(60, place.height / 2);
+    }
+    void ClickRow(int row) { Click(main_->lvwSubSystems, RowPlace(row)); }
+    void ClickRow(int row, std::function<void(frmReliability*)> act) {
+        WhenOpen(act);
+        ClickRow(row);
+    }
+
+    void Focus(wxWindow* control) {
+        control->SetFocus();
+        AwaitFocus(control);
+    }
+    void AwaitFocus(wxWindow* control) {
+        EXPECT_TRUE(Until([&] {
+            wxWindow* focus = wxWindow::FindFocus();
+            return focus && (focus == control || focus->GetParent() == control);
+        })) << control->GetLabel();
+    }
+    void Key(int key, int modifiers = wxMOD_NONE) {
+        auto open = modals_.Count();
+        AwaitKeyboard();
+        Hands().Char(key, modifiers);
+        AwaitDialogs(open);
+    }
+    /// Types what picks the entry. The letters come without a pause, however busy the machine is.
+    void Type(PickList* list, const char* text, const char* entry) {
+        Focus(list);
+        AwaitKeyboard();
+        auto all = characters_ + std::strlen(text);
+        Hands().Text(text);
+        EXPECT_TRUE(Until([&] { return characters_ >= all; }));
+        EXPECT_EQ(list->GetValue(), entry);
+    }
+    void Type(PickList* list, const char* entry) { Type(list, entry, entry); }
+
+    void ChooseSystem(int system) {
+        main_->lstSystems->SetSelection(system - 1);
+        wxCommandEvent event(wxEVT_LISTBOX, main_->lstSystems->GetId());
+        event.SetEventObject(main_->lstSystems);
+        main_->lstSystems->ProcessWindowEvent(event);
+    }
+
+    std::string Row(int row) { return RowTexts(main_->lvwSubSystems, row - 1); }
+    long Selected() {
+        return main_->lvwSubSystems->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED) + 1;
+    }
+    std::string Heading() { return Caption(main_->lblSubSystems); }
+    static std::string Caption(wxWindow* control) {
+        return look::Stored(wxControl::RemoveMnemonics(native::Text(control)));
+    }
+
+    frmMain* main_ = nullptr;
+    Modals modals_;
+
+   private:
+    int FilterEvent(wxEvent& event) override {
+        wxEventType type = event.GetEventType();
+        // The native list on Windows keeps the release of the button for itself and tells of a click.
+        if (type == wxEVT_LEFT_UP || type == wxEVT_COMMAND_LEFT_CLICK) ++clicks_;
+        if (type == wxEVT_CHAR) ++characters_;
+        if (type == wxEVT_MOTION)
+            pointedAt_ = wxGetTopLevelParent(static_cast<wxWindow*>(event.GetEventObject()));
+        return Event_Skip;
+    }
+
+    // What the program has heard of.
+    int clicks_ = 0;
+    std::size_t characters_ = 0;
+    wxWindow* pointedAt_ = nullptr;
+};
+
+}  // namespace quirkmeter

@@ -38,12 +38,17 @@ inline wxUIActionSimulator& Hands() {
     return theHands;
 }
 
-/// Waits for the condition, handling events; false when it does not come to hold. The time is for a
-/// machine that is busy; a test that has failed already waits no longer than it must.
+/// Whether one has waited long enough, even for a machine that is busy. A test that has failed waits
+/// no longer than it must.
+inline bool IsOver(const wxStopWatch& watch, long milliseconds) {
+    return watch.Time() > (testing::Test::HasFailure() ? 500 : milliseconds);
+}
+
+/// Waits for the condition, handling events; false when it does not come to hold.
 inline bool Until(const std::function<bool()>& condition, long milliseconds = 30'000) {
     wxStopWatch watch;
     while (!condition()) {
-        if (watch.Time() > (testing::Test::HasFailure() ? 500 : milliseconds)) return false;
+        if (IsOver(watch, milliseconds)) return false;
         wxMilliSleep(1);
         HandleEvents();
     }
@@ -133,7 +138,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
             act();
             open_.back().At = Stage::Closing;
             open_.back().Since.Start();
-        } else if (last.Since.Time() > Patience) {
+        } else if (IsOver(last.Since, Patience)) {
             Close(last.At == Stage::Opening ? "it does not get the keyboard" : "it stays open");
             last.Since.Start();
         }
@@ -214,7 +219,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         if (modals_.Last()) window = modals_.Last();
         auto listens = [window] { return native::HasKeyboard(window); };
         // A window manager may lose the keyboard when several dialogs close at once.
-        if (!Until(listens, 300)) window->Raise();
+        if (!Until(listens, 100)) window->Raise();
         EXPECT_TRUE(Until(listens)) << window->GetTitle();
     }
     /// Until the dialogs that were to open have opened and are closed again.
@@ -232,14 +237,18 @@ class WindowTest : public ProgramTest, private wxEventFilter {
             return pointedAt_ == wxGetTopLevelParent(window);
         }));
     }
-    void Click(wxWindow* window, wxPoint at) {
+    void Release() {
         auto open = modals_.Count();
-        PointAt(window, at);
         int before = clicks_;
-        Hands().MouseClick();
+        Hands().MouseUp();
         EXPECT_TRUE(Until([&] { return clicks_ > before; }));
         HandleEvents();
         AwaitDialogs(open);
+    }
+    void Click(wxWindow* window, wxPoint at) {
+        PointAt(window, at);
+        Hands().MouseDown();
+        Release();
     }
     void Click(wxWindow* control) {
         wxSize size = control->GetSize();

@@ -145,7 +145,7 @@ TEST_F(WindowTest, ClickOpensTheDialogOfTheRowAndAcceptStores) {
         Type(dialog->cboRelLeft, "50");
         EXPECT_EQ(dialog->cboRelRight->GetValue(), "999");
         Type(dialog->cboRelRight, "250");
-        Tick();  // in between, as ticks come
+        Tick();                         // in between, as ticks come
         Type(dialog->cboHours, "24");
         Click(dialog->cmdAccept);
     });
@@ -158,7 +158,7 @@ TEST_F(WindowTest, OnlyAClickOnARowOpensADialogAndOnlyOne) {
     PointAt(main_->lblSubSystems, wxPoint(5, 5));
     Hands().MouseDown();
     PointAt(main_->lvwSubSystems, RowPlace(2));
-    Hands().MouseUp();
+    Release();
     ChooseSystem(7);
     Click(main_->lvwSubSystems, RowPlace(4) + wxPoint(0, 40));  // below the rows
 
@@ -168,8 +168,9 @@ TEST_F(WindowTest, OnlyAClickOnARowOpensADialogAndOnlyOne) {
     };
     WhenOpen<frmReliability>(cancel);
     PointAt(main_->lvwSubSystems, RowPlace(3));
-    Hands().MouseDblClick();
-    AwaitDialogs(0);
+    Hands().MouseClick();
+    Hands().MouseDown();
+    Release();
 
     // As a list of Windows tells of clicks.
     WhenOpen<frmReliability>(cancel);

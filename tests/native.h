@@ -20,14 +20,17 @@ wxString Text(const wxMessageDialogBase* box);
 /// Whether keys go to that window, which is shown.
 bool HasKeyboard(const wxTopLevelWindow* window);
 
-/// Whether the system's file dialog shows the name that it begins with.
-bool IsFilled(const wxFileDialog* dialog);
+/// Whether the system's file dialog has that name for chosen.
+bool ShowsFile(const wxFileDialog* dialog, const std::string& name);
 
 /// The colour of that place of the display.
 wxColour ColourAt(wxPoint place);
 
 /// Types the name of a file of the folder that the system's file dialog shows.
 void TypeFileName(wxUIActionSimulator& keyboard, const std::string& name);
+
+/// Accepts what the system's file dialog shows.
+void Accept(wxUIActionSimulator& keyboard, const wxFileDialog* dialog);
 
 /// Closes a dialog or box of the system's own without an answer.
 void Dismiss(const wxDialog* dialog);

@@ -14,6 +14,10 @@ Function* Gtk(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));
 }
 
+void Respond(const wxDialog* dialog, int response) {
+    Gtk<void(void*, int)>("gtk_dialog_response")(dialog->GetHandle(), response);
+}
+
 }  // namespace
 
 wxString Text(const wxWindow* window) {
@@ -28,9 +32,8 @@ bool HasKeyboard(const wxTopLevelWindow* window) {
     return Gtk<int(void*)>("gtk_window_is_active")(window->GetHandle());
 }
 
-// GTK selects the name in its own time, in the midst of what is typed by then.
-bool IsFilled(const wxFileDialog* dialog) {
-    return dialog->GetPath().EndsWith(dialog->wxFileDialogBase::GetFilename());
+bool ShowsFile(const wxFileDialog* dialog, const std::string& name) {
+    return dialog->GetPath().EndsWith(name);
 }
 
 wxColour ColourAt(wxPoint place) {
@@ -49,9 +52,15 @@ void TypeFileName(wxUIActionSimulator& keyboard, const std::string& name) {
     keyboard.Text(("./" + name).c_str());
 }
 
+// A key might only close the list of names that GTK proposes.
+void Accept(wxUIActionSimulator&, const wxFileDialog* dialog) {
+    constexpr int Accept = -3;
+    Respond(dialog, Accept);
+}
+
 void Dismiss(const wxDialog* dialog) {
     constexpr int Cancel = -6;
-    Gtk<void(void*, int)>("gtk_dialog_response")(dialog->GetHandle(), Cancel);
+    Respond(dialog, Cancel);
 }
 
 }  // namespace quirkmeter::native

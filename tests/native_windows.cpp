@@ -21,16 +21,6 @@ HWND SystemsDialog() {
     return ours && !wxFindWinFromHandle(window) ? window : nullptr;
 }
 
-// The icon of a message box is a static control, too, without a text.
-BOOL CALLBACK TakeStaticText(HWND control, LPARAM result) {
-    wchar_t name[16] = L"";
-    ::GetClassNameW(control, name, std::size(name));
-    wxString text = TextOf(control);
-    if (wxString(name) != "Static" || text.empty()) return TRUE;
-    *reinterpret_cast<wxString*>(result) = text;
-    return FALSE;
-}
-
 }  // namespace
 
 wxString Text(const wxWindow* window) {
@@ -38,9 +28,8 @@ wxString Text(const wxWindow* window) {
 }
 
 wxString Text(const wxMessageDialogBase*) {
-    wxString text;
-    ::EnumChildWindows(SystemsDialog(), TakeStaticText, reinterpret_cast<LPARAM>(&text));
-    return text;
+    constexpr int BoxText = 0xFFFF;
+    return TextOf(::GetDlgItem(SystemsDialog(), BoxText));
 }
 
 bool HasKeyboard(const wxTopLevelWindow* window) {
@@ -48,7 +37,7 @@ bool HasKeyboard(const wxTopLevelWindow* window) {
     return own ? ::GetForegroundWindow() == own : SystemsDialog() != nullptr;
 }
 
-bool IsFilled(const wxFileDialog*) {
+bool ShowsFile(const wxFileDialog*, const std::string&) {
     return true;
 }
 
@@ -63,6 +52,10 @@ void TypeFileName(wxUIActionSimulator& keyboard, const std::string& name) {
     keyboard.Char(WXK_HOME);
     keyboard.Char(WXK_END, wxMOD_SHIFT);
     keyboard.Text(name.c_str());
+}
+
+void Accept(wxUIActionSimulator& keyboard, const wxFileDialog*) {
+    keyboard.Char(WXK_RETURN);
 }
 
 void Dismiss(const wxDialog*) {

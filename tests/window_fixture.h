@@ -38,12 +38,17 @@ inline wxUIActionSimulator& Hands() {
     return theHands;
 }
 
-/// Waits for the condition, handling events; false when it does not come to hold. The time is for a
-/// machine that is busy; a test that has failed already waits no longer than it must.
+/// Whether one has waited long enough, even for a machine that is busy. A test that has failed waits
+/// no longer than it must.
+inline bool IsOver(const wxStopWatch& watch, long milliseconds) {
+    return watch.Time() > (testing::Test::HasFailure() ? 500 : milliseconds);
+}
+
+/// Waits for the condition, handling events; false when it does not come to hold.
 inline bool Until(const std::function<bool()>& condition, long milliseconds = 30'000) {
     wxStopWatch watch;
     while (!condition()) {
-        if (watch.Time() > (testing::Test::HasFailure() ? 500 : milliseconds)) return false;
+        if (IsOver(watch, milliseconds)) return false;
         wxMilliSleep(1);
         HandleEvents();
     }
@@ -133,7 +138,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
             act();
             open_.back().At = Stage::Closing;
             open_.back().Since.Start();
-        } else if (last.Since.Time() > Patience) {
+        } else if (IsOver(last.Since, Patience)) {
             Close(last.At == Stage::Opening ? "it does not get the keyboard" : "it stays open");
             last.Since.Start();
         }
@@ -205,7 +210,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
 
     /// What to do with the next dialog of that class; it must close it.
     template <typename Dialog>
-    void WhenOpen(std::function<void(Dialog*)> act) {
+    void WhenOpen(const std::function<void(Dialog*)>& act) {
         modals_.WhenOpen(act);
     }
 
@@ -214,7 +219,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         if (modals_.Last()) window = modals_.Last();
         auto listens = [window] { return native::HasKeyboard(window); };
         // A window manager may lose the keyboard when several dialogs close at once.
-        if (!Until(listens, 300)) window->Raise();
+        if (!Until(listens, 100)) window->Raise();
         EXPECT_TRUE(Until(listens)) << window->GetTitle();
     }
     /// Until the dialogs that were to open have opened and are closed again.
@@ -232,14 +237,18 @@ class WindowTest : public ProgramTest, private wxEventFilter {
             return pointedAt_ == wxGetTopLevelParent(window);
         }));
     }
-    void Click(wxWindow* window, wxPoint at) {
+    void Release() {
         auto open = modals_.Count();
-        PointAt(window, at);
         int before = clicks_;
-        Hands().MouseClick();
+        Hands().MouseUp();
         EXPECT_TRUE(Until([&] { return clicks_ > before; }));
         HandleEvents();
         AwaitDialogs(open);
+    }
+    void Click(wxWindow* window, wxPoint at) {
+        PointAt(window, at);
+        Hands().MouseDown();
+        Release();
     }
     void Click(wxWindow* control) {
         wxSize size = control->GetSize();
@@ -252,7 +261,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         return place.GetPosition() + wxPoint(60, place.height / 2);
     }
     void ClickRow(int row) { Click(main_->lvwSubSystems, RowPlace(row)); }
-    void ClickRow(int row, std::function<void(frmReliability*)> act) {
+    void ClickRow(int row, const std::function<void(frmReliability*)>& act) {
         WhenOpen(act);
         ClickRow(row);
     }
@@ -284,6 +293,12 @@ class WindowTest : public ProgramTest, private wxEventFilter {
     }
     void Type(PickList* list, const char* entry) { Type(list, entry, entry); }
 
+    void Open(PickList* list) {
+        PointAt(list, wxPoint(10, 10));
+        Hands().MouseClick();
+        EXPECT_TRUE(Until([list] { return list->IsPopupShown(); }));
+    }
+
     void ChooseSystem(int system) {
         main_->lstSystems->SetSelection(system - 1);
         wxCommandEvent event(wxEVT_LISTBOX, main_->lstSystems->GetId());
@@ -302,12 +317,15 @@ class WindowTest : public ProgramTest, private wxEventFilter {
 
     frmMain* main_ = nullptr;
     Modals modals_;
+    // Where the mouse was pressed last, as the program has heard.
+    wxPoint pressedAt_ = wxDefaultPosition;
 
    private:
     int FilterEvent(wxEvent& event) override {
         wxEventType type = event.GetEventType();
         // The native list on Windows keeps the release of the button for itself and tells of a click.
         if (type == wxEVT_LEFT_UP || type == wxEVT_COMMAND_LEFT_CLICK) ++clicks_;
+        if (type == wxEVT_LEFT_DOWN) pressedAt_ = static_cast<wxMouseEvent&>(event).GetPosition();
         if (type == wxEVT_CHAR) ++characters_;
         if (type == wxEVT_MOTION)
             pointedAt_ = wxGetTopLevelParent(static_cast<wxWindow*>(event.GetEventObject()));

@@ -41,12 +41,13 @@ TEST_F(WindowTest, ReliabilityListsHoldEachOther) {
     for (const auto& row : rows) {
         Catalogue[1][1].Reliability = row.Reliability;
         Catalogue[1][1].Hours = row.Hours;
-        ClickRow(1, [&, this](frmReliability* dialog) {
+        WhenOpen<frmReliability>([&, this](frmReliability* dialog) {
             EXPECT_EQ(dialog->cboRelLeft->GetValue() + "." + dialog->cboRelRight->GetValue() + " " +
                           dialog->cboHours->GetValue(),
                       row.Shown);
-            Click(dialog->cmdAccept);
+            Key(WXK_RETURN);
         });
+        Key(WXK_RETURN);
         EXPECT_THAT(Row(1), testing::EndsWith(std::string("Airspeed|") + row.Accepted));
     }
 }
@@ -112,13 +113,13 @@ TEST_F(FileDialogTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     EXPECT_EQ(Settings.LastProfile, Path("a&b"));
     EXPECT_THAT(modals_.TakeMessages(), IsEmpty());
 
-    WriteFile("bad", "1#1#50");
-    ChooseFile(main_->cmdOpen, "bad", "a&b");
-    EXPECT_THAT(modals_.TakeMessages(), ElementsAre("! Could not read " + Path("bad")));
+    WriteFile("b", "1#1#50");
+    ChooseFile(main_->cmdOpen, "b", "a&b");
+    EXPECT_THAT(modals_.TakeMessages(), ElementsAre("! Could not read " + Path("b")));
     EXPECT_EQ(Settings.LastProfile, "");
     EXPECT_EQ(Heading(), "Sub-systems (a&b)");
     inprocess::FailCalls("ReplaceFile", 1, 1, 0);
-    ChooseFile(main_->cmdSaveAs, "a&b", "bad");  // over the old one, without a question
+    ChooseFile(main_->cmdSaveAs, "a&b", "b");  // over the old one, without a question
     EXPECT_THAT(modals_.TakeMessages(), ElementsAre("! Could not write " + Path("a&b")));
     EXPECT_EQ(Settings.LastProfile, Path("a&b"));
 
@@ -142,12 +143,12 @@ TEST_F(FileDialogTest, CommaRoundTrip) {
     });
     const char* row = "yellow Airspeed|99,25%|0,5 hours of flight|No";
     EXPECT_EQ(Row(1), row);
-    ChooseFile(main_->cmdSaveAs, "heavy");
-    EXPECT_TRUE(ReadFile("heavy").starts_with("1#1#99,25#0,5\r\n"));
+    ChooseFile(main_->cmdSaveAs, "h");
+    EXPECT_TRUE(ReadFile("h").starts_with("1#1#99,25#0,5\r\n"));
     Close();
     Open();
     EXPECT_EQ(Row(1), row);
-    EXPECT_EQ(Heading(), "Sub-systems (heavy)");
+    EXPECT_EQ(Heading(), "Sub-systems (h)");
     ClickRow(1, [this](frmReliability* dialog) {
         EXPECT_EQ(dialog->cboRelRight->GetValue(), "250");
         EXPECT_EQ(dialog->cboHours->GetValue(), "0.5");
@@ -277,9 +278,9 @@ TEST_F(SettingsWindowTest, HardcoreModeIsChosenOnTheGroundOnly) {
     for (const auto& row : rows) {
         EngineState.Airborne = row.Airborne;
         Edit([this](frmSettings* dialog) {
-            Click(dialog->chkHardcoreMode);
+            dialog->chkHardcoreMode->SetValue(!dialog->chkHardcoreMode->GetValue());
             dialog->chkDisplayFailures->SetValue(!dialog->chkDisplayFailures->GetValue());
-            Click(dialog->cmdOK);
+            Key(WXK_RETURN);
         });
         EXPECT_EQ(Settings.HardcoreMode, row.Chosen);
         EXPECT_EQ(Settings.DisplayFailures, display = !display)

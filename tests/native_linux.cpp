@@ -33,7 +33,7 @@ bool HasKeyboard(const wxTopLevelWindow* window) {
 }
 
 bool ShowsFile(const wxFileDialog* dialog, const std::string& name) {
-    return dialog->GetPath().EndsWith(name);
+    return dialog->GetPath().AfterLast('/') == name;
 }
 
 wxColour ColourAt(wxPoint place) {

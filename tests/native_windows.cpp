@@ -1,5 +1,6 @@
 #include <windows.h>
-#include <wx/msw/private.h>
+
+#include <algorithm>
 
 #include "native.h"
 
@@ -18,7 +19,8 @@ wxString TextOf(HWND window) {
 HWND SystemsDialog() {
     HWND window = ::GetForegroundWindow();
     bool ours = ::GetWindowThreadProcessId(window, nullptr) == ::GetCurrentThreadId();
-    return ours && !wxFindWinFromHandle(window) ? window : nullptr;
+    auto isWindow = [window](wxWindow* known) { return known->GetHandle() == window; };
+    return ours && std::ranges::none_of(wxTopLevelWindows, isWindow) ? window : nullptr;
 }
 
 }  // namespace
@@ -27,9 +29,12 @@ wxString Text(const wxWindow* window) {
     return TextOf(window->GetHandle());
 }
 
+// The icon of a message box is a static control, too, without a text.
 wxString Text(const wxMessageDialogBase*) {
-    constexpr int BoxText = 0xFFFF;
-    return TextOf(::GetDlgItem(SystemsDialog(), BoxText));
+    HWND text = nullptr;
+    do text = ::FindWindowExW(SystemsDialog(), text, L"Static", nullptr);
+    while (text && TextOf(text).empty());
+    return TextOf(text);
 }
 
 bool HasKeyboard(const wxTopLevelWindow* window) {

@@ -38,6 +38,9 @@ inline wxUIActionSimulator& Hands() {
     return theHands;
 }
 
+/// Milliseconds. A window manager may lose the keyboard when dialogs open and close at once.
+inline constexpr long RaiseAfter = 150;
+
 /// Whether one has waited long enough, even for a machine that is busy. A test that has failed waits
 /// no longer than it must.
 inline bool IsOver(const wxStopWatch& watch, long milliseconds) {
@@ -108,6 +111,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         std::function<void()> Act;
         Stage At = Stage::Opening;
         wxStopWatch Since{};
+        int Raised = 0;
     };
 
     // The file dialog of GTK comes here twice.
@@ -141,6 +145,9 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         } else if (IsOver(last.Since, Patience)) {
             Close(last.At == Stage::Opening ? "it does not get the keyboard" : "it stays open");
             last.Since.Start();
+        } else if (last.At == Stage::Opening && last.Since.Time() / RaiseAfter > last.Raised) {
+            ++last.Raised;
+            last.Dialog->Raise();
         }
     }
 
@@ -218,9 +225,8 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         wxTopLevelWindow* window = main_;
         if (modals_.Last()) window = modals_.Last();
         auto listens = [window] { return native::HasKeyboard(window); };
-        // A window manager may lose the keyboard when several dialogs close at once.
-        if (!Until(listens, 100)) window->Raise();
-        EXPECT_TRUE(Until(listens)) << window->GetTitle();
+        for (int i = 0; i < 200 && !Until(listens, RaiseAfter); ++i) window->Raise();
+        EXPECT_TRUE(listens()) << window->GetTitle();
     }
     /// Until the dialogs that were to open have opened and are closed again.
     void AwaitDialogs(std::size_t open) {

@@ -162,7 +162,9 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     }
     AwaitDialogs(0);
 
+    Focus(main_->lstSystems);
     Click(main_->lvwSubSystems, RowPlace(4) + wxPoint(0, 40));  // below the rows
+    AwaitFocus(main_->lvwSubSystems);
     EXPECT_EQ(Selected(), 3);
     PointAt(main_->lvwSubSystems, RowPlace(2));
     Hands().MouseDown();

@@ -192,13 +192,14 @@ hold() {
 
 letters() { grep -o . <<<"$1"; }
 
-# choose TITLE KEY...: as the name, instead of the one that the file dialog comes with.
+# choose TITLE KEY...: as the name, instead of the one that the file dialog comes with. The title is
+# the system's own.
 choose() { answer "$1" Home shift+End "${@:2}" Return; }
 
 # save NAME: comes to the program's folder, where the file dialog looks first.
 save() {
     press "$main" alt+s
-    choose 'Save As' $(letters "$1")
+    choose Save $(letters "$1")
     await test -s "$folder/$1"
 }
 
@@ -366,7 +367,7 @@ refuses_foreign_letters() {
     local before
     before=$(ls "$WINEPREFIX/drive_c")
     press "$main" alt+s
-    choose 'Save As' C colon backslash Cyrillic_zhe
+    choose Save C colon backslash Cyrillic_zhe
     answer box Return
     [ "$(ls "$WINEPREFIX/drive_c")" = "$before" ]
     one_runs Quirkmeter.exe

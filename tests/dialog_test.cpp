@@ -59,7 +59,7 @@ TEST_F(WindowTest, PickListTakesLettersAndLeavesAccessKeysAlone) {
         Key(WXK_RETURN);  // what is picked already
         EXPECT_TRUE(Until([dialog] { return !dialog->cboRelLeft->IsPopupShown(); }));
         EXPECT_EQ(dialog->cboRelRight->GetValue(), "250");
-        Click(dialog->cmdCancel);
+        Key(WXK_ESCAPE);
     });
     ClickRow(1, [this](frmReliability* dialog) {
         Type(dialog->cboHours, "24");

@@ -252,6 +252,14 @@ TEST_F(SettingsWindowTest, OkStoresEverything) {
     expected = {};
     expected.DisplayUpdate = expected.DisplayFailures = true;
     EXPECT_EQ(Settings, expected);
+    Edit([this](frmSettings* dialog) {
+        dialog->cboStatus->SetStringSelection("None");
+        dialog->cboActive->SetStringSelection("None");
+        Click(dialog->cmdOK);
+    });
+    expected.StatusHotkey = expected.StatusHotkeyMods = 0;
+    expected.ActiveHotkey = expected.ActiveHotkeyMods = 0;
+    EXPECT_EQ(Settings, expected);
 }
 
 TEST_F(SettingsWindowTest, LettersTypedOneAfterAnotherEachPickAKey) {

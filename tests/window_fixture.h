@@ -251,10 +251,19 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         HandleEvents();
         AwaitDialogs(open);
     }
+    // A new window may still be on its way to its place, and leave the pointer behind.
     void Click(wxWindow* window, wxPoint at) {
-        PointAt(window, at);
-        Hands().MouseDown();
-        Release();
+        auto open = modals_.Count();
+        int before = clicks_;
+        auto click = [&] {
+            PointAt(window, at);
+            Hands().MouseDown();
+            Hands().MouseUp();
+            return Until([&] { return clicks_ > before; }, 5'000);
+        };
+        EXPECT_TRUE(click() || click() || click());
+        HandleEvents();
+        AwaitDialogs(open);
     }
     void Click(wxWindow* control) {
         wxSize size = control->GetSize();

@@ -252,16 +252,19 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         AwaitDialogs(open);
     }
     // A new window may still be on its way to its place, and leave the pointer behind.
-    void Click(wxWindow* window, wxPoint at) {
-        auto open = modals_.Count();
-        int before = clicks_;
+    void ClickUntil(wxWindow* window, wxPoint at, const std::function<bool()>& condition) {
         auto click = [&] {
             PointAt(window, at);
             Hands().MouseDown();
             Hands().MouseUp();
-            return Until([&] { return clicks_ > before; }, 5'000);
+            return Until(condition, 5'000);
         };
         EXPECT_TRUE(click() || click() || click());
+    }
+    void Click(wxWindow* window, wxPoint at) {
+        auto open = modals_.Count();
+        int before = clicks_;
+        ClickUntil(window, at, [&] { return clicks_ > before; });
         HandleEvents();
         AwaitDialogs(open);
     }
@@ -309,9 +312,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
     void Type(PickList* list, const char* entry) { Type(list, entry, entry); }
 
     void Open(PickList* list) {
-        PointAt(list, wxPoint(10, 10));
-        Hands().MouseClick();
-        EXPECT_TRUE(Until([list] { return list->IsPopupShown(); }));
+        ClickUntil(list, wxPoint(10, 10), [list] { return list->IsPopupShown(); });
     }
 
     void ChooseSystem(int system) {

@@ -36,7 +36,7 @@ class FilesTest : public ProgramTest {
         return window_.Messages.empty();
     }
     std::string Texts(int s, int n) {
-        return Catalogue[s][n].Reliability + '#' + Catalogue[s][n].Hours;
+        return Catalogue[s][n].Reliability.Text() + '#' + Catalogue[s][n].Hours.Text();
     }
 };
 

@@ -5,7 +5,6 @@
 #include "model/catalogue.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
-#include "model/number_text.h"
 #include "model/random.h"
 
 namespace quirkmeter {
@@ -19,11 +18,11 @@ constexpr std::int32_t FlapsOffset = 0x0BDC;
 
 // The texts come from the program's own conversions; one that is no number counts as the default.
 double Reliability(const SubsystemEntry& entry) {
-    return ReadNumber(entry.Reliability).value_or(100);
+    return entry.Reliability.ValueOr(100);
 }
 
 double Hours(const SubsystemEntry& entry) {
-    return ReadNumber(entry.Hours).value_or(1);
+    return entry.Hours.ValueOr(1);
 }
 
 std::int32_t RandomDrawAt(double hours) {

@@ -3,8 +3,9 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
+
+#include "model/number_text.h"
 
 namespace quirkmeter {
 
@@ -26,8 +27,8 @@ struct SubsystemEntry {
     FailureMode Mode = FailureMode::None;
     std::int32_t Engine = 0;  // 1 to 4, 0 for none
 
-    std::string Reliability;  // percent, 0 to 100; "100" cannot fail
-    std::string Hours;        // hours of flight in one period, 0 to 999
+    NumericText Reliability;  // percent, 0 to 100; "100" cannot fail
+    NumericText Hours;        // hours of flight in one period, 0 to 999
     bool Failed = false;
 
     // A draw r from 0 to 100000 means failure when RangeLow <= r < RangeHigh.

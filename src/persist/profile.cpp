@@ -80,7 +80,7 @@ void WriteProfile() {
     std::string text;
     ForEachSubsystem([&text](int s, int n, const SubsystemEntry& entry) {
         text.append(std::to_string(s)).append("#").append(std::to_string(n)).append("#");
-        text.append(entry.Reliability).append("#").append(entry.Hours).append("\r\n");
+        text.append(entry.Reliability.Text()).append("#").append(entry.Hours.Text()).append("\r\n");
     });
     if (!platform::ReplaceFile(Settings.LastProfile, text)) {
         TheMainWindow->ShowMessage("Could not write " + Settings.LastProfile, MessageIcon::Warning);

@@ -39,7 +39,7 @@ RowIcon IconOf(const SubsystemEntry& entry) {
 }
 
 std::string BasedOnText(const SubsystemEntry& entry) {
-    return entry.Hours + (entry.Hours == "1" ? " hour" : " hours") + " of flight";
+    return entry.Hours.Text() + (entry.Hours == "1" ? " hour" : " hours") + " of flight";
 }
 
 const char* FailedText(const SubsystemEntry& entry) {
@@ -48,8 +48,8 @@ const char* FailedText(const SubsystemEntry& entry) {
 }
 
 ReliabilityEdit EditOf(const SubsystemEntry& entry) {
-    return {.EditReliability = static_cast<float>(ReadNumber(entry.Reliability).value_or(100)),
-            .EditHours = static_cast<float>(ReadNumber(entry.Hours).value_or(1))};
+    return {.EditReliability = static_cast<float>(entry.Reliability.ValueOr(100)),
+            .EditHours = static_cast<float>(entry.Hours.ValueOr(1))};
 }
 
 void ApplyEdit(SubsystemEntry& entry, const ReliabilityEdit& edit) {
@@ -281,7 +281,7 @@ void frmMain::ShowSubsystem(int system, int subsystem) {
     lvwSubSystems->GetItem(shown);
     if (shown.GetImage() != IconOf(entry)) lvwSubSystems->SetItemImage(row, IconOf(entry));
     std::pair<Column, std::string> texts[] = {{ComponentColumn, " " + std::string(entry.Name)},
-                                              {ReliabilityColumn, entry.Reliability + "%"},
+                                              {ReliabilityColumn, entry.Reliability.Text() + "%"},
                                               {BasedOnColumn, BasedOnText(entry)},
                                               {FailedColumn, FailedText(entry)}};
     for (const auto& [column, text] : texts)

@@ -9,24 +9,14 @@
 #include "model/catalogue.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
-#include "model/main_window.h"
 #include "platform/inprocess/inprocess.h"
 #include "platform/platform.h"
 #include "practice/request_block.h"
+#include "rehearse/no_window.h"
 
 namespace quirkmeter {
 
 namespace {
-
-struct NoWindow final : MainWindow {
-    void RefreshSubsystems(bool) override {}
-    void SetStatusCaption(const std::string&) override {}
-    void SetSubSystemsHeading(const std::string&) override {}
-    void ShowSubsystemList(bool) override {}
-    platform::WindowHandle Handle() const override { return 0; }
-    void Unload() override {}
-    void ShowMessage(const std::string&, MessageIcon) override {}
-};
 
 // An aircraft in the air with the link open and `failures` sub-systems failed.
 class Flight {
@@ -59,7 +49,7 @@ class Flight {
     Flight(const Flight&) = delete;
 
    private:
-    NoWindow window_;
+    rehearse::NoWindow window_;
     practice::OffsetSpace space_;
 };
 

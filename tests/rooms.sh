@@ -3,7 +3,7 @@
 # a rule, and fails when there is one.
 cd "$(dirname "$0")/.."
 
-all=(src practice companion tests bench)
+all=(src practice companion rehearse tests bench)
 lines() { grep -rnP --include='*.cpp' --include='*.h' "$@"; }
 
 broken_rules() {
@@ -15,8 +15,9 @@ broken_rules() {
   done
   lines '^\s*#\s*include "(?!(companion|platform)/|companion\.h")' companion
   lines '^\s*#\s*include "(?!(practice|platform)/)' practice
+  lines '^\s*#\s*include "(?!(rehearse|practice|platform|model|link|persist|engine)/)' rehearse
   # Systems are told apart in the platform only.
-  lines '^\s*#\s*(if|include <(unistd|sys/|X11/|fcntl|signal))' src practice companion |
+  lines '^\s*#\s*(if|include <(unistd|sys/|X11/|fcntl|signal))' src practice companion rehearse |
     grep -v '^src/platform/'
   lines '<windows\.h>' "${all[@]}" | grep -vE '^(src/platform/windows/|tests/native_windows\.cpp)'
   # Locals are not const.

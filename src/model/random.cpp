@@ -30,8 +30,8 @@ std::int32_t RandomInRange(std::int32_t high, std::int32_t low) {
     return static_cast<std::int32_t>(static_cast<std::int64_t>(r * width) + low);
 }
 
-void ResetRandom() {
-    Generator.seed();
+void ResetRandom(std::uint64_t sequence) {
+    Generator.seed(std::mt19937_64::default_seed + sequence);
     SeededWith = 0;
 }
 

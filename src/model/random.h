@@ -10,7 +10,7 @@ namespace quirkmeter {
 /// clock reading the sequence goes on.
 std::int32_t RandomInRange(std::int32_t high, std::int32_t low);
 
-/// Back to the sequence with which every run begins.
-void ResetRandom();
+/// Back to the beginning of the sequence of that number, 0 being the one with which every run begins.
+void ResetRandom(std::uint64_t sequence = 0);
 
 }  // namespace quirkmeter

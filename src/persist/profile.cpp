@@ -21,52 +21,52 @@ namespace {
 constexpr float MaxReliability = 100;
 constexpr float MaxHours = 999;
 
+constexpr char NotAProfileLine[] = "this is not \"system#sub-system#reliability#hours\"";
+constexpr const char* FieldFaults[] = {
+    "the system is not a number", "the sub-system is not a number",
+    "the reliability is not a number", "the hours are not a number"};
+
 struct ProfileLine {
     double System, Subsystem;
     float Reliability, Hours;
 };
 
-std::optional<ProfileLine> ParseLine(std::string_view line) {
+// Null when the line was good, else what is wrong with it.
+using LineFault = const char*;
+
+LineFault ParseLine(std::string_view line, ProfileLine& parsed) {
     std::array<double, 4> fields;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         std::size_t end = i < 3 ? line.find('#') : line.size();
-        if (end == line.npos) return std::nullopt;
+        if (end == line.npos) return NotAProfileLine;
         auto number = ReadNumber(line.substr(0, end));
-        if (!number) return std::nullopt;
+        if (!number) return FieldFaults[i];
         fields[i] = *number;
         if (i < 3) line.remove_prefix(end + 1);
     }
     // Whole numbers are read as numbers that round to one, a half to the even neighbour.
-    return ProfileLine{std::nearbyint(fields[0]), std::nearbyint(fields[1]),
-                       static_cast<float>(fields[2]), static_cast<float>(fields[3])};
+    parsed = {std::nearbyint(fields[0]), std::nearbyint(fields[1]), static_cast<float>(fields[2]),
+              static_cast<float>(fields[3])};
+    return nullptr;
 }
 
 bool InRange(float value, float max) {
     return value >= 0 && value <= max;
 }
 
-bool ApplyLine(std::string_view text) {
-    auto line = ParseLine(text);
-    if (!line) return false;
-    bool useReliability = InRange(line->Reliability, MaxReliability);
-    bool useHours = InRange(line->Hours, MaxHours);
-    if (!useReliability && !useHours) return true;
-    if (line->System < 1 || line->System > SystemSlots || line->Subsystem < 1 ||
-        line->Subsystem > SubsystemSlots)
-        return false;
+LineFault ApplyLine(std::string_view text) {
+    ProfileLine line{};
+    if (LineFault fault = ParseLine(text, line)) return fault;
+    bool useReliability = InRange(line.Reliability, MaxReliability);
+    bool useHours = InRange(line.Hours, MaxHours);
+    if (!useReliability && !useHours) return nullptr;
+    if (line.System < 1 || line.System > SystemSlots) return "there is no such system";
+    if (line.Subsystem < 1 || line.Subsystem > SubsystemSlots) return "there is no such sub-system";
     SubsystemEntry& entry =
-        Catalogue[static_cast<int>(line->System)][static_cast<int>(line->Subsystem)];
-    if (useReliability) entry.Reliability = NumberText(line->Reliability);
-    if (useHours) entry.Hours = NumberText(line->Hours);
-    return true;
-}
-
-bool ApplyFile(const std::string& path) {
-    LineReader file(path);
-    std::string line;
-    while (file.Next(line))
-        if (!ApplyLine(line)) return false;
-    return file.Ok();
+        Catalogue[static_cast<int>(line.System)][static_cast<int>(line.Subsystem)];
+    if (useReliability) entry.Reliability = NumberText(line.Reliability);
+    if (useHours) entry.Hours = NumberText(line.Hours);
+    return nullptr;
 }
 
 void ShowProfileName() {
@@ -75,6 +75,15 @@ void ShowProfileName() {
 }
 
 }  // namespace
+
+std::optional<ProfileFault> ApplyProfile(const std::string& path) {
+    LineReader file(path);
+    std::string text;
+    for (int line = 1; file.Next(text); ++line)
+        if (LineFault fault = ApplyLine(text)) return ProfileFault{line, fault};
+    if (!file.Ok()) return ProfileFault{0, "the file cannot be read"};
+    return std::nullopt;
+}
 
 void WriteProfile() {
     std::string text;
@@ -90,7 +99,7 @@ void WriteProfile() {
 }
 
 void ReadProfile() {
-    if (!ApplyFile(Settings.LastProfile)) {
+    if (ApplyProfile(Settings.LastProfile)) {
         std::string path = std::exchange(Settings.LastProfile, {});
         TheMainWindow->ShowMessage("Could not read " + path, MessageIcon::Warning);
         return;

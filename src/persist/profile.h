@@ -2,16 +2,28 @@
 // "system#sub-system#reliability#hours" and CR LF.
 #pragma once
 
+#include <optional>
+#include <string>
+#include <string_view>
+
 namespace quirkmeter {
+
+struct ProfileFault {
+    int Line = 0;           // from 1; 0: the file itself
+    std::string_view What;  // what is wrong with it, to stand behind a colon
+};
+
+/// Reads a profile into the catalogue. A bad line, or a file that cannot be read, ends the reading;
+/// what the lines before it said stays.
+std::optional<ProfileFault> ApplyProfile(const std::string& path);
 
 /// Writes the catalogue's reliability data to the file named by Settings.LastProfile and shows its
 /// name in the heading. The old file is whole until the new one is. A failure is told in a message
 /// box.
 void WriteProfile();
 
-/// Reads the file named by Settings.LastProfile into the catalogue, shows its name in the heading
-/// and refreshes the list. A bad line, or a file that cannot be read, ends the reading with a message
-/// box and empties LastProfile; what the lines before it said stays.
+/// Applies the file named by Settings.LastProfile, shows its name in the heading and refreshes the
+/// list. A fault is told in a message box and empties LastProfile.
 void ReadProfile();
 
 }  // namespace quirkmeter

@@ -147,8 +147,12 @@ std::uint32_t InstanceProcess(const char* program);
 /// Windows by a request to close an owned window, which does not close it.
 bool TerminationRequested();
 
-/// Closes a console that Windows opened for this process alone, as it does for a console program
-/// that is not started from one. Elsewhere there is none.
+/// True when that standard stream (0 in, 1 out, 2 errors) is a terminal that the program was started
+/// from. A console that Windows opened for this process alone, as it does for a console program that
+/// is not started from one, is none.
+bool OnTerminal(int stream);
+
+/// Closes a console of that kind. Elsewhere there is none.
 void CloseOwnConsole();
 
 /// The path of a file in the folder of the running executable; `name` begins with a backslash,

@@ -348,8 +348,6 @@ bool TerminationRequested() {
     return false;
 }
 
-void CloseOwnConsole() {}
-
 std::string ProgramFile(std::string_view name) {
     return (std::filesystem::path(TheWorld.Folder) / name.substr(1)).string();
 }

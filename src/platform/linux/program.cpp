@@ -59,8 +59,6 @@ std::uint32_t InstanceProcess(const char* program) {
     return files.empty() ? 0 : static_cast<std::uint32_t>(std::atoi(&files[0][prefix.size()]));
 }
 
-void CloseOwnConsole() {}
-
 std::string ProgramFile(std::string_view name) {
     std::error_code error;
     std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);

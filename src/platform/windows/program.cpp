@@ -1,8 +1,6 @@
 // The process, its clock and its folder.
 #include <windows.h>
 
-#include <iterator>
-
 #include "platform/platform.h"
 
 namespace quirkmeter::platform {
@@ -85,11 +83,6 @@ std::uint32_t InstanceProcess(const char* program) {
     ::UnmapViewOfFile(view);
     ::CloseHandle(memory);
     return process;
-}
-
-void CloseOwnConsole() {
-    DWORD processes[2];
-    if (::GetConsoleProcessList(processes, std::size(processes)) == 1) ::FreeConsole();
 }
 
 std::string ProgramFile(std::string_view name) {

@@ -219,6 +219,8 @@ TEST_F(WindowTest, EnterAndSpaceOpenTheDialogAndEscapeLeavesIt) {
             Key(WXK_ESCAPE);
             EXPECT_TRUE(Until([dialog] { return !dialog->cboHours->IsPopupShown(); }));
             EXPECT_TRUE(dialog->IsModal()) << "only the list is closed";
+            Focus(dialog->cmdAccept);
+            Type(dialog->cboHours, "24");
             Key(WXK_ESCAPE);
         });
         Key(key);

@@ -48,6 +48,12 @@ void PickList::SetSelection(int entry) {
     selected_ = entry;
 }
 
+// Once the list has been open, the toolkit would have its window take the keyboard instead, and no
+// Tab or click would bring the keyboard back here.
+void PickList::SetCanFocus(bool) {
+    wxOwnerDrawnComboBox::SetCanFocus(true);
+}
+
 // The toolkit would take an access key for a letter that is typed, and the entry that is picked
 // again for another.
 bool PickList::ProcessEvent(wxEvent& event) {

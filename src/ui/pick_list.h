@@ -16,6 +16,7 @@ class PickList final : public wxOwnerDrawnComboBox {
     void Pick(const wxString& entry);
 
     void SetSelection(int entry) override;
+    void SetCanFocus(bool canFocus) override;
     bool ProcessEvent(wxEvent& event) override;
 
    private:

@@ -163,6 +163,16 @@ TEST_F(LinuxLayer, AMomentWithoutDescriptorsHidesNoWindow) {
     EXPECT_EQ(FindWindowA("ThunderRT6FormDC", "FSQMHC"), 0u);
     EXPECT_GT(FailingOpens, 900) << "it does not ask for ever";
     FailingOpens = 0;
+
+    rlimit room;
+    getrlimit(RLIMIT_NOFILE, &room);
+    int free = dup(0);
+    close(free);
+    rlimit forTheFolder{static_cast<rlim_t>(free) + 1, room.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &forTheFolder);
+    EXPECT_EQ(Send(window, 5, 60000), 0) << "there is none for the socket";
+    EXPECT_EQ(GetLastError(), ErrorNotEnoughMemory) << "and the window is not gone for that";
+    setrlimit(RLIMIT_NOFILE, &room);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 

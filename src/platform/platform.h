@@ -57,7 +57,8 @@ std::uint32_t RegisterWindowMessageA(const char* name);
 
 /// Sends a message to the window of another thread or process and waits at most
 /// `timeoutMilliseconds` for its answer, which goes to `*reply`. Returns 0 on failure, and the
-/// last error is then 0 when the time ran out (in every version of the system) and not 0 otherwise.
+/// last error is then 0 when the time ran out (in every version of the system) and not 0 otherwise:
+/// ErrorInvalidWindowHandle exactly when there is no such window, or no longer.
 std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
                                   std::intptr_t lParam, std::uint32_t flags,
                                   std::uint32_t timeoutMilliseconds, std::uintptr_t* reply);

@@ -119,7 +119,10 @@ FileDescriptor Connect(WindowHandle window, const Deadline& deadline) {
     } while (result != 0 && errno == EINTR && !deadline.Passed());
     if (result == 0) return connection;
     bool timedOut = errno == EAGAIN || errno == EINTR;
-    SetLastError(timedOut ? ErrorSuccess : ErrorInvalidWindowHandle);
+    bool gone = errno == ENOENT || errno == ECONNREFUSED;
+    // What is left, such as having no descriptor for the socket, says nothing of the window.
+    std::uint32_t error = gone ? ErrorInvalidWindowHandle : ErrorNotEnoughMemory;
+    SetLastError(timedOut ? ErrorSuccess : error);
     return FileDescriptor();
 }
 

@@ -378,6 +378,8 @@ TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
     EXPECT_EQ(told(report), "0\n$(id)\n" + root_.string() + "\n");
 
     std::string path = getenv("PATH");
+    // As on a file system that has no permissions.
+    fs::permissions(document, fs::perms::owner_all);
     setenv("PATH", root_.c_str(), 1);
     EXPECT_EQ(execute(document, "0", "0"), 31) << "nothing to open it with";
     fs::create_symlink(Peer()[0], root_ / "xdg-open");
@@ -387,7 +389,6 @@ TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
     setenv("PATH", path.c_str(), 1);
 
     EXPECT_EQ(execute(root_ / "missing", "0", "0"), 2);
-    fs::permissions(document, fs::perms::owner_all);
     Write(document, "#!/no/such/interpreter\n");
     EXPECT_EQ(execute(document, "0", "0"), 31);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child is left to wait for";

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <vector>
 
@@ -57,10 +58,20 @@ bool StartDetached(const std::vector<std::string>& command, const std::string& f
     return length == 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+bool BeginsLikeProgram(const std::string& path) {
+    std::string start(4, '\0');
+    std::ifstream(path, std::ios::binary).read(start.data(), 4);
+    return start.starts_with("#!") || start ==
+                                          "\x7f"
+                                          "ELF";
+}
+
+// Where a file system has no permissions, a document may be executed, too, and the system would
+// take it for a shell script.
 bool IsProgram(const std::string& path) {
     struct stat status;
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           access(path.c_str(), X_OK) == 0;
+           access(path.c_str(), X_OK) == 0 && BeginsLikeProgram(path);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The program's three sounds.
+// The program's three sounds, and the switch of failure drawing, which answers by sound alone.
 #pragma once
 
 #include <string_view>

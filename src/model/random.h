@@ -6,8 +6,8 @@
 namespace quirkmeter {
 
 /// A whole number from `low` to `high`, both inclusive, each as likely as the next. `high` is at
-/// least `low` - 1, and the result is then `low`. Re-seeds from the clock at every call; within one
-/// clock reading the sequence goes on.
+/// least `low` - 1; where it is just that, the result is `low`. Re-seeds from the clock at every
+/// call; within one clock reading the sequence goes on.
 std::int32_t RandomInRange(std::int32_t high, std::int32_t low);
 
 /// Back to the beginning of the sequence of that number, 0 being the one with which every run begins.

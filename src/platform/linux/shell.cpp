@@ -61,9 +61,7 @@ bool StartDetached(const std::vector<std::string>& command, const std::string& f
 bool BeginsLikeProgram(const std::string& path) {
     std::string start(4, '\0');
     std::ifstream(path, std::ios::binary).read(start.data(), 4);
-    return start.starts_with("#!") || start ==
-                                          "\x7f"
-                                          "ELF";
+    return start.starts_with("#!") || start == "\177ELF";
 }
 
 // Where a file system has no permissions, a document may be executed, too, and the system would

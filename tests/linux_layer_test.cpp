@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdarg>
 #include <filesystem>
+#include <iostream>
 #include <iterator>
 #include <vector>
 
@@ -52,9 +53,25 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-template <typename... Texts>
-std::vector<std::string> Peer(Texts... arguments) {
-    return {ProgramFile("\\linux_layer_peer"), arguments...};
+void Print(auto value) {
+    std::cout << value << std::endl;
+}
+
+// What another process comes to know.
+int Elsewhere(const std::function<int()>& ask) {
+    return Process([&] { Print(ask()); }).Number();
+}
+
+// A window of another process, which prints its handle.
+std::function<void()> Owner(const char* className, const char* title) {
+    return [=] {
+        Print(OwnWindow(className, title, [](auto message, auto wParam, auto lParam) {
+            if (lParam == -1) pause();
+            if (lParam == -2) std::raise(SIGKILL);
+            return static_cast<std::intptr_t>(message + wParam) + lParam;
+        }));
+        for (;;) ServeMessages(1000);
+    };
 }
 
 int OpenDescriptors() {
@@ -96,7 +113,7 @@ std::intptr_t Send(WindowHandle window, std::intptr_t lParam, std::uint32_t mill
 }
 
 TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
-    Process owner(Peer("own", "UIPCMAIN", "The Title"));
+    Process owner(Owner("UIPCMAIN", "The Title"));
     WindowHandle window = static_cast<WindowHandle>(owner.Number());
     ASSERT_NE(window, 0u);
     EXPECT_EQ(FindWindowExA(0, 0, "UIPCMAIN", nullptr), window);
@@ -117,7 +134,7 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     EXPECT_EQ(FindWindowA("UIPCMAIN", nullptr), 0u);
     EXPECT_THAT(PassingFiles(), IsEmpty());
 
-    Process successor(Peer("own", "UIPCMAIN", ""));
+    Process successor(Owner("UIPCMAIN", ""));
     WindowHandle next = static_cast<WindowHandle>(successor.Number());
     EXPECT_GT(next, window) << "an old handle must not lead to a new window";
     EXPECT_EQ(Send(next, -2, 60000), 0) << "dies while we wait";
@@ -139,18 +156,19 @@ TEST_F(LinuxLayer, AWindowAnswersWhoStillWaitsAndGoesWithoutATrace) {
 }
 
 TEST_F(LinuxLayer, OneProcessAtATimeIsTheSingleInstance) {
+    auto claim = [] { return ClaimSingleInstance("Quirkmeter"); };
     {
-        Process first(Peer("claim"));
+        Process first([&] { Print(claim()); });
         EXPECT_EQ(first.Number(), 1);
-        EXPECT_EQ(Process(Peer("claim")).Number(), 0);
+        EXPECT_EQ(Elsewhere(claim), 0);
         EXPECT_EQ(InstanceProcess("Quirkmeter"), static_cast<std::uint32_t>(first.Pid()));
     }
     EXPECT_EQ(InstanceProcess("Quirkmeter"), 0u);
-    EXPECT_EQ(Process(Peer("claim")).Number(), 1);
+    EXPECT_EQ(Elsewhere(claim), 1);
 }
 
 TEST_F(LinuxLayer, AMomentWithoutDescriptorsHidesNoWindow) {
-    Process owner(Peer("own", "ThunderRT6FormDC", "FSQMHC"));
+    Process owner(Owner("ThunderRT6FormDC", "FSQMHC"));
     WindowHandle window = static_cast<WindowHandle>(owner.Number());
     testing::internal::CaptureStderr();
     for (int step : {0, 1, 2, 3, 4}) {
@@ -182,7 +200,7 @@ std::string AtomName(int atom) {
 }
 
 TEST_F(LinuxLayer, AtomsAreSharedAndCounted) {
-    int atom = Process(Peer("atom", "FSASMLIB:IPC:1A4:1")).Number();
+    int atom = Elsewhere([] { return GlobalAddAtomA("FSASMLIB:IPC:1A4:1"); });
     EXPECT_GE(atom, 0xC000);
     EXPECT_EQ(GlobalAddAtomA("fsasmlib:ipc:1a4:1"), atom);
     std::string longest(255, 'n');
@@ -199,14 +217,27 @@ TEST_F(LinuxLayer, AtomsAreSharedAndCounted) {
     for (const std::string& name : {longest + 'n', std::string()})
         EXPECT_EQ(GlobalAddAtomA(name.c_str()), 0);
 
-    std::uint32_t message = RegisterWindowMessageA("FSASMLIB:IPC");
-    EXPECT_GE(message, 0xC000u);
+    auto message = static_cast<int>(RegisterWindowMessageA("FSASMLIB:IPC"));
+    EXPECT_GE(message, 0xC000);
     EXPECT_NE(RegisterWindowMessageA("another"), message);
-    EXPECT_EQ(Process(Peer("message", "fsasmlib:ipc")).Number(), static_cast<int>(message));
+    EXPECT_EQ(Elsewhere([] { return RegisterWindowMessageA("fsasmlib:ipc"); }), message);
 }
 
 MappingHandle Create(const char* name, std::uint32_t sizeHigh = 0) {
     return CreateFileMappingA(InvalidFileHandle, nullptr, PageReadWrite, sizeHigh, 32768, name);
+}
+
+char* Map(MappingHandle mapping) {
+    return static_cast<char*>(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0));
+}
+
+// Another process counts in the last byte of the block; 100 more in one that was there.
+int CountElsewhere(const char* name) {
+    return Elsewhere([name] {
+        MappingHandle mapping = Create(name);
+        int there = GetLastError() == ErrorAlreadyExists ? 100 : 0;
+        return there + ++Map(mapping)[32767];
+    });
 }
 
 TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
@@ -214,34 +245,20 @@ TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
     EXPECT_EQ(OpenFileMappingA(FileMapWrite, false, Name), 0u);
     EXPECT_EQ(GetLastError(), ErrorFileNotFound);
     int before = OpenDescriptors();
-    // The last error and the last byte, as the next process to make the block finds them.
-    auto found = [&] {
-        Process peer(Peer("map", Name));
-        int error = peer.Number();
-        return std::pair(error, peer.Number());
-    };
-    MappingHandle mapping = 0;
-    char* view = nullptr;
-    {
-        Process maker(Peer("map", Name));
-        maker.Line();
-        EXPECT_EQ(maker.Number(), 0) << "new memory is zero";
-        mapping = Create(Name);
-        EXPECT_EQ(GetLastError(), ErrorAlreadyExists);
-        view = static_cast<char*>(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0));
-        ASSERT_NE(view, nullptr);
-        EXPECT_TRUE(Becomes([&] { return static_cast<volatile char*>(view)[32767] == 42; }));
-    }
+    MappingHandle mapping = Create(Name);
+    char* view = Map(mapping);
+    EXPECT_EQ(CountElsewhere(Name), 101);
+    EXPECT_EQ(view[32767], 1);
     EXPECT_EQ(ViewSize(view), 32768u);
     EXPECT_EQ(ViewSize(view + 1), 0u);
     EXPECT_TRUE(CloseHandle(mapping));
     EXPECT_FALSE(CloseHandle(mapping));
-    EXPECT_EQ(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0), nullptr);
-    EXPECT_EQ(found(), std::pair(static_cast<int>(ErrorAlreadyExists), 42)) << "the view holds it";
+    EXPECT_EQ(Map(mapping), nullptr);
+    EXPECT_EQ(CountElsewhere(Name), 102) << "the view holds it";
     EXPECT_TRUE(UnmapViewOfFile(view));
     EXPECT_FALSE(UnmapViewOfFile(view));
     EXPECT_THAT(PassingFiles(), IsEmpty());
-    EXPECT_EQ(found(), std::pair(static_cast<int>(ErrorSuccess), 0));
+    EXPECT_EQ(CountElsewhere(Name), 1) << "new memory is zero";
     mapping = Create("../other");
     EXPECT_THAT(PassingFiles(), ElementsAre("mapping-%2E%2E%2Fother")) << "what died is swept";
     EXPECT_TRUE(CloseHandle(mapping));
@@ -288,7 +305,8 @@ constexpr std::int16_t DownAndPressed = std::int16_t(0x8001);
 
 // One test, because a process opens its display once.
 TEST_F(LinuxLayer, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
-    EXPECT_EQ(Process({"env", "-u", "DISPLAY", Peer()[0], "key"}).Number(), 0) << "no display";
+    unsetenv("DISPLAY");
+    EXPECT_EQ(Elsewhere([] { return GetAsyncKeyState('S'); }), 0);
     Process server({"Xvfb", "-displayfd", "1", "-screen", "0", "64x64x8", "-nolisten", "tcp"});
     setenv("DISPLAY", (":" + server.Line()).c_str(), 1);
     Display* display = XOpenDisplay(nullptr);
@@ -342,11 +360,14 @@ TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
     Write(root_ / "device.conf", "pcm.!default { type file slave.pcm { type null } file \"" +
                                      (root_ / "played").string() + "\" format raw }\n");
     Write(root_ / "none.conf", "\n");
-    auto play = [this](const std::string& configuration) {
-        return std::vector<std::string>{
-            "sh", "-c",
-            "cd " + root_.string() + " && CANBERRA_DRIVER=alsa ALSA_CONFIG_PATH=" + configuration +
-                " exec " + Peer()[0] + " play sound.wav 2>complaints"};
+    setenv("CANBERRA_DRIVER", "alsa", 1);
+    auto play = [this](const char* configuration) {
+        return [=, this] {
+            fs::current_path(root_);
+            setenv("ALSA_CONFIG_PATH", configuration, 1);
+            dup2(open("complaints", O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
+            Print(sndPlaySoundA("sound.wav", SoundAsync));
+        };
     };
     Process player(play("device.conf"));
     EXPECT_EQ(player.Number(), 1);
@@ -355,44 +376,51 @@ TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
     EXPECT_EQ(Content(root_ / "complaints"), "");
 }
 
+// Reports beside itself how it was started, in a file that appears with all of its content.
+constexpr char Reporter[] = R"(#!/bin/sh
+report=$(/usr/bin/dirname "$0")/report
+read -r pid name state parent group session rest </proc/$$/stat
+[ "$session" = "$STARTER_SESSION" ] && set -- "$@" "its session"
+[ -e /proc/$$/fd/400 ] && set -- "$@" "its descriptors"
+printf "%s\n" "$@" "$PWD" >"$report.part"
+/bin/mv "$report.part" "$report"
+)";
+
 TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
-    fs::path program = root_ / "folder/program.exe";
-    fs::path report = root_ / "report";
+    fs::path folder = root_ / "folder";
     fs::path document = root_ / "a document.htm";
-    fs::create_directory(root_ / "folder");
-    fs::create_symlink(Peer()[0], program);
+    fs::create_directory(folder);
+    for (const fs::path& program : {folder / "program.exe", root_ / "xdg-open"}) {
+        Write(program, Reporter);
+        fs::permissions(program, fs::perms::owner_all);
+    }
     Write(document, "<html>");
     setenv("STARTER_SESSION", std::to_string(getsid(0)).c_str(), 1);
-    int leaky = open("/dev/null", O_RDONLY);
-    ASSERT_EQ(dup2(leaky, 400), 400);
-    auto execute = [](const fs::path& file, const std::string& parameters,
-                      const std::string& directory) {
-        return ShellExecuteA(0, "Open", file.c_str(), parameters.c_str(), directory.c_str(),
-                             ShowMinimized);
+    ASSERT_EQ(dup2(STDOUT_FILENO, 400), 400);
+    auto execute = [](const fs::path& file, const char* parameters, const std::string& directory) {
+        return ShellExecuteA(0, "Open", file.c_str(), parameters, directory.c_str(), ShowMinimized);
     };
-    auto told = [](const fs::path& path) {
-        EXPECT_TRUE(Becomes([&] { return fs::exists(path); }));
-        return Content(path);
+    auto told = [](const fs::path& report) {
+        EXPECT_TRUE(Becomes([&] { return fs::exists(report); }));
+        return Content(report);
     };
-    EXPECT_EQ(execute(program, "report " + report.string() + "  0 $(id)", root_), 33);
-    EXPECT_EQ(told(report), "0\n$(id)\n" + root_.string() + "\n");
+    EXPECT_EQ(execute(folder / "program.exe", "report  0 $(id)", root_), 33);
+    EXPECT_EQ(told(folder / "report"), "report\n0\n$(id)\n" + root_.string() + "\n");
 
     std::string path = getenv("PATH");
     // As on a file system that has no permissions.
     fs::permissions(document, fs::perms::owner_all);
-    setenv("PATH", root_.c_str(), 1);
+    setenv("PATH", folder.c_str(), 1);
     EXPECT_EQ(execute(document, "0", "0"), 31) << "nothing to open it with";
-    fs::create_symlink(Peer()[0], root_ / "xdg-open");
+    setenv("PATH", root_.c_str(), 1);
     EXPECT_EQ(execute(document, "0", "0"), 33);
-    EXPECT_EQ(told(document.string() + ".opened"),
-              document.string() + "\n" + root_.string() + "\n");
+    EXPECT_EQ(told(root_ / "report"), document.string() + "\n" + root_.string() + "\n");
     setenv("PATH", path.c_str(), 1);
 
     EXPECT_EQ(execute(root_ / "missing", "0", "0"), 2);
-    Write(document, "#!/no/such/interpreter\n");
-    EXPECT_EQ(execute(document, "0", "0"), 31);
+    Write(folder / "program.exe", "#!/no/such/interpreter\n");
+    EXPECT_EQ(execute(folder / "program.exe", "0", "0"), 31);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child is left to wait for";
-    close(leaky);
     close(400);
 }
 
@@ -462,10 +490,11 @@ TEST_F(LinuxLayer, TheSeparatorIsThatOfTheUsersLocale) {
                       root_ / "xx_XX"});
     compiler.ExitCode();
     bool compiled = fs::exists(root_ / "xx_XX/LC_NUMERIC");  // else no character maps here
+    setenv("LOCPATH", root_.c_str(), 1);
+    unsetenv("LC_ALL");
     for (std::string locale : {"xx_XX", "no_SUCH"}) {
-        Process asker({"env", "-u", "LC_ALL", "LOCPATH=" + root_.string(), "LC_NUMERIC=" + locale,
-                       Peer()[0], "separator"});
-        EXPECT_EQ(asker.Line(), compiled && locale == "xx_XX" ? "," : ".") << locale;
+        setenv("LC_NUMERIC", locale.c_str(), 1);
+        EXPECT_EQ(Elsewhere(DecimalSeparator), compiled && locale == "xx_XX" ? ',' : '.') << locale;
     }
 }
 

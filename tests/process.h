@@ -9,8 +9,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -56,19 +58,23 @@ inline void Write(const std::filesystem::path& path, std::string_view content) {
 /// A child process, which ends with this object at the latest.
 class Process {
    public:
-    explicit Process(std::vector<std::string> command) {
-        std::vector<char*> arguments;
-        for (std::string& part : command) arguments.push_back(part.data());
-        arguments.push_back(nullptr);
+    explicit Process(std::vector<std::string> command)
+        : Process([arguments = Pointers(command)] {
+              execvp(arguments[0], arguments.data());
+              _exit(127);
+          }) {}
+    /// A copy of this process that does `act` and then waits to be killed.
+    explicit Process(const std::function<void()>& act) {
         int ends[2] = {-1, -1};
         socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends);
+        std::fflush(stdout);  // or the child would print it again
         pid_ = fork();
         if (pid_ == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             dup2(ends[1], STDIN_FILENO);
             dup2(ends[1], STDOUT_FILENO);
-            execvp(arguments[0], arguments.data());
-            _exit(127);
+            act();
+            for (;;) pause();
         }
         close(ends[1]);
         socket_ = ends[0];
@@ -114,6 +120,13 @@ class Process {
     }
 
    private:
+    static std::vector<char*> Pointers(std::vector<std::string>& command) {
+        std::vector<char*> arguments;
+        for (std::string& part : command) arguments.push_back(part.data());
+        arguments.push_back(nullptr);
+        return arguments;
+    }
+
     pid_t pid_ = -1;
     int socket_ = -1;
 };

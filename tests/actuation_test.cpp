@@ -21,8 +21,6 @@ using Write = SimWriteRecord;
 
 class ActuationTest : public LinkedTest {
    protected:
-    ActuationTest() { InstallSounds(); }
-
     void Fail(std::initializer_list<Subsystem> subsystems) {
         for (auto [system, number] : subsystems) AddFailure(system, number);
     }

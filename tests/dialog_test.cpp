@@ -1,4 +1,6 @@
 // The dialogs of the main window.
+#include <array>
+
 #include "ui/frm_options.h"
 #include "ui/frm_settings.h"
 #include "window_fixture.h"
@@ -7,7 +9,9 @@ namespace quirkmeter {
 
 namespace {
 
-TEST_F(WindowTest, ReliabilityListsHoldEachOther) {
+// The lists hold each other, and read their own point whatever the regional settings.
+TEST_F(WindowTest, ReliabilityListsShowAndGiveNumbers) {
+    inprocess::SetDecimalSeparator(',');
     ClickRow(1, [this](frmReliability* dialog) {
         EXPECT_EQ(dialog->cboRelLeft->GetCount(), 101u);
         EXPECT_EQ(dialog->cboRelRight->GetCount(), 1000u);
@@ -17,16 +21,20 @@ TEST_F(WindowTest, ReliabilityListsHoldEachOther) {
         EXPECT_EQ(dialog->cboRelRight->GetString(999), "000");
         dialog->cboRelRight->Pick("500");
         EXPECT_EQ(dialog->cboRelRight->GetValue(), "000") << "no more than 100";
-        dialog->cboRelLeft->Pick("99");
-        EXPECT_EQ(dialog->cboRelRight->GetValue(), "999");
-        dialog->cboRelLeft->Pick("0");
-        EXPECT_EQ(dialog->cboRelRight->GetValue(), "000");
+        for (auto [left, right] :
+             {std::pair{"99", "999"}, {"100", "000"}, {"1", "999"}, {"0", "000"}}) {
+            dialog->cboRelLeft->Pick(left);
+            EXPECT_EQ(dialog->cboRelRight->GetValue(), right);
+        }
         dialog->cboRelRight->Pick("001");
         Type(dialog->cboRelLeft, "0");  // picked already
         dialog->cboHours->Pick("0.5");
         Click(dialog->cmdAccept);
     });
-    EXPECT_EQ(Row(1), "yellow Airspeed|0.001%|0.5 hours of flight|No");
+    EXPECT_EQ(Row(1), "yellow Airspeed|0,001%|0,5 hours of flight|No");
+    ClickRow(1, [this](frmReliability* dialog) { Click(dialog->cmdAccept); });
+    EXPECT_EQ(Row(1), "yellow Airspeed|0,001%|0,5 hours of flight|No");
+    inprocess::SetDecimalSeparator('.');
 
     // What an entry holds, shows, and holds when that is accepted.
     struct {
@@ -52,22 +60,6 @@ TEST_F(WindowTest, ReliabilityListsHoldEachOther) {
     }
 }
 
-TEST_F(WindowTest, PickListTakesLettersAndLeavesAccessKeysAlone) {
-    Catalogue[1][1].Reliability = "50.25";
-    ClickRow(1, [this](frmReliability* dialog) {
-        Open(dialog->cboRelLeft);
-        Key(WXK_RETURN);  // what is picked already
-        EXPECT_TRUE(Until([dialog] { return !dialog->cboRelLeft->IsPopupShown(); }));
-        EXPECT_EQ(dialog->cboRelRight->GetValue(), "250");
-        Key(WXK_ESCAPE);
-    });
-    ClickRow(1, [this](frmReliability* dialog) {
-        Type(dialog->cboHours, "24");
-        Key('A', wxMOD_ALT);
-    });
-    EXPECT_EQ(Row(1), "yellow Airspeed|50.25%|24 hours of flight|No");
-}
-
 class FileDialogTest : public WindowTest {
    protected:
     FileDialogTest() {
@@ -79,7 +71,7 @@ class FileDialogTest : public WindowTest {
     // Presses the button and types the file's name into the dialog, which shows the test's folder
     // and the name chosen last; none cancels it.
     void ChooseFile(wxButton* button, const std::string& name, const char* last = "") {
-        WhenOpen<wxFileDialog>([=, this](wxFileDialog* dialog) {
+        Work<wxFileDialog>(button, [=, this](wxFileDialog* dialog) {
             EXPECT_EQ(dialog->GetMessage(), "") << "the title is the system's own";
             EXPECT_EQ(dialog->GetWildcard(), "FS2002 Quirkmeter Profile (*.qmp)|;*.qmp");
             EXPECT_EQ(dialog->wxFileDialogBase::GetFilename(), last);
@@ -100,7 +92,6 @@ class FileDialogTest : public WindowTest {
             while (!Until([dialog] { return !dialog->IsShown(); }, patience *= 2) &&
                    patience < 30'000);
         });
-        Click(button);
     }
 };
 
@@ -135,34 +126,9 @@ TEST_F(FileDialogTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     EXPECT_FALSE(std::filesystem::exists(folder_ / "f"));
 }
 
-// The dialog reads its own point whatever the regional settings; everything else shows a comma.
-TEST_F(FileDialogTest, CommaRoundTrip) {
-    inprocess::SetDecimalSeparator(',');
-    ClickRow(1, [this](frmReliability* dialog) {
-        dialog->cboRelLeft->SetStringSelection("99");
-        dialog->cboRelRight->SetStringSelection("250");
-        dialog->cboHours->SetStringSelection("0.5");
-        Click(dialog->cmdAccept);
-    });
-    const char* row = "yellow Airspeed|99,25%|0,5 hours of flight|No";
-    EXPECT_EQ(Row(1), row);
-    ChooseFile(main_->cmdSaveAs, "h");
-    EXPECT_TRUE(ReadFile("h").starts_with("1#1#99,25#0,5\r\n"));
-    Close();
-    Open();
-    EXPECT_EQ(Row(1), row);
-    EXPECT_EQ(Heading(), "Sub-systems (h)");
-    ClickRow(1, [this](frmReliability* dialog) {
-        EXPECT_EQ(dialog->cboRelRight->GetValue(), "250");
-        EXPECT_EQ(dialog->cboHours->GetValue(), "0.5");
-        Click(dialog->cmdAccept);
-    });
-    EXPECT_EQ(Row(1), row);
-}
-
 TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {
     WriteFile("Quirkmeter.htm", "");
-    WhenOpen<frmOptions>([this](frmOptions* dialog) {
+    Work<frmOptions>(main_->cmdOptions, [this](frmOptions* dialog) {
         Key(WXK_RETURN);  // the default button
         std::vector<inprocess::ShellRun> runs;
         EXPECT_TRUE(Until([&runs] { return !(runs = inprocess::TakeShellRuns()).empty(); }));
@@ -172,98 +138,91 @@ TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {
         EXPECT_TRUE(dialog->IsModal()) << "stays open";
         Key(WXK_ESCAPE);
     });
-    Click(main_->cmdOptions);
 }
 
 class SettingsWindowTest : public WindowTest {
    protected:
     // Works the settings dialog through the options dialog.
     void Edit(const std::function<void(frmSettings*)>& act) {
-        WhenOpen<frmOptions>([this, act](frmOptions* options) {
-            WhenOpen<frmSettings>(act);
-            Click(options->cmdSettings);
+        Work<frmOptions>(main_->cmdOptions, [this, act](frmOptions* options) {
+            Work<frmSettings>(options->cmdSettings, act);
         });
-        Click(main_->cmdOptions);
+    }
+
+    static std::array<wxCheckBox*, 4> Switches(frmSettings* dialog) {
+        return {dialog->chkDisplayStatus, dialog->chkDisplayFailures, dialog->chkPlayFailureSound,
+                dialog->chkHardcoreMode};
+    }
+    struct Hotkey {
+        PickList* Key;
+        wxCheckBox *Ctrl, *Shift;
+    };
+    static std::array<Hotkey, 3> Hotkeys(frmSettings* dialog) {
+        return {{{dialog->cboStatus, dialog->chkStatusCTRL, dialog->chkStatusSHIFT},
+                 {dialog->cboClear, dialog->chkClearCTRL, dialog->chkClearSHIFT},
+                 {dialog->cboActive, dialog->ChkActiveCTRL, dialog->chkActiveSHIFT}}};
     }
 
     // The switches in their order, x for one that is on, and the hotkeys.
     static std::string Shown(frmSettings* dialog) {
         std::string shown;
-        for (wxCheckBox* option : {dialog->chkDisplayStatus, dialog->chkDisplayFailures,
-                                   dialog->chkPlayFailureSound, dialog->chkHardcoreMode})
-            shown += option->GetValue() ? "x" : "-";
-        auto add = [&shown](PickList* key, wxCheckBox* ctrl, wxCheckBox* shift) {
+        for (wxCheckBox* option : Switches(dialog)) shown += option->GetValue() ? "x" : "-";
+        for (auto [key, ctrl, shift] : Hotkeys(dialog))
             shown += " " + look::Stored(key->GetValue()) + (ctrl->GetValue() ? "+CTRL" : "") +
                      (shift->GetValue() ? "+SHIFT" : "");
-        };
-        add(dialog->cboStatus, dialog->chkStatusCTRL, dialog->chkStatusSHIFT);
-        add(dialog->cboClear, dialog->chkClearCTRL, dialog->chkClearSHIFT);
-        add(dialog->cboActive, dialog->ChkActiveCTRL, dialog->chkActiveSHIFT);
         return shown;
+    }
+    // The same of the settings, with the codes of the keys and their modifiers.
+    static std::string Stored() {
+        std::ostringstream stored;
+        for (bool on : {Settings.DisplayUpdate, Settings.DisplayFailures, Settings.PlayFailureSound,
+                        Settings.HardcoreMode})
+            stored << (on ? 'x' : '-');
+        for (auto [key, mods] : {std::pair{Settings.StatusHotkey, Settings.StatusHotkeyMods},
+                                 {Settings.ClearHotkey, Settings.ClearHotkeyMods},
+                                 {Settings.ActiveHotkey, Settings.ActiveHotkeyMods}})
+            stored << ' ' << key << '+' << mods;
+        return stored.str();
+    }
+    // Sets the controls to what is then shown so.
+    static void Set(frmSettings* dialog, const std::string& shown) {
+        std::istringstream words(shown);
+        std::string word;
+        words >> word;
+        for (std::size_t i = 0; i < word.size(); ++i) Switches(dialog)[i]->SetValue(word[i] == 'x');
+        for (auto [key, ctrl, shift] : Hotkeys(dialog)) {
+            words >> word;
+            key->SetStringSelection(word.substr(0, word.find('+')));
+            ctrl->SetValue(word.find("+CTRL") != word.npos);
+            shift->SetValue(word.find("+SHIFT") != word.npos);
+        }
     }
 };
 
-TEST_F(SettingsWindowTest, OkStoresEverything) {
-    Edit([this](frmSettings* dialog) {
-        EXPECT_EQ(Shown(dialog), "---- None None None");
-        EXPECT_EQ(dialog->cboStatus->GetCount(), 37u);
-        Click(dialog->chkDisplayStatus);
-        dialog->chkPlayFailureSound->SetValue(true);
-        Type(dialog->cboStatus, "S");
-        Click(dialog->chkStatusCTRL);
-        Click(dialog->chkStatusSHIFT);
-        dialog->cboClear->SetStringSelection("9");
-        dialog->chkClearCTRL->SetValue(true);
-        dialog->cboActive->SetStringSelection("0");
-        dialog->chkActiveSHIFT->SetValue(true);
-        Click(dialog->cmdOK);
-    });
-    SettingsRecord expected;
-    expected.DisplayUpdate = expected.PlayFailureSound = true;
-    expected.StatusHotkey = 83;
-    expected.StatusHotkeyMods = 3;
-    expected.ClearHotkey = 57;
-    expected.ClearHotkeyMods = 1;
-    expected.ActiveHotkey = 48;
-    expected.ActiveHotkeyMods = 2;
-    EXPECT_EQ(Settings, expected);
-    Edit([this](frmSettings* dialog) {
-        EXPECT_EQ(Shown(dialog), "x-x- S+CTRL+SHIFT 9+CTRL 0+SHIFT");
-        dialog->chkDisplayFailures->SetValue(true);
-        dialog->cboClear->SetStringSelection("None");
-        Click(dialog->cmdCancel);
-    });
-    EXPECT_EQ(Settings, expected) << "cancelled";
-    Edit([this](frmSettings* dialog) {
-        dialog->chkStatusCTRL->SetValue(false);
-        dialog->cboClear->SetStringSelection("None");
-        dialog->ChkActiveCTRL->SetValue(true);
-        dialog->chkActiveSHIFT->SetValue(false);
-        dialog->chkDisplayFailures->SetValue(true);
-        dialog->chkPlayFailureSound->SetValue(false);
-        Click(dialog->cmdOK);
-    });
-    Edit([this](frmSettings* dialog) {
-        EXPECT_EQ(Shown(dialog), "xx-- S+SHIFT None 0+CTRL");
-        dialog->cboStatus->SetStringSelection("None");
-        dialog->cboActive->SetStringSelection("None");
-        Click(dialog->cmdOK);
-    });
-    expected = {};
-    expected.DisplayUpdate = expected.DisplayFailures = true;
-    EXPECT_EQ(Settings, expected);
-    Edit([this](frmSettings* dialog) {
-        dialog->cboStatus->SetStringSelection("None");
-        dialog->cboActive->SetStringSelection("None");
-        Click(dialog->cmdOK);
-    });
-    expected.StatusHotkey = expected.StatusHotkeyMods = 0;
-    expected.ActiveHotkey = expected.ActiveHotkeyMods = 0;
-    EXPECT_EQ(Settings, expected);
+TEST_F(SettingsWindowTest, OkStoresEverythingAndCancelNothing) {
+    std::pair<const char*, const char*> rows[] = {
+        {"---- None None None", "---- 0+0 0+0 0+0"},
+        {"x-x- S+CTRL+SHIFT 9+CTRL 0+SHIFT", "x-x- 83+3 57+1 48+2"},
+        {"-x-- None A+SHIFT Z+CTRL", "-x-- 0+0 65+2 90+1"},
+        {"---- None None None", "---- 0+0 0+0 0+0"}};
+    for (const auto& [shown, stored] : rows) {
+        Edit([&, this](frmSettings* dialog) {
+            Set(dialog, shown);
+            Click(dialog->cmdOK);
+        });
+        EXPECT_EQ(Stored(), stored);
+        Edit([&, this](frmSettings* dialog) {
+            EXPECT_EQ(Shown(dialog), shown);
+            Set(dialog, "xxx- 1+CTRL 2+SHIFT 3");
+            Click(dialog->cmdCancel);
+        });
+        EXPECT_EQ(Stored(), stored);
+    }
 }
 
 TEST_F(SettingsWindowTest, LettersTypedOneAfterAnotherEachPickAKey) {
     Edit([this](frmSettings* dialog) {
+        EXPECT_EQ(dialog->cboStatus->GetCount(), 37u);
         Type(dialog->cboStatus, "AB", "B");
         Key('F', wxMOD_ALT);
         EXPECT_TRUE(Until([dialog] { return dialog->chkDisplayFailures->GetValue(); }));

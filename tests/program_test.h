@@ -124,6 +124,8 @@ class ProgramTest : public testing::Test {
                   ("quirkmeter-test-" + std::to_string(std::random_device{}()));
         std::filesystem::create_directory(folder_);
         inprocess::SetProgramFolder(folder_.string());
+        for (const char* sound : {"sound_ok.wav", "sound_warning.wav", "sound_failure.wav"})
+            WriteFile(sound, "RIFF");
         BuildCatalogue();
     }
     ~ProgramTest() override {
@@ -139,11 +141,6 @@ class ProgramTest : public testing::Test {
         std::ostringstream content;
         content << std::ifstream(folder_ / name, std::ios::binary).rdbuf();
         return content.str();
-    }
-    /// The sound files, so that there is something to play.
-    void InstallSounds() {
-        for (const char* name : {"sound_ok.wav", "sound_warning.wav", "sound_failure.wav"})
-            WriteFile(name, "RIFF");
     }
 
     std::filesystem::path folder_;

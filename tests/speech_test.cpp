@@ -16,8 +16,6 @@ constexpr std::int16_t Up = 0, Tapped = 1, Down = -32768;
 
 class SpeechTest : public LinkedTest {
    protected:
-    SpeechTest() { InstallSounds(); }
-
     std::string Show(const std::string& line, bool force = false) {
         EngineState.StatusText = line;
         ShowStatus(force);

@@ -16,7 +16,6 @@ using testing::IsEmpty;
 class TickTest : public LinkedTest {
    protected:
     TickTest() {
-        InstallSounds();
         Settings.DisplayFailures = true;
         ComputeFailureRanges();
         simulator_.Space.SetValue(0x0366, 2, 0);  // airborne

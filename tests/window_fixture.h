@@ -58,19 +58,6 @@ inline bool Until(const std::function<bool()>& condition, long milliseconds = 30
     return true;
 }
 
-/// The texts of a row, behind the colour of its disc.
-inline std::string RowTexts(wxListCtrl* list, long row) {
-    wxListItem disc;
-    disc.SetId(row);
-    disc.SetMask(wxLIST_MASK_IMAGE);
-    list->GetItem(disc);
-    constexpr const char* Discs[] = {"green", "red", "yellow"};
-    wxString texts = Discs[disc.GetImage()];
-    for (int column = 0; column < list->GetColumnCount(); ++column)
-        texts += (column > 0 ? "|" : "") + list->GetItemText(row, column);
-    return look::Stored(texts);
-}
-
 /// Knows the modal dialogs that are open. Each is dealt with once it has the keyboard: as the test
 /// has said; a message box is read and answered. One that nobody asked for, or that stays open, is
 /// closed, and the test has failed.
@@ -84,10 +71,10 @@ class Modals final : public wxModalDialogHook, private wxTimer {
 
     template <typename Dialog>
     void WhenOpen(std::function<void(Dialog*)> act) {
-        expected_.push_back([act](wxDialog* opened) -> std::function<void()> {
+        expected_.push_back([act](wxDialog* opened) {
             auto* dialog = dynamic_cast<Dialog*>(opened);
-            if (!dialog) return nullptr;
-            return [act, dialog] { act(dialog); };
+            if (dialog) act(dialog);
+            return dialog != nullptr;
         });
     }
 
@@ -105,10 +92,12 @@ class Modals final : public wxModalDialogHook, private wxTimer {
     static constexpr int Pulse = 5;             // milliseconds
     static constexpr int Patience = 20 * 1000;  // milliseconds
 
+    /// False for a dialog that is not the one to act on.
+    using Act = std::function<bool(wxDialog*)>;
     enum class Stage { Opening, BeingAnswered, Closing };
     struct Modal {
         wxDialog* Dialog;
-        std::function<void()> Act;
+        Act ToDo;
         Stage At = Stage::Opening;
         wxStopWatch Since{};
         int Raised = 0;
@@ -121,11 +110,12 @@ class Modals final : public wxModalDialogHook, private wxTimer {
     }
     void Exit(wxDialog*) override { open_.pop_back(); }
 
-    std::function<void()> ActFor(wxDialog* dialog) {
-        if (auto* box = dynamic_cast<wxMessageDialogBase*>(dialog))
-            return [this, box] { Answer(box); };
-        auto act = expected_.empty() ? nullptr : expected_.front()(dialog);
-        if (!act) return [this] { Close("nobody asked for it"); };
+    Act ActFor(wxDialog* dialog) {
+        if (dynamic_cast<wxMessageDialogBase*>(dialog))
+            return
+                [this](wxDialog* box) { return Answer(dynamic_cast<wxMessageDialogBase*>(box)); };
+        if (expected_.empty()) return [](wxDialog*) { return false; };
+        Act act = expected_.front();
         expected_.pop_front();
         return act;
     }
@@ -138,8 +128,8 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         Modal& last = open_.back();
         if (last.At == Stage::Opening && native::HasKeyboard(last.Dialog)) {
             last.At = Stage::BeingAnswered;
-            auto act = last.Act;
-            act();
+            Act act = last.ToDo;
+            if (!act(last.Dialog)) Close("nobody asked for it");
             open_.back().At = Stage::Closing;
             open_.back().Since.Start();
         } else if (IsOver(last.Since, Patience)) {
@@ -151,7 +141,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         }
     }
 
-    void Answer(wxMessageDialogBase* box) {
+    bool Answer(wxMessageDialogBase* box) {
         EXPECT_EQ(box->GetTitle(), "FS2002 Quirkmeter");
         EXPECT_EQ(box->GetMessageDialogStyle() & (wxYES_NO | wxCANCEL), 0);
         long icon = box->GetMessageDialogStyle() & wxICON_MASK;
@@ -159,6 +149,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         messages_.push_back((icon == wxICON_WARNING ? "! " : "") + look::Stored(native::Text(box)));
         Meanwhile(box);
         Hands().Char(WXK_RETURN);
+        return true;
     }
 
     void Close(const char* why) {
@@ -171,7 +162,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
             native::Dismiss(dialog);
     }
 
-    std::deque<std::function<std::function<void()>(wxDialog*)>> expected_;
+    std::deque<Act> expected_;
     std::vector<Modal> open_;
     std::vector<std::string> messages_;
 };
@@ -180,7 +171,6 @@ class WindowTest : public ProgramTest, private wxEventFilter {
    protected:
     WindowTest() {
         wxEvtHandler::AddFilter(this);
-        InstallSounds();
         Open();
     }
     ~WindowTest() override {
@@ -219,6 +209,15 @@ class WindowTest : public ProgramTest, private wxEventFilter {
     template <typename Dialog>
     void WhenOpen(const std::function<void(Dialog*)>& act) {
         modals_.WhenOpen(act);
+    }
+    /// Clicks what opens the dialog.
+    template <typename Dialog>
+    void Work(wxWindow* control, const std::function<void(Dialog*)>& act) {
+        WhenOpen(act);
+        Click(control);
+    }
+    auto Cancel() {
+        return [this](auto* dialog) { Click(dialog->cmdCancel); };
     }
 
     void AwaitKeyboard() {
@@ -322,7 +321,18 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         main_->lstSystems->ProcessWindowEvent(event);
     }
 
-    std::string Row(int row) { return RowTexts(main_->lvwSubSystems, row - 1); }
+    /// The texts of a row, behind the colour of its disc.
+    std::string Row(int row) {
+        wxListItem disc;
+        disc.SetId(row - 1);
+        disc.SetMask(wxLIST_MASK_IMAGE);
+        main_->lvwSubSystems->GetItem(disc);
+        constexpr const char* Discs[] = {"green", "red", "yellow"};
+        wxString texts = Discs[disc.GetImage()];
+        for (int column = 0; column < 4; ++column)
+            texts += (column > 0 ? "|" : "") + main_->lvwSubSystems->GetItemText(row - 1, column);
+        return look::Stored(texts);
+    }
     long Selected() {
         return main_->lvwSubSystems->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED) + 1;
     }

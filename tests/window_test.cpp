@@ -64,20 +64,19 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
     };
     ClickRow(1, expect(" Radio - ADF Reliability|[100]|.|[000]|%|based on|[1]|hours of flight|"
                        "&Accept|&Cancel|&Test Failure|Clear &Failure"));
-    WhenOpen<frmReliability>(
+    Work<frmReliability>(
+        main_->cmdSetAllRel,
         expect("All Reliabilities|[100]|.|[000]|%|based on|[1]|hours of flight|&Accept|&Cancel"));
-    Click(main_->cmdSetAllRel);
-    WhenOpen<frmOptions>([&](frmOptions* dialog) {
+    Work<frmOptions>(main_->cmdOptions, [&](frmOptions* dialog) {
         EXPECT_EQ(Texts(dialog), "Help|&Help|&Settings|&Cancel|FSQM Version 1.3");
-        WhenOpen<frmSettings>(
+        Work<frmSettings>(
+            dialog->cmdSettings,
             expect("Settings|&Display status changes in flight|Display &failure info in status|"
                    "&Play a sound when a failure occurs|&Hardcore Mode (see Options/Help)|"
                    "In Flight Status Hotkey|[None]|CTRL|SHIFT|"
                    "Clear Last Failure Hotkey|[None]|CTRL|SHIFT|"
                    "Activate/Deactivate QM Hotkey|[None]|CTRL|SHIFT|&OK|&Cancel"));
-        Click(dialog->cmdSettings);
     });
-    Click(main_->cmdOptions);
     main_->ShowSubsystemList(false);
     EXPECT_THAT(Texts(main_),
                 testing::HasSubstr(
@@ -107,25 +106,26 @@ TEST_F(WindowTest, RowsShowWhatCanFailAndWhatHas) {
 
 TEST_F(WindowTest, TabGoesThroughTheControlsInOrder) {
     AwaitFocus(main_->lstSystems);
-    std::vector<wxWindow*> order = {
-        main_->lvwSubSystems, main_->cmdSetAllRel, main_->cmdSetSystemRel, main_->cmdClearFailures,
-        main_->cmdSaveAs,     main_->cmdOpen,      main_->cmdOptions};
-    for (wxWindow* expected : order) {
+    for (wxWindow* next : std::initializer_list<wxWindow*>{
+             main_->lvwSubSystems, main_->cmdSetAllRel, main_->cmdSetSystemRel,
+             main_->cmdClearFailures, main_->cmdSaveAs, main_->cmdOpen, main_->cmdOptions}) {
         Key(WXK_TAB);
-        AwaitFocus(expected);
+        AwaitFocus(next);
     }
 }
 
-TEST_F(WindowTest, ClickOpensTheDialogOfTheRowAndAcceptStores) {
+TEST_F(WindowTest, DialogOfARowTakesLettersAndAccessKeysAndStores) {
     ClickRow(2, [this](frmReliability* dialog) {
         EXPECT_EQ(dialog->GetTitle(), " Autopilot - Altitude Reliability");
-        EXPECT_TRUE(dialog->cmdTest->IsShown());
         Type(dialog->cboRelLeft, "50");
         EXPECT_EQ(dialog->cboRelRight->GetValue(), "999");
         Type(dialog->cboRelRight, "250");
+        Open(dialog->cboRelLeft);
+        Key(WXK_RETURN);  // what is picked already
+        EXPECT_TRUE(Until([dialog] { return !dialog->cboRelLeft->IsPopupShown(); }));
         Tick();  // in between, as ticks come
         Type(dialog->cboHours, "24");
-        Click(dialog->cmdAccept);
+        Key('A', wxMOD_ALT);
     });
     EXPECT_EQ(Row(2), "yellow Altitude|50.25%|24 hours of flight|No");
     EXPECT_EQ(Selected(), 2);
@@ -140,19 +140,22 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
 
     ChooseSystem(7);
     wxPoint pressed;
-    auto cancel = [this, &pressed](frmReliability* dialog) {
-        pressed = pressedAt_;
-        EXPECT_EQ(dialog->GetTitle(), " Radio - NAV Reliability");
-        Click(dialog->cmdCancel);
+    auto expectRow = [this, &pressed](long row) {
+        WhenOpen<frmReliability>([this, &pressed, row](frmReliability* dialog) {
+            pressed = pressedAt_;
+            EXPECT_EQ(dialog->GetTitle(),
+                      " Radio - " + std::string(Catalogue[7][row].Name) + " Reliability");
+            Click(dialog->cmdCancel);
+        });
     };
-    WhenOpen<frmReliability>(cancel);
+    expectRow(3);
     PointAt(main_->lvwSubSystems, RowPlace(3));
     Hands().MouseClick();
     Hands().MouseDown();
     Release();
 
     // As a list of Windows tells of clicks.
-    WhenOpen<frmReliability>(cancel);
+    expectRow(3);
     for (int click = 1; click <= 2; ++click) {
         wxMouseEvent press(wxEVT_LEFT_DOWN);
         press.SetPosition(pressed);
@@ -171,11 +174,7 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     PointAt(main_->lvwSubSystems, RowPlace(4));
     Release();
     EXPECT_THAT(Selected(), testing::AnyOf(2, 3));
-    WhenOpen<frmReliability>([this, row = Selected()](frmReliability* dialog) {
-        EXPECT_EQ(dialog->GetTitle(),
-                  " Radio - " + std::string(Catalogue[7][row].Name) + " Reliability");
-        Click(dialog->cmdCancel);
-    });
+    expectRow(Selected());
     Key(WXK_RETURN);
 
     // A tick while the button is down, which a list of Windows keeps for itself.
@@ -186,10 +185,7 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
         main_->RefreshSubsystems(true);
         Hands().MouseUp();
     });
-    WhenOpen<frmReliability>([this](frmReliability* dialog) {
-        EXPECT_EQ(dialog->GetTitle(), " Radio - Transponder Reliability");
-        Click(dialog->cmdCancel);
-    });
+    expectRow(4);
     PointAt(main_->lvwSubSystems, RowPlace(4));
     pressedAt_ = wxDefaultPosition;
     tick.Start(5);
@@ -198,16 +194,15 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
 }
 
 TEST_F(WindowTest, PlacesFollowTheScaleOfTheDisplay) {
-    std::vector<wxWindow*> controls = {main_->lstSystems, main_->lvwSubSystems, main_->cmdOptions,
-                                       main_->Frame1, main_->lblStatus};
-    std::vector<wxRect> before;
-    for (wxWindow* control : controls) before.push_back(control->GetRect());
+    auto places = [this] {
+        return std::vector{main_->lstSystems->GetRect(), main_->cmdOptions->GetRect(),
+                           main_->Frame1->GetRect(), main_->lblStatus->GetRect()};
+    };
+    auto expected = places();
+    for (wxRect& place : expected) place = wxRect(place.GetPosition() * 2, place.GetSize() * 2);
     wxDPIChangedEvent change(wxSize(96, 96), wxSize(192, 192));
     main_->ProcessWindowEvent(change);
-    for (std::size_t i = 0; i < controls.size(); ++i) {
-        EXPECT_EQ(controls[i]->GetPosition(), before[i].GetPosition() * 2) << i;
-        EXPECT_EQ(controls[i]->GetSize(), before[i].GetSize() * 2) << i;
-    }
+    EXPECT_EQ(places(), expected);
 }
 
 TEST_F(WindowTest, EnterAndSpaceOpenTheDialogAndEscapeLeavesIt) {
@@ -269,19 +264,16 @@ TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
 
 TEST_F(WindowTest, ButtonsSetASystemOrAll) {
     auto accept = [this](wxButton* button, const char* shown, const char* percent) {
-        WhenOpen<frmReliability>([=, this](frmReliability* dialog) {
+        Work<frmReliability>(button, [=, this](frmReliability* dialog) {
             EXPECT_EQ(dialog->GetTitle() + "|" + dialog->cboRelLeft->GetValue() + "." +
                           dialog->cboRelRight->GetValue() + "|" + dialog->cboHours->GetValue(),
                       shown);
-            EXPECT_FALSE(dialog->cmdTest->IsShown());
-            EXPECT_FALSE(dialog->cmdClear->IsShown());
             Type(dialog->cboRelLeft, percent);
             Key(WXK_RETURN);
         });
-        Click(button);
     };
     AddFailure(2, 3);
-    ClickRow(12, [this](frmReliability* dialog) { Click(dialog->cmdCancel); });
+    ClickRow(12, Cancel());
     ChooseSystem(2);
     EXPECT_EQ(Selected(), 1);
     Catalogue[2][1].Reliability = "42.5";
@@ -348,10 +340,8 @@ TEST_F(HardcoreWindowTest, LockRefusesWhatItMustAndNothingElse) {
     }
     EXPECT_EQ(FailureCount, 1);
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
-    WhenOpen<wxFileDialog>([this](wxFileDialog*) { Key(WXK_ESCAPE); });
-    Click(main_->cmdSaveAs);
-    WhenOpen<frmOptions>([this](frmOptions* dialog) { Click(dialog->cmdCancel); });
-    Click(main_->cmdOptions);
+    Work<wxFileDialog>(main_->cmdSaveAs, [this](wxFileDialog*) { Key(WXK_ESCAPE); });
+    Work<frmOptions>(main_->cmdOptions, Cancel());
 
     Land();
     EXPECT_TRUE(main_->lvwSubSystems->IsShown());
@@ -376,7 +366,7 @@ TEST_F(HardcoreWindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
         Click(dialog->cmdCancel);
     });
     AwaitFocus(main_->lstSystems);
-    WhenOpen<frmOptions>([this](frmOptions* dialog) { Click(dialog->cmdCancel); });
+    WhenOpen<frmOptions>(Cancel());
     Key('P', wxMOD_ALT);
 }
 

@@ -8,9 +8,6 @@ namespace quirkmeter {
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 struct Subsystem {
     int System, Number;
 };

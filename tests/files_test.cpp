@@ -11,9 +11,6 @@ namespace quirkmeter {
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class FilesTest : public ProgramTest {
    protected:
     SettingsRecord ReadSettingsFrom(std::string_view content) {

@@ -348,15 +348,9 @@ TEST_F(LinuxLayer, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
     testing::internal::GetCapturedStderr();
 }
 
-// One channel of 4000 16-bit samples, 8000 a second.
-constexpr std::string_view WaveHeader(
-    "RIFF\x64\x1F\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1F\0\0\x80\x3E\0\0\2\0\x10\0data\x40\x1F\0\0",
-    44);
-
 TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
-    std::string samples;
-    for (int i = 0; i < 8000; ++i) samples += static_cast<char>(i * 7 % 251);
-    Write(root_ / "sound.wav", std::string(WaveHeader) + samples);
+    constexpr std::size_t HeaderSize = 44;
+    std::string samples = Content(SOUND_FILE).substr(HeaderSize);
     Write(root_ / "device.conf", "pcm.!default { type file slave.pcm { type null } file \"" +
                                      (root_ / "played").string() + "\" format raw }\n");
     Write(root_ / "none.conf", "\n");
@@ -366,7 +360,7 @@ TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
             fs::current_path(root_);
             setenv("ALSA_CONFIG_PATH", configuration, 1);
             dup2(open("complaints", O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
-            Print(sndPlaySoundA("sound.wav", SoundAsync));
+            Print(sndPlaySoundA(SOUND_FILE, SoundAsync));
         };
     };
     Process player(play("device.conf"));

@@ -27,6 +27,8 @@
 namespace quirkmeter {
 
 namespace inprocess = platform::inprocess;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 /// What the rooms below asked of the main window.
 struct RecordingWindow final : MainWindow {

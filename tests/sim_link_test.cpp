@@ -9,7 +9,6 @@ namespace quirkmeter {
 namespace {
 
 using testing::_;
-using testing::ElementsAre;
 
 using SimLinkTest = ProgramTest;
 

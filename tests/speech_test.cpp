@@ -9,9 +9,6 @@ namespace quirkmeter {
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr std::int16_t Up = 0, Tapped = 1, Down = -32768;
 
 class SpeechTest : public LinkedTest {

@@ -10,9 +10,6 @@ namespace quirkmeter {
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class TickTest : public LinkedTest {
    protected:
     TickTest() {

@@ -24,9 +24,6 @@
 
 namespace quirkmeter {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 inline void HandleEvents() {
     wxTheApp->ProcessPendingEvents();
     wxYield();

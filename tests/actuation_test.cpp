@@ -2,6 +2,7 @@
 
 #include <bit>
 
+#include "hardcore/companion.h"
 #include "program_test.h"
 
 namespace quirkmeter {
@@ -142,13 +143,20 @@ TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));
 }
 
-TEST_F(ActuationTest, PositionResetSlewsToZeroInThreeBatches) {
-    ZeroAircraftPosition();
-    EXPECT_THAT(simulator_.TakeWrites(),
-                ElementsAre(Write{0x05DC, 2, 1}, Write{0x0560, 4, 0}, Write{0x0564, 4, 0},
-                            Write{0x0568, 4, 0}, Write{0x056C, 4, 0}, Write{0x0570, 4, 0},
-                            Write{0x0574, 4, 0}, Write{0x05DC, 2, 0}));
-    EXPECT_EQ(simulator_.Batches, 3);
+TEST_F(ActuationTest, LeavingAFlightUnderTheLockMovesTheAircraftToZeroThreeTimes) {
+    Settings.HardcoreActive = true;
+    LeaveFlight();
+    EXPECT_EQ(simulator_.Batches, 0) << "on the ground";
+    EngineState.Airborne = true;
+    double start = inprocess::Elapsed();
+    LeaveFlight();
+    EXPECT_NEAR(inprocess::Elapsed() - start, 2, 1e-6);
+    EXPECT_EQ(simulator_.Batches, 3 * 3);
+    std::vector<Write> once = {{0x05DC, 2, 1}, {0x0560, 4, 0}, {0x0564, 4, 0}, {0x0568, 4, 0},
+                               {0x056C, 4, 0}, {0x0570, 4, 0}, {0x0574, 4, 0}, {0x05DC, 2, 0}};
+    auto writes = simulator_.TakeWrites();
+    ASSERT_EQ(writes.size(), 3 * once.size());
+    EXPECT_EQ(std::vector(writes.begin(), writes.begin() + 8), once);
 }
 
 }  // namespace

@@ -36,6 +36,7 @@ TEST_F(CompanionTest, StaysAndStartsTheProgramAgainAsItComesAndGoes) {
     };
     Life lives[] = {
         {"started again, closed", {{Starter, 29}, {None, 30}, {Second, 99}, {None, 9}}, 1, 0},
+        {"started again, closed soon", {{Starter, 1}, {None, 1}, {Second, 2}, {None, 9}}, 1, 0},
         {"does not appear", {{Starter, 1}, {None, 1000}}, 1, 30},
         {"ended before the first look", {{None, 1}, {Second, 99}, {None, 9}}, 1, 0},
         {"the first stays, closed late", {{Starter, 30}, {None, 9}}, 0, 0},

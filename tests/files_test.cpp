@@ -129,8 +129,9 @@ TEST_F(FilesTest, OddSettingsChangeNothing) {
     std::string nonsense;
     std::mt19937 random(1);
     for (int i = 0; i < 1'000'000; ++i) nonsense += static_cast<char>(random());
-    nonsense += "\r\n" + std::string(3'000'000, 'x');
-    EXPECT_TRUE(ReadSettingsFrom(nonsense + "\r\nDISPLAYUPDATE=YES").DisplayUpdate);
+    nonsense += "\r\nLASTPROFILE=" + std::string(3'000'000, 'x');
+    EXPECT_EQ(ReadSettingsFrom(nonsense + "\r\nDISPLAYUPDATE=YES"),
+              (SettingsRecord{.LastProfile = "", .DisplayUpdate = true}));
 }
 
 // A folder of its name stands for a file that another program holds.
@@ -205,10 +206,10 @@ TEST_F(FilesTest, ASavedProfileComesBackExactly) {
 }
 
 TEST_F(FilesTest, AProfileIsReadTolerantlyWhereItMayBe) {
-    EXPECT_TRUE(
-        ReadProfileFrom("1#1#150#2\r\n1#1#-0#1000\r\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
-                        "9#1#500#5000\r\n8#15#50#1\r\n1#2#50#5\n1#2#100#999\r\n1#3#" +
-                        std::string(500'000, '0') + "7#1"));
+    EXPECT_TRUE(ReadProfileFrom(
+        "1#1#150#2\r\n1#1#-0#1000\r\n1#1#-1#-1\r\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
+        "9#1#500#5000\r\n8#15#50#1\r\n1#2#50#5\n1#2#100#999\r\n1#3#" +
+        std::string(500'000, '0') + "7#1"));
     EXPECT_EQ(Texts(1, 1), "0#2");
     EXPECT_EQ(Texts(1, 2), "100#999");
     EXPECT_EQ(Texts(1, 3), "7#1");

@@ -118,6 +118,10 @@ TEST_F(FlightTest, TakesOffRetractsAndLandsAndShowsATextForItsSeconds) {
     flight_.Apply({Verb::Land});
     EXPECT_NE(Read(0x0BE8, 4), 0u);
     EXPECT_NE(Read(0x0366, 2), 0u);
+    EXPECT_EQ(Read(0x0AEC, 2), 4u);
+    EXPECT_EQ(Read(0x3304, 4), 0x34000000u);
+    flight_.Apply({Verb::Misbehave, static_cast<int>(Misbehaviour::Old)});
+    EXPECT_EQ(Read(0x3304, 4), 0x19970000u);
 }
 
 TEST_F(FlightTest, AFailureIsInForceForAsLongAsItsWritesKeepComing) {

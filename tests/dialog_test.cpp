@@ -49,7 +49,7 @@ TEST_F(WindowTest, ReliabilityListsShowAndGiveNumbers) {
     for (const auto& row : rows) {
         Catalogue[1][1].Reliability = row.Reliability;
         Catalogue[1][1].Hours = row.Hours;
-        WhenOpen<frmReliability>([&, this](frmReliability* dialog) {
+        modals_.WhenOpen<frmReliability>([&, this](frmReliability* dialog) {
             EXPECT_EQ(dialog->cboRelLeft->GetValue() + "." + dialog->cboRelRight->GetValue() + " " +
                           dialog->cboHours->GetValue(),
                       row.Shown);
@@ -98,7 +98,7 @@ class FileDialogTest : public WindowTest {
 TEST_F(FileDialogTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     Catalogue[1][3].Reliability = "12.5";
     ChooseFile(main_->cmdSaveAs, "a&b");
-    EXPECT_EQ(Heading(), "Sub-systems (a&b)");
+    EXPECT_EQ(Caption(main_->lblSubSystems), "Sub-systems (a&b)");
     Catalogue[1][3].Reliability = "100";
     ChooseFile(main_->cmdOpen, "", "a&b");
     EXPECT_EQ(Catalogue[1][3].Reliability, "100");
@@ -111,7 +111,7 @@ TEST_F(FileDialogTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     ChooseFile(main_->cmdOpen, "b", "a&b");
     EXPECT_THAT(modals_.TakeMessages(), ElementsAre("! Could not read " + Path("b")));
     EXPECT_EQ(Settings.LastProfile, "");
-    EXPECT_EQ(Heading(), "Sub-systems (a&b)");
+    EXPECT_EQ(Caption(main_->lblSubSystems), "Sub-systems (a&b)");
     inprocess::FailCalls("ReplaceFile", 1, 1, 0);
     ChooseFile(main_->cmdSaveAs, "a&b", "b");  // over the old one, without a question
     EXPECT_THAT(modals_.TakeMessages(), ElementsAre("! Could not write " + Path("a&b")));
@@ -223,7 +223,7 @@ TEST_F(SettingsWindowTest, OkStoresEverythingAndCancelNothing) {
 TEST_F(SettingsWindowTest, LettersTypedOneAfterAnotherEachPickAKey) {
     Edit([this](frmSettings* dialog) {
         EXPECT_EQ(dialog->cboStatus->GetCount(), 37u);
-        Type(dialog->cboStatus, "AB", "B");
+        Type(dialog->cboStatus, "AB");
         Key('F', wxMOD_ALT);
         EXPECT_TRUE(Until([dialog] { return dialog->chkDisplayFailures->GetValue(); }));
         EXPECT_EQ(Shown(dialog), "-x-- B None None");

@@ -29,8 +29,6 @@ constexpr char Companion[] = "fsqmhc.exe";
 class Cockpit {
    public:
     Cockpit() {
-        std::string pattern = (fs::temp_directory_path() / "cockpit-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
         // Not by this process: a program cannot be started while a file that is open for writing is
         // being inherited by what another thread starts.
         Process copy({"cp", Built(Program), Built(Companion), folder_});
@@ -69,17 +67,6 @@ class Cockpit {
         std::vector<pid_t> processes = Running(program);
         if (processes.size() == 1) return processes[0];
         throw std::runtime_error(std::to_string(processes.size()) + " of " + program + " run");
-    }
-
-    // The files of the windows, shared blocks and instances that there are.
-    std::vector<std::string> PassingFiles() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder_ / "quirkmeter")) {
-            std::string name = entry.path().filename();
-            for (const char* prefix : {"window-", "mapping-", "instance-"})
-                if (name.starts_with(prefix)) names.push_back(name);
-        }
-        return names;
     }
 
     Process& StartSimulator(std::vector<std::string> options = {"--headless"}) {
@@ -140,7 +127,7 @@ class Cockpit {
         return message;
     }
 
-    fs::path folder_;
+    fs::path folder_ = MakeFolder();
     std::deque<Process> started_;
     std::optional<Process> simulator_;
     std::vector<std::string> lines_;
@@ -214,7 +201,7 @@ void LoseAndRegainTheSimulator() {
     EXPECT_EQ(first.ExitCode(), 0);
     EXPECT_EQ(Content(cockpit.Settings()), "LASTPROFILE=\r\nDISPLAYUPDATE=YES\r\n");
     cockpit.EndSimulator();
-    EXPECT_THAT(cockpit.PassingFiles(), IsEmpty());
+    EXPECT_THAT(PassingFiles(cockpit.File("")), IsEmpty());
 }
 
 // The user's one start: it starts the companion and ends, and the companion starts the program

@@ -81,8 +81,6 @@ int OpenDescriptors() {
 class LinuxLayer : public testing::Test {
    protected:
     LinuxLayer() {
-        std::string pattern = (fs::temp_directory_path() / "layer-XXXXXX").string();
-        root_ = mkdtemp(pattern.data());
         // Longer than the address of a socket can be.
         runtime_ = root_ / std::string(120, 'r');
         fs::create_directory(runtime_);
@@ -92,17 +90,7 @@ class LinuxLayer : public testing::Test {
 
     fs::path Folder() const { return runtime_ / "quirkmeter"; }
 
-    // What lies in the folder for a while only.
-    std::vector<std::string> PassingFiles() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(Folder())) {
-            std::string name = entry.path().filename();
-            if (name.starts_with("window-") || name.starts_with("mapping-")) names.push_back(name);
-        }
-        return names;
-    }
-
-    fs::path root_;
+    fs::path root_ = MakeFolder();
     fs::path runtime_;
 };
 
@@ -132,7 +120,7 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     EXPECT_EQ(Send(window, 0, 60000), 0);
     EXPECT_EQ(GetLastError(), ErrorInvalidWindowHandle);
     EXPECT_EQ(FindWindowA("UIPCMAIN", nullptr), 0u);
-    EXPECT_THAT(PassingFiles(), IsEmpty());
+    EXPECT_THAT(PassingFiles(runtime_), IsEmpty());
 
     Process successor(Owner("UIPCMAIN", ""));
     WindowHandle next = static_cast<WindowHandle>(successor.Number());
@@ -151,7 +139,7 @@ TEST_F(LinuxLayer, AWindowAnswersWhoStillWaitsAndGoesWithoutATrace) {
     EXPECT_EQ(messages, 0) << "the sender has given up";
     DropWindow(window);
     EXPECT_EQ(FindWindowA("Window", nullptr), 0u);
-    EXPECT_THAT(PassingFiles(), IsEmpty());
+    EXPECT_THAT(PassingFiles(runtime_), IsEmpty());
     EXPECT_EQ(OpenDescriptors(), before);
 }
 
@@ -257,13 +245,14 @@ TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
     EXPECT_EQ(CountElsewhere(Name), 102) << "the view holds it";
     EXPECT_TRUE(UnmapViewOfFile(view));
     EXPECT_FALSE(UnmapViewOfFile(view));
-    EXPECT_THAT(PassingFiles(), IsEmpty());
+    EXPECT_THAT(PassingFiles(runtime_), IsEmpty());
     EXPECT_EQ(CountElsewhere(Name), 1) << "new memory is zero";
     mapping = Create("../other");
-    EXPECT_THAT(PassingFiles(), ElementsAre("mapping-%2E%2E%2Fother")) << "what died is swept";
+    EXPECT_THAT(PassingFiles(runtime_), ElementsAre("mapping-%2E%2E%2Fother"))
+        << "what died is swept";
     EXPECT_TRUE(CloseHandle(mapping));
     EXPECT_EQ(Create("huge", 0x7FFFFFFF), 0u);
-    EXPECT_THAT(PassingFiles(), IsEmpty());
+    EXPECT_THAT(PassingFiles(runtime_), IsEmpty());
     EXPECT_EQ(OpenDescriptors(), before);
 }
 

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -53,6 +54,23 @@ inline std::string Content(const std::filesystem::path& path) {
 
 inline void Write(const std::filesystem::path& path, std::string_view content) {
     std::ofstream(path, std::ios::binary) << content;
+}
+
+/// A new folder for a test.
+inline std::filesystem::path MakeFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quirkmeter-XXXXXX").string();
+    return mkdtemp(pattern.data());
+}
+
+/// What lies in the folder in which processes meet for as long as one of them does.
+inline std::vector<std::string> PassingFiles(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "quirkmeter")) {
+        std::string name = entry.path().filename();
+        for (const char* prefix : {"window-", "mapping-", "instance-"})
+            if (name.starts_with(prefix)) names.push_back(name);
+    }
+    return names;
 }
 
 /// A child process, which ends with this object at the latest.

@@ -141,7 +141,7 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     ChooseSystem(7);
     wxPoint pressed;
     auto expectRow = [this, &pressed](long row) {
-        WhenOpen<frmReliability>([this, &pressed, row](frmReliability* dialog) {
+        modals_.WhenOpen<frmReliability>([this, &pressed, row](frmReliability* dialog) {
             pressed = pressedAt_;
             EXPECT_EQ(dialog->GetTitle(),
                       " Radio - " + std::string(Catalogue[7][row].Name) + " Reliability");
@@ -208,7 +208,7 @@ TEST_F(WindowTest, PlacesFollowTheScaleOfTheDisplay) {
 TEST_F(WindowTest, EnterAndSpaceOpenTheDialogAndEscapeLeavesIt) {
     for (int key : {WXK_RETURN, WXK_SPACE}) {
         Focus(main_->lvwSubSystems);
-        WhenOpen<frmReliability>([this](frmReliability* dialog) {
+        modals_.WhenOpen<frmReliability>([this](frmReliability* dialog) {
             EXPECT_EQ(dialog->GetTitle(), " Autopilot - Airspeed Reliability");
             Open(dialog->cboHours);
             Key(WXK_ESCAPE);
@@ -360,7 +360,7 @@ TEST_F(HardcoreWindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
         Click(dialog->cmdCancel);
     });
     AwaitFocus(main_->lstSystems);
-    WhenOpen<frmOptions>(Cancel());
+    modals_.WhenOpen<frmOptions>(Cancel());
     Key('P', wxMOD_ALT);
 }
 

@@ -160,7 +160,7 @@ void Press(const std::string& window, const std::string& key) {
 
 void FlyUntilSystemsFail() {
     Cockpit cockpit;
-    Write(cockpit.File("a=b.qmp"), "1#10#0#0\r\n2#4#0#0\r\n2#5#0#0\r\n6#7#0#0\r\n");
+    Write(cockpit.File("a=b.qmp"), "1#10#0#0\r\n6#7#0#0\r\n");
     Write(cockpit.Settings(), "LASTPROFILE=" + cockpit.File("a=b.qmp").string() +
                                   "\r\nDISPLAYUPDATE=YES\r\nDISPLAYFAILURES=YES\r\n");
     cockpit.StartSimulator();
@@ -168,18 +168,13 @@ void FlyUntilSystemsFail() {
     cockpit.Await("0x3380 128 \"QM:  On hold (not airborne).  No failures.\"");
     cockpit.Tell("takeoff");
     cockpit.Await("\"QM:  Operational.  No failures.\"");
-    cockpit.Await("# gear up");
-    cockpit.Tell("gear down");
-
     cockpit.Await("0x07BC 4 0 Master (autopilot switch)", 3);  // the last write of a tick
     // Drawn at the tenth tick in the air, and written at each one since.
     auto flags = cockpit.Heard("0x0B71 1 1 Pitot Static (failure flag)");
     EXPECT_EQ(flags.size(), 3u);
-    EXPECT_EQ(cockpit.Heard("0x0BDC 4 0 Flaps (control)").size(), 3u);
     double drawn = Seconds(flags.at(0)) - Seconds(cockpit.Heard("# took off")[0]);
     EXPECT_THAT(drawn, AllOf(Ge(9), Lt(30)));
     EXPECT_THAT(cockpit.Heard(" failures... "), testing::SizeIs(Ge(1u)));
-    EXPECT_THAT(cockpit.Heard("0x0BE8"), IsEmpty()) << "the gear is down";
 }
 
 void LoseAndRegainTheSimulator() {

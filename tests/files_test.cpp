@@ -47,7 +47,7 @@ TEST_F(FilesTest, NumbersAreWrittenInSinglePrecisionWithSevenDigits) {
 }
 
 TEST_F(FilesTest, NumbersAreReadAndNothingElse) {
-    std::pair<const char*, double> numbers[] = {{" 99.50 ", 99.5}, {"099.5", 99.5}, {"-0", 0},
+    std::pair<const char*, double> numbers[] = {{" 99.50 ", 99.5}, {"099.5", 99.5}, {"-1", -1},
                                                 {"+5", 5},         {".5", 0.5},     {"5.", 5},
                                                 {"1e1", 10},       {"1E-1", 0.1}};
     for (auto [text, value] : numbers) EXPECT_EQ(ReadNumber(text), value) << text;

@@ -142,13 +142,16 @@ TEST_F(FlightTest, AFailureIsInForceForAsLongAsItsWritesKeepComing) {
     EXPECT_EQ(Read(0x3102, 1), 1u);
     EXPECT_EQ(Read(0x310A, 1), 0u);
     EXPECT_THAT(printed_, Contains("11.500 # pilot switched on Battery (electrical switch)"));
+    flight_.Advance(29.875);
+    EXPECT_EQ(Read(0x0928, 2), 0u);
     flight_.Advance(30);
     EXPECT_EQ(Read(0x0928, 2), 16384u);
     EXPECT_THAT(LitLamps(), ElementsAre("Pitot Static"));
 }
 
 TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {
-    std::istringstream lines("9 land\n\n2.5 takeoff\n  9 pause\n20 quit\n");
+    std::istringstream lines(
+        "9 land\n\n2.5 takeoff\n  9 pause\n10 gear up\n11 gear down\n20 quit\n");
     int badLine = 0;
     auto script = ParseScript(lines, badLine);
     ASSERT_TRUE(script);
@@ -157,9 +160,10 @@ TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {
         printed += EventLine(time, event) + '\n';
     });
     flight.Advance(20);
-    EXPECT_EQ(printed,
-              "2.500 # took off\n6.500 # gear up\n9.000 # gear down\n9.000 # flaps down\n"
-              "9.000 # landed\n9.000 # paused\n20.000 # quit\n");
+    EXPECT_EQ(
+        printed,
+        "2.500 # took off\n6.500 # gear up\n9.000 # gear down\n9.000 # flaps down\n"
+        "9.000 # landed\n9.000 # paused\n10.000 # gear up\n11.000 # gear down\n20.000 # quit\n");
     EXPECT_TRUE(flight.Ended());
 
     for (const char* bad : {"1 takeoff\n\nland\n", "1 land\n2 pause\n-1 quit\n", "\n\n3 climb\n"}) {

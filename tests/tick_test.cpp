@@ -56,8 +56,11 @@ TEST_F(TickTest, StatusLineSaysWhyItIsOnHold) {
 
 TEST_F(TickTest, DrawnFailureIsInForceWithinTheTick) {
     Settings.PlayFailureSound = true;
-    for (auto [s, n] : {std::pair{6, 7}, {7, 1}}) {
+    simulator_.Space.SetValue(0x0BE8, 4, 1);  // the gear
+    simulator_.Space.SetValue(0x0BDC, 4, 1);  // the flaps
+    for (auto [s, n] : {std::pair{6, 7}, {7, 1}, {2, 4}, {2, 5}}) {
         Catalogue[s][n].Reliability = "0";
+        Catalogue[s][n].Hours = s == 2 ? "0" : "1";
         Catalogue[s][n].RangeLow = 0;
         Catalogue[s][n].RangeHigh = 100001;
         Catalogue[s][n].DrawAt = 1;
@@ -73,8 +76,10 @@ TEST_F(TickTest, DrawnFailureIsInForceWithinTheTick) {
     Tick();
     EXPECT_EQ(simulator_.TakeWrites().size(), 2u) << "and stays in force";
     EXPECT_THAT(window_.Refreshes, ElementsAre(true)) << "but nothing is redrawn";
+    simulator_.Space.SetValue(0x0BE8, 4, 0);
     Tick(9);
     EXPECT_EQ(Catalogue[7][1].Elapsed, 2) << "a draw step takes ten ticks";
+    EXPECT_TRUE(Catalogue[2][5].Failed && !Catalogue[2][4].Failed) << "the gear is up";
 }
 
 TEST_F(TickTest, FailureSoundNeedsARiseAndTheSetting) {

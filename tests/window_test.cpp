@@ -226,6 +226,7 @@ TEST_F(WindowTest, EnterAndSpaceOpenTheDialogAndEscapeLeavesIt) {
 TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
     auto press = [this](
                      auto button, const std::function<void()>& meanwhile = [] {}) {
+        Catalogue[1][3].RangeHigh = 1234;
         ClickRow(3, [=, this](frmReliability* dialog) {
             dialog->cboRelLeft->SetStringSelection("5");  // not returned by these buttons
             meanwhile();
@@ -241,10 +242,9 @@ TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
     TestSimulator simulator;
     Tick();
     ASSERT_TRUE(EngineState.Connected);
-    Catalogue[1][3].RangeHigh = 1234;  // new ranges would change it
     press(&frmReliability::cmdTest);
     EXPECT_EQ(Row(3), "red Approach|100%|1 hour of flight|Yes");
-    EXPECT_EQ(Catalogue[1][3].RangeHigh, 1234);
+    EXPECT_EQ(Catalogue[1][3].RangeHigh, 1234) << "no new ranges";
     press(&frmReliability::cmdTest, [this] { Tick(); });
     EXPECT_EQ(FailureCount, 1) << "never twice";
     // A tick under the dialog loses the failure that the button is to test again.
@@ -260,6 +260,7 @@ TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
     EXPECT_EQ(Row(3), "green Approach|100%|1 hour of flight|Never");
     EXPECT_EQ(Row(4), "red Attitude|100%|1 hour of flight|Yes");
     EXPECT_EQ(Selected(), 3);
+    EXPECT_EQ(Catalogue[1][3].RangeHigh, 1234) << "no new ranges";
 }
 
 TEST_F(WindowTest, ButtonsSetASystemOrAll) {

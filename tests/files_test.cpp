@@ -155,9 +155,7 @@ TEST_F(FilesTest, SettingsThatCannotBeReadAreTriedAgainAndNeverReplaced) {
         if (inprocess::Elapsed() > 3) release();
     });
     EXPECT_TRUE(ReadSettings());
-    EXPECT_TRUE(Settings.DisplayUpdate);
-    WriteSettings();
-    EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=\r\nDISPLAYUPDATE=YES\r\n");
+    EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\nDISPLAYUPDATE=YES\r\n");
     EXPECT_EQ(window_.Messages.size(), 2u);
 }
 
@@ -190,7 +188,6 @@ TEST_F(FilesTest, ASavedProfileComesBackExactly) {
     WriteProfile();
     EXPECT_EQ(window_.Heading, "Sub-systems (heavy.qmp)");
     std::string text = ReadFile("heavy.qmp");
-    EXPECT_EQ(std::ranges::count(text, '\n'), 62);
     EXPECT_TRUE(text.starts_with("1#1#99,5#0,5\r\n1#2#100#1\r\n"));
     EXPECT_TRUE(text.ends_with("7#3#100#1\r\n7#4#100#1\r\n"));
     BuildCatalogue();

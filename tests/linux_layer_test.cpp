@@ -68,6 +68,7 @@ std::function<void()> Owner(const char* className, const char* title) {
         Print(OwnWindow(className, title, [](auto message, auto wParam, auto lParam) {
             if (lParam == -1) pause();
             if (lParam == -2) std::raise(SIGKILL);
+            if (lParam == -3) Sleep(600);
             return static_cast<std::intptr_t>(message + wParam) + lParam;
         }));
         for (;;) ServeMessages(1000);
@@ -111,6 +112,8 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     std::uintptr_t reply = 0;
     EXPECT_NE(Send(window, 5, 60000, &reply), 0);
     EXPECT_EQ(reply, 0xFFFFFFFF0000C002 + 0xC001 + 5);
+
+    EXPECT_NE(Send(window, -3, 60000), 0) << "late";
 
     auto start = Clock::now();
     EXPECT_EQ(Send(window, -1, 30), 0);

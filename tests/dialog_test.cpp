@@ -172,18 +172,6 @@ class SettingsWindowTest : public WindowTest {
                      (shift->GetValue() ? "+SHIFT" : "");
         return shown;
     }
-    // The same of the settings, with the codes of the keys and their modifiers.
-    static std::string Stored() {
-        std::ostringstream stored;
-        for (bool on : {Settings.DisplayUpdate, Settings.DisplayFailures, Settings.PlayFailureSound,
-                        Settings.HardcoreMode})
-            stored << (on ? 'x' : '-');
-        for (auto [key, mods] : {std::pair{Settings.StatusHotkey, Settings.StatusHotkeyMods},
-                                 {Settings.ClearHotkey, Settings.ClearHotkeyMods},
-                                 {Settings.ActiveHotkey, Settings.ActiveHotkeyMods}})
-            stored << ' ' << key << '+' << mods;
-        return stored.str();
-    }
     // Sets the controls to what is then shown so.
     static void Set(frmSettings* dialog, const std::string& shown) {
         std::istringstream words(shown);
@@ -200,24 +188,25 @@ class SettingsWindowTest : public WindowTest {
 };
 
 TEST_F(SettingsWindowTest, OkStoresEverythingAndCancelNothing) {
-    std::pair<const char*, const char*> rows[] = {
-        {"---- None None None", "---- 0+0 0+0 0+0"},
-        {"x-x- S+CTRL+SHIFT 9+CTRL 0+SHIFT", "x-x- 83+3 57+1 48+2"},
-        {"-x-- None A+SHIFT Z+CTRL", "-x-- 0+0 65+2 90+1"},
-        {"---- None None None", "---- 0+0 0+0 0+0"}};
-    for (const auto& [shown, stored] : rows) {
+    std::string stored = "---- None None None";
+    auto edit = [this, &stored](const std::string& shown, wxButton* frmSettings::*button) {
         Edit([&, this](frmSettings* dialog) {
+            EXPECT_EQ(Shown(dialog), stored);
             Set(dialog, shown);
-            Click(dialog->cmdOK);
+            Click(dialog->*button);
         });
-        EXPECT_EQ(Stored(), stored);
-        Edit([&, this](frmSettings* dialog) {
-            EXPECT_EQ(Shown(dialog), shown);
-            Set(dialog, "xxx- 1+CTRL 2+SHIFT 3");
-            Click(dialog->cmdCancel);
-        });
-        EXPECT_EQ(Stored(), stored);
+    };
+    for (const char* shown :
+         {"-x-- None A+SHIFT Z+CTRL", "---- None None None", "x-x- S+CTRL+SHIFT 9+CTRL 0+SHIFT"}) {
+        edit("xxx- 1+CTRL 2+SHIFT 3", &frmSettings::cmdCancel);
+        edit(shown, &frmSettings::cmdOK);
+        stored = shown;
     }
+    edit("---- 1 2 3", &frmSettings::cmdCancel);
+    Close();
+    EXPECT_EQ(ReadFile("Quirkmeter.ini"),
+              "LASTPROFILE=\r\nSTATUS_HK=83\r\nSTATUS_HKCS=3\r\nCLEAR_HK=57\r\nCLEAR_HKCS=1\r\n"
+              "ACTIVE_HK=48\r\nACTIVE_HKCS=2\r\nDISPLAYUPDATE=YES\r\nPLAYFAILURESOUND=YES\r\n");
 }
 
 TEST_F(SettingsWindowTest, LettersTypedOneAfterAnotherEachPickAKey) {

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Takes the pictures of docs/pictures from the running programs on a virtual display, at 100 % and at
-# 200 %, and the main window as Windows draws it: ./docs/take-screenshots.sh, after ./run.sh and
-# packaging/windows/build.sh have built everything.
+# usage: take-screenshots.sh [100] [200] [windows]: takes the pictures of docs/pictures from the running
+# programs on a virtual display, at 100 % and at 200 %, and the main window as Windows draws it, or
+# only what is named, after ./run.sh and packaging/windows/build.sh have built everything.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh
-need "${display_packages[@]}" xdotool wine64
+need "${display_packages[@]}" xdotool
 root=$PWD
 folder=$(mktemp -d)
 processes=()
@@ -20,8 +20,11 @@ shoot() {
     local window
     window=$(timeout 10 xdotool search --sync --onlyvisible --name "^$2\$" | tail -1)
     xdotool windowactivate --sync "$window"
+    shoot_active "$1"
+}
+shoot_active() {
     sleep 1
-    import -window "$window" "$root/docs/pictures/$1-$scale.png"
+    import -window "$(xdotool getactivewindow)" "$root/docs/pictures/$1-$scale.png"
     echo "docs/pictures/$1-$scale.png"
 }
 front() { timeout 10 xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync; }
@@ -48,19 +51,26 @@ fly() {
     rm -rf "$folder/fly"
     cmake --install build/release --prefix "$folder/fly" >/dev/null
     cd "$folder/fly"
-    printf '%s\r\n' "LASTPROFILE=$folder/fly/practice.qmp" DISPLAYUPDATE=YES DISPLAYFAILURES=YES \
-        STATUS_HK=83 STATUS_HKCS=3 >Quirkmeter.ini
-    start ./practice-simulator --takeoff-after 2
+    printf '%s\r\n' "LASTPROFILE=$folder/fly/profiles/trainer.qmp" DISPLAYUPDATE=YES \
+        DISPLAYFAILURES=YES STATUS_HK=83 STATUS_HKCS=3 CLEAR_HK=67 CLEAR_HKCS=3 >Quirkmeter.ini
     start ./Quirkmeter
     front "FS2002 Quirkmeter"
-    sleep 35
-    shoot main "FS2002 Quirkmeter"
+    # Instrument, Vacuum.
+    keys Down Down Down Down Down Tab Down Down Down Down Down Down Down Down Return
+    shoot reliability " Instrument - Vacuum Reliability"
+    keys alt+t
+    shoot_active message
+    keys Return
+    start ./practice-simulator --takeoff-after 2
+    front "Practice Simulator"
+    sleep 4
+    front "FS2002 Quirkmeter"
+    keys Return alt+t
+    sleep 2 # the list is filled anew, and the row chosen again
+    keys Up Up Up Up Up Return alt+t
+    sleep 2
     shoot practice-simulator "Practice Simulator"
-    front "FS2002 Quirkmeter"
-    keys Tab Return
-    shoot reliability " Autopilot - Airspeed Reliability"
-    keys Escape
-    front "FS2002 Quirkmeter"
+    shoot main "FS2002 Quirkmeter"
     keys alt+a
     shoot all-reliabilities "All Reliabilities"
     keys Escape alt+p
@@ -71,6 +81,8 @@ fly() {
     front "FS2002 Quirkmeter"
     keys alt+o
     shoot open "Open"
+    keys Escape alt+s
+    shoot save "Save As"
     keys Escape
 
     # Hardcore Mode in the air: the notice in the place of the list.
@@ -87,6 +99,7 @@ fly() {
 }
 
 fly_on_windows() {
+    need wine64
     scale=windows
     export WINEPREFIX=$folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
     open_display
@@ -102,6 +115,10 @@ fly_on_windows() {
     close_display
 }
 
-fly 100
-fly 200
-fly_on_windows
+(($#)) || set -- 100 200 windows
+for what; do
+    case $what in
+    windows) fly_on_windows ;;
+    *) fly "$what" ;;
+    esac
+done

@@ -6,7 +6,7 @@ build_packages=(cmake ninja-build g++ pkg-config libwxgtk3.2-dev libx11-dev libx
 run_packages=(fonts-liberation xdg-utils)
 display_packages=(xvfb openbox imagemagick x11-utils)
 test_packages=(libgtest-dev libgmock-dev libbenchmark-dev libxtst-dev locales xdotool clang-format
-  clang-tidy-16)
+  clang-tidy-16 python3 chromium)
 
 need() {
     local missing=() package sudo=()

@@ -102,7 +102,7 @@ def reality(rows):
 def numbers(rows):
     def setting(row, profile):
         found = row.setting(profile)
-        return f"{found[0]}% / {found[1]}" if found else "-"
+        return f"{found[0]}%&nbsp;/&nbsp;{found[1]}" if found else "-"
 
     heads = [profile.replace("-", " ").capitalize() for profile in PROFILES]
     return table(
@@ -183,9 +183,11 @@ def main():
         if not path.exists() or path.read_bytes() != text.encode("ascii")
     ]
     for path in stale:
-        print(path.relative_to(ROOT), "is not as docs/help_parts.py makes it")
-        if "--check" not in sys.argv:
+        if "--check" in sys.argv:
+            print(path.relative_to(ROOT), "is not as docs/help_parts.py makes it")
+        else:
             path.write_bytes(made[path].encode("ascii"))
+            print(path.relative_to(ROOT))
     return "--check" in sys.argv and len(stale) > 0
 
 

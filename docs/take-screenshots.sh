@@ -48,10 +48,12 @@ fly() {
     scale=$1
     export GDK_SCALE=$((scale / 100))
     open_display
-    rm -rf "$folder/fly"
-    cmake --install build/release --prefix "$folder/fly" >/dev/null
-    cd "$folder/fly"
-    printf '%s\r\n' "LASTPROFILE=$folder/fly/profiles/trainer.qmp" DISPLAYUPDATE=YES \
+    # At home, so that the file dialogs show no other place.
+    export HOME=$folder
+    rm -rf "$HOME/Quirkmeter"
+    cmake --install build/release --prefix "$HOME/Quirkmeter" >/dev/null
+    cd "$HOME/Quirkmeter"
+    printf '%s\r\n' "LASTPROFILE=$PWD/profiles/trainer.qmp" DISPLAYUPDATE=YES \
         DISPLAYFAILURES=YES STATUS_HK=83 STATUS_HKCS=3 CLEAR_HK=67 CLEAR_HKCS=3 >Quirkmeter.ini
     start ./Quirkmeter
     front "FS2002 Quirkmeter"

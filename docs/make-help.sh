@@ -23,4 +23,4 @@ picture open 640
 picture save 640
 picture practice-simulator 680
 # One colour, to be drawn as long as a number is large.
-convert -size 8x8 xc:'#2e8b2e' PNG8:assets/help/bar.png
+convert -size 8x8 xc:'#2e8b2e' -strip PNG8:assets/help/bar.png

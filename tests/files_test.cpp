@@ -202,6 +202,19 @@ TEST_F(FilesTest, ASavedProfileComesBackExactly) {
     EXPECT_EQ(window_.Heading, "Sub-systems (heavy.qmp)");
 }
 
+TEST_F(FilesTest, ReadyMadeProfilesAreAsTheProgramWritesThemInEveryCountry) {
+    inprocess::SetDecimalSeparator(',');
+    int count = 0;
+    for (const auto& file : std::filesystem::directory_iterator(PROFILES_FOLDER)) {
+        std::string text = ReadFile(file.path().string());
+        EXPECT_TRUE(ReadProfileFrom(text)) << file.path();
+        WriteProfile();
+        EXPECT_EQ(ReadFile("heavy.qmp"), text) << file.path();
+        ++count;
+    }
+    EXPECT_EQ(count, 7);
+}
+
 TEST_F(FilesTest, AProfileIsReadTolerantlyWhereItMayBe) {
     EXPECT_TRUE(ReadProfileFrom(
         "1#1#150#2\r\n1#1#-0#1000\r\n1#1#-1#-1\r\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"

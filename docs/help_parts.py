@@ -50,10 +50,10 @@ class Row:
 
 def whole_numbers(rate):
     """(reliability, hours) for a number of failures per hour of flight. Whole numbers, which every
-    regional setting writes alike; over so many hours that one percent more or less is little."""
+    regional setting writes alike; over so many hours that half a percent is little."""
     for hours in (1, 10, 100, 500):
         percent = round(rate * hours * 100)
-        if percent >= 10:
+        if percent >= 5:
             break
     return 100 - percent, hours
 

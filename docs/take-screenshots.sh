@@ -49,7 +49,7 @@ fly() {
     export GDK_SCALE=$((scale / 100))
     open_display
     # At home, so that the file dialogs show no other place.
-    export HOME=$folder
+    export HOME=$folder/pilot
     rm -rf "$HOME/Quirkmeter"
     cmake --install build/release --prefix "$HOME/Quirkmeter" >/dev/null
     cd "$HOME/Quirkmeter"

@@ -307,8 +307,8 @@ unpacked() {
     unzip -q "$zip" -d "$WINEPREFIX/drive_c/$users_folder"
     [ "$(ls "$WINEPREFIX/drive_c/$users_folder")" = Quirkmeter ]
     [ "$(cd "$folder" && LC_ALL=C ls | tr '\n' ' ')" = "LICENSE.txt Quirkmeter.exe Quirkmeter.htm \
-fsqmhc.exe help practice-simulator.exe practice.qmp profiles sound_failure.wav sound_ok.wav \
-sound_warning.wav " ]
+fsqmhc.exe help practice-simulator.exe practice.qmp profiles rehearse.exe sound_failure.wav \
+sound_ok.wav sound_warning.wav " ]
 }
 
 one_job_is_left() { [ "$(jobs -rp | wc -l)" -eq 1 ]; }

@@ -83,6 +83,7 @@ Section Uninstall
     Delete "$INSTDIR\Quirkmeter.exe"
     Delete "$INSTDIR\fsqmhc.exe"
     Delete "$INSTDIR\practice-simulator.exe"
+    Delete "$INSTDIR\rehearse.exe"
     Delete "$INSTDIR\LICENSE.txt"
     Delete "$INSTDIR\Quirkmeter.htm"
     Delete "$INSTDIR\practice.qmp"

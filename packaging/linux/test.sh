@@ -1,0 +1,103 @@
+#!/usr/bin/env bash
+# Packs the programs for Linux and works the archive as a newcomer would, an ordinary user on bare
+# roots of Debian 12: one as debootstrap makes it, one with what the archive asks for. The roots are
+# kept in the user's cache; where they cannot be made, it says so and skips the rest. The first
+# failure ends it, and leaves a picture of the display, build/linux/FAILED.png.
+set -Eeuo pipefail
+cd "$(dirname "$0")/../.."
+. ./packages.sh
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
+patience=60 # seconds
+
+# make_root FOLDER COMMAND...: which fills FOLDER.partial. A root that has its name is whole.
+make_root() {
+    [ ! -d "$1" ] || return 0
+    echo "Making $1"
+    rm -rf "$1.partial"
+    "${@:2}" >"$1.log" 2>&1 && mv "$1.partial" "$1" && return
+    tail -n 5 "$1.log"
+    echo "SKIPPED: no bare root can be made here. Not tried: that the archive runs where it was not"
+    echo "built, and that its entries in the menu come and go without a trace."
+    exit
+}
+bootstrap() {
+    debootstrap --variant=minbase --components=main bookworm "$bare.partial" "$(
+        apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' \
+            'Component: main' | head -n 1
+    )"
+}
+furnish() {
+    cp -a "$bare" "$furnished.partial" && chroot "$furnished.partial" \
+        apt-get install -y --no-install-recommends libglib2.0-bin $packages
+}
+
+if (($# == 0)); then
+    need "${display_packages[@]}" bubblewrap debootstrap desktop-file-utils xdotool
+    packaging/linux/pack.sh
+    # The very packages that the program names when they are missing.
+    packages=$(sed -n 's/^ *Debian.* sudo apt install //p' packaging/linux/start.sh)
+    bare=$cache/bookworm furnished=$cache/bookworm-${packages// /-}
+    mkdir -p "$cache"
+    make_root "$bare" bootstrap
+    make_root "$furnished" furnish
+    exec tests/on_display.sh "$0" "$bare" "$furnished"
+fi
+
+bare=$1 furnished=$2
+cd build/linux
+world=$(mktemp -d)
+home=$world/home log=$world/simulator.log main='FS2002 Quirkmeter'
+# In a folder whose name an entry of the menu has to spell.
+flights='My 100 % "$flights"'
+folder=/home/pilot/$flights/Quirkmeter
+trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$world"' EXIT
+trap 'echo "FAILED: $BASH_COMMAND"; cat "$world/errors"; import -window root FAILED.png' ERR
+
+# on ROOT COMMAND...: as the user; only the home folder and /tmp can be written.
+on() {
+    exec bwrap --ro-bind "$1" / --dev /dev --ro-bind /proc /proc --bind "$world/tmp" /tmp \
+        --ro-bind /tmp/.X11-unix /tmp/.X11-unix --tmpfs /home --bind "$home" /home/pilot \
+        --unshare-user --uid 1000 --gid 1000 --die-with-parent --chdir /home/pilot --clearenv \
+        --setenv HOME /home/pilot --setenv PATH /usr/bin:/bin --setenv DISPLAY "$DISPLAY" \
+        --setenv LC_ALL C.UTF-8 --setenv GSETTINGS_BACKEND memory "${@:2}" 2>>"$world/errors"
+}
+await() { timeout "$patience" bash -c 'until eval "$1"; do sleep 0.1; done' - "$1"; }
+press() {
+    timeout "$patience" xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync
+    xdotool key --delay 100 "${@:2}"
+}
+close() {
+    press "$1" alt+F4
+    await "! xdotool search --onlyvisible --name '^$1\$' >/dev/null 2>&1"
+}
+# Every folder, and every file with its content.
+contents() { (cd "$home" && find . -type d && find . ! -type d -exec sha256sum {} +) | sort; }
+
+mkdir -p "$home/$flights" "$world/tmp/.X11-unix"
+touch "$home/.profile"
+began=$SECONDS
+tar xzf Quirkmeter-*.tar.gz -C "$home/$flights"
+(on "$bare" "$folder/Quirkmeter") && false
+grep -q 'libgtk-3.so.0 is missing' "$world/errors"
+echo "ok without GTK it says what is missing"
+
+# What the README says. The text on the simulator's screen and its time are no failures.
+on "$furnished" "$folder/practice-simulator" >"$log" &
+on "$furnished" "$folder/Quirkmeter" &
+press "$main" alt+o
+press Open ctrl+l $(grep -o . <<<practice) period q m p Return
+await "grep ' 0x' $log | grep -qvE ' 0x(3380|32FA) '"
+echo "ok a failure in flight after $((SECONDS - began)) seconds"
+close "$main"
+close 'Practice Simulator'
+wait
+grep -q 'LASTPROFILE=.*practice.qmp' "$home/$flights/Quirkmeter/program/Quirkmeter.ini"
+
+contents >"$world/before"
+(on "$furnished" "$folder/desktop-entry.sh" install)
+desktop-file-validate "$home"/.local/share/applications/*.desktop
+on "$furnished" gio launch .local/share/applications/quirkmeter-Quirkmeter.desktop &
+close "$main"
+(on "$furnished" "$folder/desktop-entry.sh" remove)
+diff "$world/before" <(contents)
+echo "ok the menu's entries come, work and go without a trace"

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/platform.h"
+
 namespace quirkmeter::practice {
 
 namespace {
@@ -78,11 +80,18 @@ Display::Display(wxWindow* parent) : wxWindow(parent, wxID_ANY) {
     });
 }
 
+void Display::Describe(const char* name, const wxString& shown) {
+    platform::Describe(reinterpret_cast<platform::WindowHandle>(GetHandle()),
+                       platform::ControlKind::Display, wxString(name).ToStdWstring(),
+                       shown.ToStdWstring());
+}
+
 AnnunciatorPanel::AnnunciatorPanel(wxWindow* parent, std::vector<LampRow> rows)
     : Display(parent), rows_(std::move(rows)) {
     SetFont(GetFont().Smaller());
     Measure();
     SetMinSize(size_);
+    DescribeLamps();
 }
 
 void AnnunciatorPanel::Measure() {
@@ -117,14 +126,26 @@ wxSize AnnunciatorPanel::DoGetBestClientSize() const {
     return size_;
 }
 
+void AnnunciatorPanel::DescribeLamps() {
+    wxString lit;
+    for (const LampRow& row : rows_)
+        for (const Lamp& lamp : row.Lamps)
+            if (lamp.State != Light::Dark)
+                lit += (lit.empty() ? "" : ", ") + wxString(row.Title) + " " + lamp.Text;
+    Describe("Annunciators", lit.empty() ? "none lit" : lit);
+}
+
 void AnnunciatorPanel::SetLamps(const std::vector<LampRow>& rows) {
+    bool changed = false;
     for (std::size_t row = 0; row < rows_.size(); ++row) {
         for (std::size_t i = 0; i < rows_[row].Lamps.size(); ++i) {
             if (rows[row].Lamps[i] == rows_[row].Lamps[i]) continue;
             rows_[row].Lamps[i] = rows[row].Lamps[i];
             RefreshRect(places_[row][i], false);
+            changed = true;
         }
     }
+    if (changed) DescribeLamps();
 }
 
 void AnnunciatorPanel::Draw(wxDC& dc) {
@@ -143,6 +164,7 @@ void AnnunciatorPanel::Draw(wxDC& dc) {
 ScreenPanel::ScreenPanel(wxWindow* parent) : Display(parent) {
     SetFont(wxFontInfo(GetFont().GetPointSize() + 1).Family(wxFONTFAMILY_TELETYPE).Bold());
     SetMinSize(DoGetBestClientSize());
+    Describe("The simulator's screen", {});
 }
 
 wxSize ScreenPanel::DoGetBestClientSize() const {
@@ -153,6 +175,7 @@ void ScreenPanel::SetText(const std::string& text) {
     wxString shown = wxString::From8BitData(text.data(), text.size());
     if (shown == text_) return;
     text_ = shown;
+    Describe("The simulator's screen", text_);
     Refresh(false);
 }
 

@@ -17,6 +17,8 @@ class Display : public wxWindow {
 
    protected:
     virtual void Draw(wxDC& dc) = 0;
+    /// For a screen reader.
+    void Describe(const char* name, const wxString& shown);
 };
 
 /// An annunciator panel: a title and its lamps in every row.
@@ -34,6 +36,7 @@ class AnnunciatorPanel : public Display {
 
    private:
     void Measure();
+    void DescribeLamps();
 
     std::vector<LampRow> rows_;
     std::vector<std::vector<wxRect>> places_;  // of the lamps

@@ -140,6 +140,8 @@ wxSizer* PracticeFrame::MakeFlightControls(wxWindow* parent) {
     choices->Add(enginesLabel, wxSizerFlags().CentreVertical());
     choices->Add(engines_);
     choices->Add(misbehaviourLabel, wxSizerFlags().CentreVertical());
+    // The toolkit makes it too low for large texts.
+    misbehaviour_->SetMinSize({-1, GetCharHeight() + FromDIP(18)});
     choices->Add(misbehaviour_);
     switches->Add(choices);
     return switches;

@@ -134,6 +134,21 @@ bool sndPlaySoundA(const char* path, std::uint32_t flags);
 std::intptr_t ShellExecuteA(WindowHandle owner, const char* operation, const char* file,
                             const char* parameters, const char* directory, int showCommand);
 
+// --- For every pair of eyes -------------------------------------------------------------------
+
+/// How much larger than usual the user wants texts, 1 or more, beside the scale of the display.
+/// There must be a display.
+double TextScale();
+
+/// What a control is to the user: one of the system's own, or one that the widget set draws.
+enum class ControlKind { Native, PickList, List, Display };
+
+/// Tells screen readers what a control is called and, where the widget set draws it, what it is and
+/// shows now. They read that when it gets the keyboard, and when it changes while it has it.
+/// `control` is the widget set's handle.
+void Describe(WindowHandle control, ControlKind kind, const std::wstring& name,
+              const std::wstring& shown);
+
 // --- The program and its folder ---------------------------------------------------------------
 
 /// Claims the single instance of a program of that name. True for the first process that asks,

@@ -115,14 +115,16 @@ void frmMain::CreateControls() {
     };
 
     // In tab order. The second heading is as wide as its list, since it names the profile.
+    // Screen readers on Windows take the label made before a list for its name.
     heading("Systems", 120, 120, 735);
-    lblSubSystems = heading("Sub-systems", 120, 2160, 6495);
     wxRect place = look::Twips(panel_, 120, 360, 1695, 1635);
     lstSystems = new wxListBox(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
     look::PaintGreen(lstSystems);
+    look::Describe(lstSystems, platform::ControlKind::Native, "Systems");
 
     place = look::Twips(panel_, 120, 2400, 6495, 3975);
     CreateHardcoreNotice(place);
+    lblSubSystems = heading("Sub-systems", 120, 2160, 6495);
     lvwSubSystems = new wxListCtrl(panel_, wxID_ANY, place.GetPosition(), place.GetSize(),
                                    wxLC_REPORT | wxLC_SINGLE_SEL);
     // The theme would leave a selected row its bright green on a pale ground.
@@ -214,6 +216,7 @@ void frmMain::BindHandlers() {
         FillSubsystemList();
         lvwSubSystems->EnsureVisible(0);
     });
+    lvwSubSystems->Bind(wxEVT_LIST_ITEM_SELECTED, [this](wxListEvent&) { DescribeRow(); });
     lvwSubSystems->Bind(wxEVT_LEFT_DOWN, &frmMain::OnSubSystemsDown, this);
     lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsUp, this);
     // The native list keeps the release of the button for itself and tells of a click.
@@ -270,6 +273,21 @@ void frmMain::FillSubsystemList() {
     SelectRow(1);
     lvwSubSystems->Thaw();
     cmdSetSystemRel->SetLabel("Set" + lstSystems->GetStringSelection() + " &Reliabilities");
+    DescribeRow();
+}
+
+// What the selected row shows, with the titles of its columns.
+void frmMain::DescribeRow() {
+    long row = SelectedRow() - 1;
+    if (row < 0) return;
+    wxString shown = lvwSubSystems->GetItemText(row).Trim(false);
+    for (int column = ReliabilityColumn; column <= FailedColumn; ++column) {
+        wxListItem title;
+        title.SetMask(wxLIST_MASK_TEXT);
+        lvwSubSystems->GetColumn(column, title);
+        shown += ", " + title.GetText() + " " + lvwSubSystems->GetItemText(row, column);
+    }
+    look::Describe(lvwSubSystems, platform::ControlKind::List, "Sub-systems", shown);
 }
 
 void frmMain::ShowSubsystem(int system, int subsystem) {

@@ -57,6 +57,7 @@ class frmMain final : public wxFrame, public MainWindow {
     void FillSubsystemList();
     void ShowSubsystem(int system, int subsystem);
     void SelectRow(int row);
+    void DescribeRow();
     int SelectedSystem() const;
     int SelectedRow() const;
     int RowAt(const wxPoint& place) const;

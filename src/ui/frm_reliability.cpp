@@ -81,16 +81,17 @@ void frmReliability::CreateControls(bool single) {
     SetFont(look::Text());
     SetClientSize(look::Twips(this, 6000, 1830));
 
-    auto list = [this](const wxArrayString& entries, int left) {
+    auto list = [this](const char* name, const wxArrayString& entries, int left) {
         wxRect place = look::Twips(this, left, 240, 855, 345);
-        return new PickList(this, entries, place.GetPosition(), place.GetSize());
+        return new PickList(this, name, entries, place.GetPosition(), place.GetSize());
     };
     auto label = [this](const char* text, int left, int top, int width, int height,
                         const wxFont& font) {
         wxRect place = look::Twips(this, left, top, width, height);
         auto* control = new wxStaticText(this, wxID_ANY, text, place.GetPosition(), place.GetSize(),
                                          wxST_NO_AUTORESIZE);
-        control->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_HIGHLIGHTTEXT));
+        control->SetForegroundColour(
+            look::ReadableOnDarkGrey(wxSystemSettings::GetColour(wxSYS_COLOUR_HIGHLIGHTTEXT)));
         control->SetFont(font);
         look::MakeRoomForText(control);
     };
@@ -99,12 +100,13 @@ void frmReliability::CreateControls(bool single) {
         return new wxButton(this, id, caption, place.GetPosition(), place.GetSize(), wxBU_EXACTFIT);
     };
 
-    cboRelLeft = list(PercentEntries(), 120);
+    // A label made before a list would become its name.
+    cboRelLeft = list("Reliability, whole percent", PercentEntries(), 120);
+    cboRelRight = list("Reliability, thousandths of a percent", ThousandthEntries(), 1320);
+    cboHours = list("Based on hours of flight", HourEntries(), 3720);
     label(".", 1080, 240, 135, 375, look::Black());
-    cboRelRight = list(ThousandthEntries(), 1320);
     label("%", 2280, 240, 375, 375, look::Black());
     label("based on", 2760, 360, 855, 255, look::Text());
-    cboHours = list(HourEntries(), 3720);
     label("hours of flight", 4680, 360, 1695, 255, look::Text());
     cmdAccept = button(wxID_OK, "&Accept", 120, 840);
     cmdCancel = button(wxID_CANCEL, "&Cancel", 120, 1320);

@@ -99,12 +99,14 @@ void frmSettings::AddHotkey(wxSizer* column, const char* title, PickList*& list,
     label->SetForegroundColour(look::Yellow);
     column->Add(label, wxSizerFlags().Border(wxTOP, FromDIP(8)));
 
-    list = new PickList(this, KeyEntries(), wxDefaultPosition, FromDIP(wxSize(90, -1)));
+    list = new PickList(this, title, KeyEntries(), wxDefaultPosition,
+                        wxSize(look::Twips(this, 1350, 0).GetWidth(), -1));
     auto* row = new wxBoxSizer(wxHORIZONTAL);
     auto middle = wxSizerFlags().CenterVertical().Border(wxRIGHT, FromDIP(12));
     row->Add(list, middle);
-    auto modifier = [this, row, middle](const char* caption) {
+    auto modifier = [this, title, row, middle](const char* caption) {
         auto* box = new wxCheckBox(this, wxID_ANY, caption);
+        look::Describe(box, platform::ControlKind::Native, wxString(title) + ", " + caption);
         box->SetForegroundColour(look::White);
         row->Add(box, middle);
         return box;

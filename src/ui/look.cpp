@@ -15,6 +15,11 @@ constexpr char Face[] = "Arial";
 constexpr int TwipsPerPixel = 15;
 constexpr int DiscSizes[] = {16, 20, 24, 32, 48};
 
+wxPoint FromTwips(const wxWindow* window, int x, int y) {
+    double scale = platform::TextScale() / TwipsPerPixel;
+    return window->FromDIP(wxPoint(static_cast<int>(x * scale), static_cast<int>(y * scale)));
+}
+
 // How much of a pixel the disc covers, by samples: a smooth edge on every platform alike.
 double Coverage(int x, int y, int size) {
     constexpr int Samples = 4;
@@ -59,12 +64,12 @@ void ScalePlaces(wxWindow* window, const wxDPIChangedEvent& event) {
 }  // namespace
 
 wxSize Twips(const wxWindow* window, int width, int height) {
-    return window->FromDIP(wxSize(width / TwipsPerPixel, height / TwipsPerPixel));
+    wxPoint corner = FromTwips(window, width, height);
+    return {corner.x, corner.y};
 }
 
 wxRect Twips(const wxWindow* window, int left, int top, int width, int height) {
-    return {window->FromDIP(wxPoint(left / TwipsPerPixel, top / TwipsPerPixel)),
-            Twips(window, width, height)};
+    return {FromTwips(window, left, top), Twips(window, width, height)};
 }
 
 wxFont Text() {
@@ -81,6 +86,19 @@ wxFont Large() {
 
 wxFont Black() {
     return wxFontInfo(12).FaceName("Arial Black").Weight(wxFONTWEIGHT_HEAVY);
+}
+
+wxColour ReadableOnDarkGrey(const wxColour& colour) {
+    return colour.GetLuminance() > 0.6 ? colour : White;
+}
+
+// What has the keyboard may be a part of the control.
+void Describe(wxWindow* control, platform::ControlKind kind, const wxString& name,
+              const wxString& shown) {
+    for (wxWindow* part : control->GetChildren())
+        if (part->AcceptsFocus()) control = part;
+    platform::Describe(reinterpret_cast<platform::WindowHandle>(control->GetHandle()), kind,
+                       name.ToStdWstring(), shown.ToStdWstring());
 }
 
 void FollowDisplayScale(wxWindow* window) {

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "model/main_window.h"
+#include "platform/platform.h"
 
 namespace quirkmeter::look {
 
@@ -23,7 +24,8 @@ inline const wxColour Red(255, 0, 0);
 inline const wxColour White(255, 255, 255);
 inline const wxColour Yellow(255, 255, 0);
 
-/// Layouts are given in twips: 1/1440 inch, 15 to a pixel at 96 dots per inch.
+/// Layouts are given in twips: 1/1440 inch, 15 to a pixel at 96 dots per inch. They grow with the
+/// texts that the user wants.
 wxSize Twips(const wxWindow* window, int width, int height);
 wxRect Twips(const wxWindow* window, int left, int top, int width, int height);
 
@@ -31,6 +33,13 @@ wxFont Text();  // the size of nearly everything
 wxFont Bold();
 wxFont Large();  // bold, for what must be seen first
 wxFont Black();  // the two signs beside the pick lists
+
+/// The colour where it can be read on the dialogs' dark grey, else white.
+wxColour ReadableOnDarkGrey(const wxColour& colour);
+
+/// Tells screen readers what a control is called and, where the toolkit draws it, what it shows.
+void Describe(wxWindow* control, platform::ControlKind kind, const wxString& name,
+              const wxString& shown = {});
 
 /// Keeps a layout of fixed places in scale when its window comes to a display of another scale.
 void FollowDisplayScale(wxWindow* window);

@@ -24,10 +24,10 @@ bool IsAccessKey(const wxEvent& event) {
 
 }  // namespace
 
-PickList::PickList(wxWindow* parent, const wxArrayString& entries, const wxPoint& position,
-                   const wxSize& size)
-    : wxOwnerDrawnComboBox(parent, wxID_ANY, wxEmptyString, position, size, entries,
-                           wxCB_READONLY) {
+PickList::PickList(wxWindow* parent, const wxString& name, const wxArrayString& entries,
+                   const wxPoint& position, const wxSize& size)
+    : wxOwnerDrawnComboBox(parent, wxID_ANY, wxEmptyString, position, size, entries, wxCB_READONLY),
+      name_(name) {
     SetFont(look::Bold());
     look::PaintGreen(this);
     Bind(wxEVT_CHAR_HOOK, &PickList::OnCharHook, this);
@@ -46,6 +46,7 @@ void PickList::Pick(const wxString& entry) {
 void PickList::SetSelection(int entry) {
     wxOwnerDrawnComboBox::SetSelection(entry);
     selected_ = entry;
+    Describe();
 }
 
 // Once the list has been open, the toolkit would have its window take the keyboard instead, and no
@@ -58,9 +59,10 @@ void PickList::SetCanFocus(bool) {
 // again for another.
 bool PickList::ProcessEvent(wxEvent& event) {
     if (IsAccessKey(event)) return false;
-    if (event.GetEventType() == wxEVT_COMBOBOX &&
-        std::exchange(selected_, GetSelection()) == GetSelection())
-        return true;
+    if (event.GetEventType() == wxEVT_COMBOBOX) {
+        if (std::exchange(selected_, GetSelection()) == GetSelection()) return true;
+        Describe();
+    }
     return wxOwnerDrawnComboBox::ProcessEvent(event);
 }
 
@@ -99,6 +101,10 @@ void PickList::PressDefaultButton() {
     wxCommandEvent press(wxEVT_BUTTON, button->GetId());
     press.SetEventObject(button);
     button->Command(press);
+}
+
+void PickList::Describe() {
+    look::Describe(this, platform::ControlKind::PickList, name_, GetValue());
 }
 
 void PickList::OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const {

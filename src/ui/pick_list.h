@@ -8,8 +8,9 @@ namespace quirkmeter {
 
 class PickList final : public wxOwnerDrawnComboBox {
    public:
-    PickList(wxWindow* parent, const wxArrayString& entries, const wxPoint& position,
-             const wxSize& size);
+    /// `name` is what a screen reader calls it.
+    PickList(wxWindow* parent, const wxString& name, const wxArrayString& entries,
+             const wxPoint& position, const wxSize& size);
 
     /// Picks the entry of that text as a user does: wxEVT_COMBOBOX follows unless it is selected
     /// already.
@@ -25,8 +26,10 @@ class PickList final : public wxOwnerDrawnComboBox {
     void OnCharHook(wxKeyEvent& event);
     void OnChar(wxKeyEvent& event);
     void PressDefaultButton();
+    void Describe();
     wxString FindTyped() const;
 
+    wxString name_;
     int selected_ = wxNOT_FOUND;  // as it was when the last change was told
     wxString typed_;
     wxMilliClock_t lastTyped_ = 0;

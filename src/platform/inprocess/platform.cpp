@@ -361,6 +361,12 @@ bool FileExists(const std::string& path) {
     return std::filesystem::exists(path, error);
 }
 
+double TextScale() {
+    return 1;
+}
+
+void Describe(WindowHandle, ControlKind, const std::wstring&, const std::wstring&) {}
+
 bool HoldsPath(const std::wstring&) {
     return !Fails("HoldsPath");
 }

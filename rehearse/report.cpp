@@ -85,6 +85,20 @@ void WriteHtmlBars(std::ostream& out, const std::string& heading, const std::str
     out << "</table>\n";
 }
 
+// Where few are expected, standard errors say little: two flights where one in twenty was expected
+// lie beyond eight of them, and come in every thousandth rehearsal. There the chance of so many
+// flights or more is held against the chance of four standard errors or more.
+bool ByChance(std::int64_t flights, double expected) {
+    constexpr double FewExpected = 25;
+    constexpr double FourStandardErrors = 3.2e-5;
+    if (expected > FewExpected) return false;
+    double chance = std::exp(-expected);
+    double fewer = 0;
+    for (std::int64_t n = 0; n < flights; chance *= expected / static_cast<double>(++n))
+        fewer += chance;
+    return 1 - fewer > FourStandardErrors;
+}
+
 }  // namespace
 
 std::string TextReport(const Rehearsal& rehearsal) {
@@ -144,15 +158,17 @@ std::string CsvReport(const Rehearsal& rehearsal) {
 
 Comparison Compare(const Rehearsal& rehearsal) {
     const Tally& flown = rehearsal.Flown;
+    auto all = static_cast<double>(flown.Flights);
     Comparison comparison;
     std::ostringstream out;
     out << "                                   calculated    rehearsed  standard errors\n";
     auto row = [&](const std::string& name, double exact, std::int64_t flights) {
         double share = flown.ShareOfFlights(flights);
         double apart = share - exact;
-        double error = std::sqrt(exact * (1 - exact) / static_cast<double>(flown.Flights));
+        double error = std::sqrt(exact * (1 - exact) / all);
         if (error > 0) apart /= error;
-        bool beyond = error > 0 ? std::abs(apart) > 4 : apart != 0;
+        bool beyond =
+            error > 0 ? std::abs(apart) > 4 && !ByChance(flights, exact * all) : apart != 0;
         comparison.Beyond += beyond;
         out << std::left << std::setw(35) << name << std::right << std::setw(10) << Percent(exact)
             << std::setw(13) << Percent(share) << std::setw(17) << std::fixed

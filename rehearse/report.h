@@ -26,7 +26,7 @@ std::string CsvReport(const Rehearsal& rehearsal);
 /// The calculated chances beside those of the flights.
 struct Comparison {
     std::string Text;
-    int Beyond = 0;  // chances that lie further apart than four standard errors
+    int Beyond = 0;  // chances further apart than four standard errors are, or what is as unlikely
 };
 Comparison Compare(const Rehearsal& rehearsal);
 

@@ -43,8 +43,8 @@ int RangeWidth(int system, int subsystem) {
 // Read from the system's own controls: the same on every system.
 TEST_F(WindowTest, EveryTextIsShownAsItStands) {
     EXPECT_EQ(Texts(main_),
-              "FS2002 Quirkmeter|Systems|Sub-systems| Autopilot| Control| Electrical| Engine| Fuel|"
-              " Instrument| Radio|Component|Reliability|Based on|Failed|Set &All Reliabilities|"
+              "FS2002 Quirkmeter|Systems| Autopilot| Control| Electrical| Engine| Fuel| Instrument|"
+              " Radio|Sub-systems|Component|Reliability|Based on|Failed|Set &All Reliabilities|"
               "Set Autopilot &Reliabilities|&Clear All Failures|&Save Profile|&Open Profile|"
               "O&ptions|Status|FSUIPC - No connection to Flight Simulator.");
     for (int system = 1; system <= 7; ++system) {
@@ -62,11 +62,11 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
             Click(dialog->cmdCancel);
         };
     };
-    ClickRow(1, expect(" Radio - ADF Reliability|[100]|.|[000]|%|based on|[1]|hours of flight|"
+    ClickRow(1, expect(" Radio - ADF Reliability|[100]|[000]|[1]|.|%|based on|hours of flight|"
                        "&Accept|&Cancel|&Test Failure|Clear &Failure"));
     Work<frmReliability>(
         main_->cmdSetAllRel,
-        expect("All Reliabilities|[100]|.|[000]|%|based on|[1]|hours of flight|&Accept|&Cancel"));
+        expect("All Reliabilities|[100]|[000]|[1]|.|%|based on|hours of flight|&Accept|&Cancel"));
     Work<frmOptions>(main_->cmdOptions, [&](frmOptions* dialog) {
         EXPECT_EQ(Texts(dialog), "Help|&Help|&Settings|&Cancel|FSQM Version 1.3");
         Work<frmSettings>(
@@ -82,7 +82,8 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
                 testing::HasSubstr(
                     " Radio|Hardcore Mode ON.|The following options are not available while "
                     "airborne:|Sub-systems display|Reliability setting|Failure clearing|"
-                    "Failure displaying|Profile opening|Deactivating|Set &All Reliabilities|"));
+                    "Failure displaying|Profile opening|Deactivating|Sub-systems|"
+                    "Set &All Reliabilities|"));
 }
 
 TEST_F(WindowTest, RowsShowWhatCanFailAndWhatHas) {

@@ -78,12 +78,12 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
                    "Activate/Deactivate QM Hotkey|[None]|CTRL|SHIFT|&OK|&Cancel"));
     });
     main_->ShowSubsystemList(false);
-    EXPECT_THAT(Texts(main_),
-                testing::HasSubstr(
-                    " Radio|Hardcore Mode ON.|The following options are not available while "
-                    "airborne:|Sub-systems display|Reliability setting|Failure clearing|"
-                    "Failure displaying|Profile opening|Deactivating|Sub-systems|"
-                    "Set &All Reliabilities|"));
+    EXPECT_THAT(
+        Texts(main_),
+        testing::HasSubstr(" Radio|Hardcore Mode ON.|The following options are not available while "
+                           "airborne:|Sub-systems display|Reliability setting|Failure clearing|"
+                           "Failure displaying|Profile opening|Deactivating|Sub-systems|"
+                           "Set &All Reliabilities|"));
 }
 
 TEST_F(WindowTest, RowsShowWhatCanFailAndWhatHas) {

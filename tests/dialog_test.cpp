@@ -196,8 +196,8 @@ TEST_F(SettingsWindowTest, OkStoresEverythingAndCancelNothing) {
             Click(dialog->*button);
         });
     };
-    for (const char* shown :
-         {"-x-- None A+SHIFT Z+CTRL", "---- None None None", "x-x- S+CTRL+SHIFT 9+CTRL 0+SHIFT"}) {
+    for (const char* shown : {"-x-- S+SHIFT A+SHIFT Z+CTRL", "---- None None None",
+                              "x-x- S+CTRL+SHIFT 9+CTRL 0+SHIFT"}) {
         edit("xxx- 1+CTRL 2+SHIFT 3", &frmSettings::cmdCancel);
         edit(shown, &frmSettings::cmdOK);
         stored = shown;

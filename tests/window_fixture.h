@@ -13,6 +13,7 @@
 #include <wx/uiaction.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <deque>
 
@@ -121,8 +122,14 @@ class Modals final : public wxModalDialogHook, private wxTimer {
     // for them; it rests in between, or handling events would have no end.
     void Notify() override {
         StartOnce(Pulse);
-        if (open_.empty() || open_.back().At == Stage::BeingAnswered) return;
+        if (open_.empty()) return;
         Modal& last = open_.back();
+        if (last.At == Stage::BeingAnswered) {
+            if (last.Since.Time() < 5 * Patience) return;
+            // A box that the toolkit knows nothing of holds it up, and nobody can close that.
+            ADD_FAILURE() << "\"" << last.Dialog->GetTitle() << "\" is never answered to the end";
+            std::_Exit(EXIT_FAILURE);
+        }
         if (last.At == Stage::Opening && native::HasKeyboard(last.Dialog)) {
             last.At = Stage::BeingAnswered;
             Act act = last.ToDo;

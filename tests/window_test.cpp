@@ -82,8 +82,7 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
         Texts(main_),
         testing::HasSubstr(" Radio|Hardcore Mode ON.|The following options are not available while "
                            "airborne:|Sub-systems display|Reliability setting|Failure clearing|"
-                           "Failure displaying|Profile opening|Deactivating|Sub-systems|"
-                           "Set &All Reliabilities|"));
+                           "Failure displaying|Profile opening|Deactivating|Sub-systems|"));
 }
 
 TEST_F(WindowTest, RowsShowWhatCanFailAndWhatHas) {

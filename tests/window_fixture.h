@@ -88,8 +88,8 @@ class Modals final : public wxModalDialogHook, private wxTimer {
     std::function<void(wxMessageDialogBase*)> Meanwhile = [](auto*) {};
 
    private:
-    static constexpr int Pulse = 5;             // milliseconds
-    static constexpr int Patience = 20 * 1000;  // milliseconds
+    static constexpr int Pulse = 5;           // milliseconds
+    static constexpr long Patience = 20'000;  // milliseconds
 
     /// False for a dialog that is not the one to act on.
     using Act = std::function<bool(wxDialog*)>;

@@ -96,8 +96,10 @@ TEST_F(RehearsalTest, AStallEndsByItselfAndComesAgain) {
 TEST_F(RehearsalTest, TheFlightsOfASeedAreTheSameInAnyOrder) {
     SetAll("95", "1");
     Tally all = Fly(), parts;
-    RehearsalAircraft aircraft(plan_);
-    for (std::int64_t batch = Batches(plan_); batch-- > 0;) aircraft.FlyBatch(batch, parts);
+    {
+        RehearsalAircraft aircraft(plan_);
+        for (std::int64_t batch = Batches(plan_); batch-- > 0;) aircraft.FlyBatch(batch, parts);
+    }
     EXPECT_TRUE(std::ranges::equal(all.Counts(), parts.Counts()));
     plan_.Seed = 2;
     EXPECT_FALSE(std::ranges::equal(all.Counts(), Fly().Counts()));

@@ -32,11 +32,13 @@ install() {
     cp quirkmeter.png "$icons"
     for program in *; do
         [[ -L $program ]] || continue
+        dropped=
+        [[ $program != rehearse ]] || dropped=' %f'
         cat >"$entries/quirkmeter-$program.desktop" <<END
 [Desktop Entry]
 Type=Application
 Name=$(title_of "$program")
-Exec=env "$(argument "$program")"
+Exec=env "$(argument "$program")"$dropped
 Icon=quirkmeter
 Categories=Game;Simulation;
 StartupWMClass=$program

@@ -206,7 +206,7 @@ TEST_F(FilesTest, ReadyMadeProfilesAreAsTheProgramWritesThemInEveryCountry) {
     inprocess::SetDecimalSeparator(',');
     int count = 0;
     for (const auto& file : std::filesystem::directory_iterator(PROFILES_FOLDER)) {
-        std::string text = ReadFile(file.path().string());
+        std::string text = ReadFile(file.path().generic_string());
         EXPECT_TRUE(ReadProfileFrom(text)) << file.path();
         WriteProfile();
         EXPECT_EQ(ReadFile("heavy.qmp"), text) << file.path();

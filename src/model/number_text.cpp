@@ -10,29 +10,6 @@ namespace quirkmeter {
 
 namespace {
 
-constexpr std::string_view Digits = "0123456789";
-
-// from_chars also takes "inf", "nan" and lets a number begin or end anywhere; this does not.
-bool LooksLikeNumber(std::string_view text) {
-    auto skipDigits = [&text] {
-        std::size_t count = std::min(text.find_first_not_of(Digits), text.size());
-        text.remove_prefix(count);
-        return count;
-    };
-    std::size_t digits = skipDigits();
-    if (text.starts_with('.')) {
-        text.remove_prefix(1);
-        digits += skipDigits();
-    }
-    if (digits == 0) return false;
-    if (text.starts_with('e') || text.starts_with('E')) {
-        text.remove_prefix(1);
-        if (text.starts_with('+') || text.starts_with('-')) text.remove_prefix(1);
-        if (skipDigits() == 0) return false;
-    }
-    return text.empty();
-}
-
 std::string_view Trimmed(std::string_view text) {
     while (text.starts_with(' ')) text.remove_prefix(1);
     while (text.ends_with(' ')) text.remove_suffix(1);
@@ -60,11 +37,14 @@ std::optional<double> ReadPointNumber(std::string_view text) {
     text = Trimmed(text);
     bool negative = text.starts_with('-');
     if (negative || text.starts_with('+')) text.remove_prefix(1);
-    if (!LooksLikeNumber(text)) return std::nullopt;
+    // from_chars also takes "inf", "nan" and a sign of its own, and leaves what is behind a number.
+    if (text.find_first_of("0123456789.") != 0) return std::nullopt;
 
     double value = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || value > std::numeric_limits<float>::max()) return std::nullopt;
+    if (error != std::errc{} || end != text.data() + text.size() ||
+        value > std::numeric_limits<float>::max())
+        return std::nullopt;
     return negative ? -value : value;
 }
 

@@ -1,7 +1,6 @@
 #include "model/random.h"
 
 #include <bit>
-#include <random>
 
 #include "platform/platform.h"
 
@@ -9,8 +8,16 @@ namespace quirkmeter {
 
 namespace {
 
-std::mt19937_64 Generator;
+std::uint64_t State = 0;
 std::uint32_t SeededWith = 0;
+
+// SplitMix64. A new seed costs it nothing, where most generators fill a table with each.
+std::uint64_t NextBits() {
+    State += 0x9E3779B97F4A7C15;
+    std::uint64_t bits = (State ^ State >> 30) * 0xBF58476D1CE4E5B9;
+    bits = (bits ^ bits >> 27) * 0x94D049BB133111EB;
+    return bits ^ bits >> 31;
+}
 
 // What the sequence has come to is mixed with the clock, so that the same second of another day
 // does not bring back the same flight.
@@ -18,20 +25,20 @@ void SeedFromClock() {
     auto clock = std::bit_cast<std::uint32_t>(static_cast<float>(platform::SecondsSinceMidnight()));
     if (clock == SeededWith) return;
     SeededWith = clock;
-    Generator.seed(Generator() ^ clock);
+    State = NextBits() ^ clock;
 }
 
 }  // namespace
 
 std::int32_t RandomInRange(std::int32_t high, std::int32_t low) {
     SeedFromClock();
-    double r = std::generate_canonical<double, 53>(Generator);
+    double r = static_cast<double>(NextBits() >> 11) * 0x1p-53;
     double width = static_cast<double>(high) - low + 1;
     return static_cast<std::int32_t>(static_cast<std::int64_t>(r * width) + low);
 }
 
 void ResetRandom(std::uint64_t sequence) {
-    Generator.seed(std::mt19937_64::default_seed + sequence);
+    State = sequence;
     SeededWith = 0;
 }
 

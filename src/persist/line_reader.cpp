@@ -1,5 +1,8 @@
 #include "persist/line_reader.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace quirkmeter {
 
 int LineReader::Peek() {
@@ -22,12 +25,15 @@ bool LineReader::Next(std::string& line) {
     line.clear();
     if (Peek() == EndOfFile) return false;
     bool tooLong = false;
-    int character = Get();
-    for (; character != EndOfFile && character != '\n' && character != '\r'; character = Get()) {
-        tooLong = tooLong || line.size() == MaxLine;
-        if (!tooLong) line.push_back(static_cast<char>(character));
-    }
-    if (character == '\r' && Peek() == '\n') Get();
+    do {
+        std::string_view unread(buffer_.data() + at_, size_ - at_);
+        auto end = std::ranges::find_if(unread, [](char c) { return c == '\n' || c == '\r'; });
+        auto length = static_cast<std::size_t>(end - unread.begin());
+        tooLong = tooLong || length > MaxLine - line.size();
+        if (!tooLong) line.append(unread, 0, length);
+        at_ += length;
+    } while (at_ == size_ && Peek() != EndOfFile);
+    if (Get() == '\r' && Peek() == '\n') Get();
     if (tooLong) line.clear();
     return true;
 }

@@ -54,7 +54,14 @@ bool InRange(float value, float max) {
     return value >= 0 && value <= max;
 }
 
-LineFault ApplyLine(std::string_view text) {
+// What a profile sets, by the numbers of the sub-systems. Of several lines for one the last counts,
+// so that only the last becomes a text.
+struct Setting {
+    std::optional<float> Reliability, Hours;
+};
+using SettingTable = Setting[SystemSlots + 1][SubsystemSlots + 1];
+
+LineFault TakeLine(std::string_view text, SettingTable& settings) {
     ProfileLine line{};
     if (LineFault fault = ParseLine(text, line)) return fault;
     bool useReliability = InRange(line.Reliability, MaxReliability);
@@ -62,11 +69,18 @@ LineFault ApplyLine(std::string_view text) {
     if (!useReliability && !useHours) return nullptr;
     if (line.System < 1 || line.System > SystemSlots) return "there is no such system";
     if (line.Subsystem < 1 || line.Subsystem > SubsystemSlots) return "there is no such sub-system";
-    SubsystemEntry& entry =
-        Catalogue[static_cast<int>(line.System)][static_cast<int>(line.Subsystem)];
-    if (useReliability) entry.Reliability = NumberText(line.Reliability);
-    if (useHours) entry.Hours = NumberText(line.Hours);
+    Setting& setting = settings[static_cast<int>(line.System)][static_cast<int>(line.Subsystem)];
+    if (useReliability) setting.Reliability = line.Reliability;
+    if (useHours) setting.Hours = line.Hours;
     return nullptr;
+}
+
+std::optional<ProfileFault> TakeLines(LineReader& file, SettingTable& settings) {
+    std::string text;
+    for (int line = 1; file.Next(text); ++line)
+        if (LineFault fault = TakeLine(text, settings)) return ProfileFault{line, fault};
+    if (!file.Ok()) return ProfileFault{0, "the file cannot be read"};
+    return std::nullopt;
 }
 
 void ShowProfileName() {
@@ -78,11 +92,15 @@ void ShowProfileName() {
 
 std::optional<ProfileFault> ApplyProfile(const std::string& path) {
     LineReader file(path);
-    std::string text;
-    for (int line = 1; file.Next(text); ++line)
-        if (LineFault fault = ApplyLine(text)) return ProfileFault{line, fault};
-    if (!file.Ok()) return ProfileFault{0, "the file cannot be read"};
-    return std::nullopt;
+    SettingTable settings;
+    std::optional<ProfileFault> fault = TakeLines(file, settings);
+    for (int s = 1; s <= SystemSlots; ++s)
+        for (int n = 1; n <= SubsystemSlots; ++n) {
+            auto [reliability, hours] = settings[s][n];
+            if (reliability) Catalogue[s][n].Reliability = NumberText(*reliability);
+            if (hours) Catalogue[s][n].Hours = NumberText(*hours);
+        }
+    return fault;
 }
 
 void WriteProfile() {

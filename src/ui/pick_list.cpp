@@ -107,6 +107,11 @@ void PickList::Describe() {
     look::Describe(this, platform::ControlKind::PickList, name_, GetValue());
 }
 
+// The layout says how wide it is. The toolkit would measure the text of every entry.
+wxSize PickList::DoGetBestSize() const {
+    return GetSizeFromTextSize(0);
+}
+
 void PickList::OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const {
     // The toolkit paints the entry that is highlighted in the open list, and nothing else.
     bool highlighted = (flags & wxODCB_PAINTING_SELECTED) && !(flags & wxODCB_PAINTING_CONTROL);

@@ -21,6 +21,7 @@ class PickList final : public wxOwnerDrawnComboBox {
     bool ProcessEvent(wxEvent& event) override;
 
    private:
+    wxSize DoGetBestSize() const override;
     void OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const override;
     void OnDrawItem(wxDC& dc, const wxRect& rect, int item, int flags) const override;
     void OnCharHook(wxKeyEvent& event);

@@ -26,6 +26,7 @@ bool Companion::OwnCompanionWindow() {
     window_ = platform::OwnWindow(
         "ThunderRT6FormDC", "FSQMHC",
         [](std::uint32_t, std::uintptr_t, std::intptr_t) { return std::intptr_t{0}; });
+    if (window_ != 0) platform::ShowInTaskBar(window_);
     return window_ != 0;
 }
 

@@ -1,49 +1,28 @@
-// fsqmhc.exe: a minimised window for as long as Quirkmeter runs in Hardcore Mode.
-#include <wx/app.h>
-#include <wx/frame.h>
-#include <wx/timer.h>
+// fsqmhc.exe: a minimised window for as long as Quirkmeter runs in Hardcore Mode. The parameter that
+// Quirkmeter passes means nothing.
+#include <chrono>
+#include <cstdlib>
 
 #include "companion.h"
 
-namespace quirkmeter {
+namespace {
 
-class CompanionFrame final : public wxFrame {
-   public:
-    CompanionFrame() : wxFrame(nullptr, wxID_ANY, "FSQMHC"), timer_(this) {
-        Bind(wxEVT_TIMER, [this](wxTimerEvent&) {
-            if (!companion_.Tick()) Close(true);
-        });
+using Clock = std::chrono::steady_clock;
+
+void ServeUntil(Clock::time_point end) {
+    using namespace quirkmeter::platform;
+    for (auto now = Clock::now(); now < end && !TerminationRequested(); now = Clock::now()) {
+        auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now);
+        ServeMessages(static_cast<std::uint32_t>(left.count()));
     }
+}
 
-    bool Start() { return companion_.Start() && timer_.Start(1000); }
+}  // namespace
 
-   private:
-    Companion companion_{"\\" QUIRKMETER_PROGRAM};
-    wxTimer timer_;
-};
-
-class CompanionApp final : public wxApp {
-   public:
-    // The parameter that Quirkmeter passes means nothing.
-    bool OnInit() override {
-        // Whether the session may end is only a question, and gone with it would be the flight.
-        Bind(wxEVT_QUERY_END_SESSION, [](wxCloseEvent&) {});
-        return true;
-    }
-
-    // Not in OnInit, where ending at once would be an error.
-    int OnRun() override {
-        auto* window = new CompanionFrame;
-        if (!window->Start()) {
-            window->Destroy();
-            return 0;
-        }
-        window->Iconize();
-        window->Show();
-        return wxApp::OnRun();
-    }
-};
-
-}  // namespace quirkmeter
-
-wxIMPLEMENT_APP(quirkmeter::CompanionApp);
+int main() {
+    using namespace quirkmeter;
+    Companion companion("\\" QUIRKMETER_PROGRAM);
+    if (!companion.Start()) return EXIT_SUCCESS;
+    do ServeUntil(Clock::now() + std::chrono::seconds(1));
+    while (!platform::TerminationRequested() && companion.Tick());
+}

@@ -70,10 +70,14 @@ using MessageHandler = std::function<std::intptr_t(std::uint32_t message, std::u
                                                    std::intptr_t lParam)>;
 
 /// Makes a top-level window of that class and title, which FindWindowExA finds from then on until
-/// DropWindow or the end of the process, however it ends. The window is not visible. 0 on failure.
+/// DropWindow or the end of the process, however it ends. It is not visible yet. 0 on failure.
 /// The thread that owns a window must call ServeMessages for it.
 WindowHandle OwnWindow(const char* className, const char* title, MessageHandler handler);
 void DropWindow(WindowHandle window);
+
+/// Shows an owned window as a minimised one, in the task bar, where there is a display. To close it
+/// is to ask the process to end (TerminationRequested).
+void ShowInTaskBar(WindowHandle window);
 
 /// Calls the handlers for the messages sent to this thread's windows, waiting for at most
 /// `milliseconds`; returns after the messages that had arrived, or when the time is up.

@@ -213,6 +213,8 @@ void DropWindow(WindowHandle window) {
     TheWorld.Windows.erase(window);
 }
 
+void ShowInTaskBar(WindowHandle) {}
+
 void ServeMessages(std::uint32_t milliseconds) {
     Sleep(milliseconds);
 }
@@ -324,6 +326,7 @@ std::int16_t GetAsyncKeyState(int virtualKey) {
 }
 
 bool sndPlaySoundA(const char* path, std::uint32_t flags) {
+    if (Fails("sndPlaySoundA")) return false;
     TheWorld.Sounds.push_back(FileName(path) + (flags == SoundAsync ? "" : " waited for"));
     return true;
 }
@@ -331,7 +334,7 @@ bool sndPlaySoundA(const char* path, std::uint32_t flags) {
 std::intptr_t ShellExecuteA(WindowHandle, const char* operation, const char* file,
                             const char* parameters, const char* directory, int showCommand) {
     TheWorld.ShellRuns.push_back({operation, file, parameters, directory, showCommand});
-    return FileExists(file) ? 33 : 2;
+    return !Fails("ShellExecuteA") && FileExists(file) ? 33 : 2;
 }
 
 bool ClaimSingleInstance(const char*) {
@@ -357,6 +360,7 @@ std::string FileName(const std::string& path) {
 }
 
 bool FileExists(const std::string& path) {
+    if (Fails("FileExists")) return false;
     std::error_code error;
     return std::filesystem::exists(path, error);
 }

@@ -41,11 +41,13 @@ double SecondsSinceMidnight() {
     return std::fmod(seconds + static_cast<double>(now.tv_nsec) / 1e9, 86400);  // a leap second
 }
 
+// Whether there is an instance is waited for as long as it takes: what is taken for ended because it
+// could not be seen might be started a second time.
 bool ClaimSingleInstance(const char* program) {
     static HeldFile instance;
     if (instance) return true;
     std::string prefix = InstancePrefix(program);
-    FolderLock lock;
+    FolderLock lock(FolderLock::ForEver);
     if (!lock || !LiveFiles(lock, prefix).empty()) return false;
     instance = HeldFile(lock, prefix + std::to_string(getpid()), O_CREAT | O_EXCL);
     return static_cast<bool>(instance);
@@ -53,7 +55,7 @@ bool ClaimSingleInstance(const char* program) {
 
 std::uint32_t InstanceProcess(const char* program) {
     std::string prefix = InstancePrefix(program);
-    FolderLock lock;
+    FolderLock lock(FolderLock::ForEver);
     if (!lock) return 0;
     std::vector<std::string> files = LiveFiles(lock, prefix);
     return files.empty() ? 0 : static_cast<std::uint32_t>(std::atoi(&files[0][prefix.size()]));

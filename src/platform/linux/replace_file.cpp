@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -53,7 +54,7 @@ bool WriteAll(int file, std::string_view content) {
 }
 
 // Takes the room first: with none left, the old content stands.
-bool WriteInPlace(const fs::path& path, const struct stat& old, std::string_view content) {
+bool WriteOver(const fs::path& path, const struct stat& old, std::string_view content) {
     FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
     if (!file) return false;
     if (!Reserve(file.Number(), content.size())) {
@@ -63,6 +64,15 @@ bool WriteInPlace(const fs::path& path, const struct stat& old, std::string_view
     return WriteAll(file.Number(), content) &&
            ftruncate(file.Number(), static_cast<off_t>(content.size())) == 0 &&
            fsync(file.Number()) == 0;
+}
+
+// By a child, which goes on when this process is killed: else the file might keep both the new
+// content and the end of a longer old one.
+bool WriteInPlace(const fs::path& path, const struct stat& old, std::string_view content) {
+    pid_t writer = fork();
+    if (writer == 0) _exit(WriteOver(path, old, content) ? 0 : 1);
+    int status = 1;
+    return writer > 0 && TEMP_FAILURE_RETRY(waitpid(writer, &status, 0)) == writer && status == 0;
 }
 
 }  // namespace

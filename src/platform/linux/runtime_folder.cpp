@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -61,6 +62,9 @@ FileDescriptor OpenFile(int folder, const std::string& name, int flags) {
 constexpr int MostAttempts = 10;
 constexpr std::uint32_t AttemptPause = 5;  // milliseconds
 
+constexpr std::chrono::seconds LockPatience{2};
+constexpr std::uint32_t LockPause = 1;  // milliseconds
+
 bool IsPassing(int error) {
     return error == EINTR || error == EMFILE || error == ENFILE || error == ENOMEM;
 }
@@ -90,10 +94,15 @@ FileDescriptor OpenRuntimeFolder() {
     return FileDescriptor();
 }
 
-FolderLock::FolderLock() : folder_(OpenRuntimeFolder()) {
-    if (folder_ && !Lock(folder_.Number(), LOCK_EX)) {
-        SetLastError(ErrorAccessDenied);
-        folder_.Close();
+FolderLock::FolderLock(bool forEver) : folder_(OpenRuntimeFolder()) {
+    auto end = std::chrono::steady_clock::now() + LockPatience;
+    while (folder_ && !Lock(folder_.Number(), LOCK_EX | LOCK_NB)) {
+        if (errno == EWOULDBLOCK && (forEver || std::chrono::steady_clock::now() < end)) {
+            Sleep(LockPause);
+        } else {
+            SetLastError(ErrorAccessDenied);
+            folder_.Close();
+        }
     }
 }
 

@@ -22,10 +22,12 @@ FileDescriptor OpenRuntimeFolder();
 
 /// Waits until no other process works on the folder, then keeps them out for its lifetime. A thread
 /// can have one at a time. Everything done under it is short, and leaves the folder usable when the
-/// process is killed half-way.
+/// process is killed half-way. Empty, with the last error set, when another process keeps it for 2
+/// seconds, as one that was stopped does, unless it is to be waited for.
 class FolderLock {
    public:
-    FolderLock();
+    static constexpr bool ForEver = true;
+    explicit FolderLock(bool forEver = false);
     explicit operator bool() const { return static_cast<bool>(folder_); }
     int Folder() const { return folder_.Number(); }
 

@@ -14,11 +14,13 @@
 #include <cstdio>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/last_error.h"
 #include "platform/linux/names.h"
 #include "platform/linux/runtime_folder.h"
+#include "platform/linux/task_bar.h"
 #include "platform/platform.h"
 
 namespace quirkmeter::platform {
@@ -40,6 +42,8 @@ struct OwnedWindow {
     HeldFile File;
     FileDescriptor Listener;
     MessageHandler Handler;
+    std::string Title;
+    std::optional<TaskBarEntry> Entry;
     std::vector<FileDescriptor> Senders;
 };
 
@@ -266,6 +270,7 @@ WindowHandle OwnWindow(const char* className, const char* title, MessageHandler 
     window->File = HeldFile(lock, FileOf(window->Handle), O_CREAT | O_EXCL);
     window->Listener = Listen(lock, window->Handle);
     window->Handler = std::move(handler);
+    window->Title = title ? title : "";
     if (!window->Handle || !window->Listener ||
         write(window->File.Number(), texts.data(), texts.size()) !=
             static_cast<ssize_t>(texts.size())) {
@@ -285,6 +290,12 @@ void DropWindow(WindowHandle handle) {
     window->File.Release();
     window->Listener.Close();
     window->Senders.clear();
+    window->Entry.reset();
+}
+
+void ShowInTaskBar(WindowHandle handle) {
+    auto found = std::ranges::find(OwnedWindows, handle, &OwnedWindow::Handle);
+    if (found != OwnedWindows.end()) (*found)->Entry.emplace((*found)->Title.c_str());
 }
 
 void ServeMessages(std::uint32_t milliseconds) {
@@ -294,6 +305,7 @@ void ServeMessages(std::uint32_t milliseconds) {
         WaitForSenders(deadline);
         auto windows = OwnedWindows;  // a handler may make and drop windows
         for (const auto& window : windows) {
+            if (window->Entry) window->Entry->Serve();
             AcceptSenders(*window);
             answered |= AnswerSenders(*window);
         }

@@ -11,6 +11,8 @@ namespace quirkmeter::platform {
 
 namespace {
 
+constexpr int ProgramIcon = 1;  // its number in every program
+
 thread_local std::map<HWND, std::shared_ptr<MessageHandler>> Handlers;
 std::atomic<bool> CloseRequested = false;
 
@@ -67,9 +69,10 @@ WindowHandle OwnWindow(const char* className, const char* title, MessageHandler 
     windowClass.cbSize = sizeof windowClass;
     windowClass.lpfnWndProc = OwnedWindowProcedure;
     windowClass.hInstance = ::GetModuleHandleA(nullptr);
+    windowClass.hIcon = ::LoadIconA(windowClass.hInstance, MAKEINTRESOURCEA(ProgramIcon));
     windowClass.lpszClassName = className;
     ::RegisterClassExA(&windowClass);  // fails, to no harm, where it is registered already
-    HWND window = ::CreateWindowExA(0, className, title, WS_OVERLAPPED, 0, 0, 0, 0, nullptr,
+    HWND window = ::CreateWindowExA(0, className, title, WS_OVERLAPPEDWINDOW, 0, 0, 0, 0, nullptr,
                                     nullptr, windowClass.hInstance, nullptr);
     if (window) Handlers[window] = std::make_shared<MessageHandler>(std::move(handler));
     return reinterpret_cast<WindowHandle>(window);
@@ -78,6 +81,10 @@ WindowHandle OwnWindow(const char* className, const char* title, MessageHandler 
 void DropWindow(WindowHandle window) {
     Handlers.erase(Native(window));
     ::DestroyWindow(Native(window));
+}
+
+void ShowInTaskBar(WindowHandle window) {
+    ::ShowWindow(Native(window), SW_SHOWMINNOACTIVE);
 }
 
 void ServeMessages(std::uint32_t milliseconds) {

@@ -44,7 +44,7 @@ class AnnunciatorPanel : public Display {
 };
 
 /// The simulator's screen, with the text that a client has put there.
-class ScreenPanel : public Display {
+class ScreenPanel final : public Display {
    public:
     explicit ScreenPanel(wxWindow* parent);
     void SetText(const std::string& text);

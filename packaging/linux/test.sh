@@ -6,25 +6,13 @@
 set -Eeuo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
-cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
+. packaging/roots.sh
 patience=60 # seconds
 
-# make_root FOLDER COMMAND...: which fills FOLDER.partial. A root that has its name is whole.
-make_root() {
-    [ ! -d "$1" ] || return 0
-    echo "Making $1"
-    rm -rf "$1.partial"
-    "${@:2}" >"$1.log" 2>&1 && mv "$1.partial" "$1" && return
-    tail -n 5 "$1.log"
+skip() {
     echo "SKIPPED: no bare root can be made here. Not tried: that the archive runs where it was not"
     echo "built, and that its entries in the menu come and go without a trace."
     exit
-}
-bootstrap() {
-    debootstrap --variant=minbase --components=main bookworm "$bare.partial" "$(
-        apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' \
-            'Component: main' | head -n 1
-    )"
 }
 furnish() {
     cp -a "$bare" "$furnished.partial" && chroot "$furnished.partial" \
@@ -37,9 +25,8 @@ if (($# == 0)); then
     # The very packages that the program names when they are missing.
     packages=$(sed -n 's/^ *Debian.* sudo apt install //p' packaging/linux/start.sh)
     bare=$cache/bookworm furnished=$cache/bookworm-${packages// /-}
-    mkdir -p "$cache"
-    make_root "$bare" bootstrap
-    make_root "$furnished" furnish
+    make_root "$bare" bootstrap "$bare.partial" || skip
+    make_root "$furnished" furnish || skip
     exec tests/on_display.sh "$0" "$bare" "$furnished"
 fi
 

@@ -1,36 +1,30 @@
 #!/usr/bin/env bash
 # Builds the Windows programs on a Debian machine. Everything they need is in them, so that they run
-# with no DLL beside them. They come to build/windows-x86_64/hangar, with --32 to
-# build/windows-i686/hangar, together with the files that belong beside them.
+# with no DLL beside them. They come to build/windows/hangar, together with the files that belong
+# beside them.
 #
 # What is missing is installed with apt. The widget set is built from Debian's own source package,
-# with toolkit.patch on top, once for each architecture, version and set of switches, and kept in the
-# user's cache. A build that was stopped goes on where it was. Exit status 75: that package cannot be
-# fetched now.
+# with toolkit.patch on top, once for each version and set of switches, and kept in the user's cache.
+# A build that was stopped goes on where it was. Exit status 75: that package cannot be fetched now.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
 
-case "$*" in
-"") arch=x86_64 ;;
---32) arch=i686 ;;
-*)
-    echo "usage: $0 [--32]" >&2
-    exit 2
-    ;;
-esac
-host=$arch-w64-mingw32
+host=i686-w64-mingw32
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
 jobs=$(nproc)
 
-# docview and dataview stay on: the headers refuse without them.
+# docview and dataview stay on: the headers refuse without them. What the programs do not use and the
+# rest of the toolkit would bring along makes each of them larger.
 switches=(
-    --host="$host" CC="$host-gcc-posix" CXX="$host-g++-posix" --disable-shared --enable-monolithic
+    --host="$host" CC="$host-gcc-posix" CXX="$host-g++-posix"
+    CFLAGS=-Os CXXFLAGS=-Os --disable-shared --enable-monolithic
     --without-libpng --without-libjpeg --without-libtiff --without-zlib --without-expat
     --without-opengl --without-regex --without-nanosvg
     --disable-xrc --disable-webview --disable-richtext --disable-aui --disable-propgrid
     --disable-ribbon --disable-stc --disable-html --disable-mediactrl --disable-sockets
     --disable-protocol --disable-fs_zip --disable-grid --disable-svg
+    --disable-printarch --disable-graphics_ctx --disable-mdi
 )
 
 # logged NAME COMMAND...: what it prints goes to a log, whose end is shown if it fails.
@@ -126,20 +120,20 @@ build_toolkit() {
 }
 
 mkdir -p "$cache"
-need cmake dpkg-dev make ninja-build wx3.2-headers "g++-mingw-w64-${arch/_/-}-posix"
+need cmake dpkg-dev make ninja-build wx3.2-headers g++-mingw-w64-i686-posix
 version=$(dpkg-query -W -f '${Version}' wx3.2-headers)
 patch=$PWD/packaging/windows/toolkit.patch
 sources=$cache/wxwidgets-$version-$(sha256sum <"$patch" | cut -c 1-8)
-toolkit=$sources-$arch-$(sha256sum <<<"${switches[*]}" | cut -c 1-8)
+toolkit=$sources-$(sha256sum <<<"${switches[*]}" | cut -c 1-8)
 objects=$toolkit.objects
 if [ ! -d "$toolkit" ]; then
     flock 9 # one at a time: the sources are the same for all
     build_toolkit
 fi 9>"$cache/lock"
 
-build=build/windows-$arch
+build=build/windows
 cmake -G Ninja -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
-    -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" -DMINGW_ARCHITECTURE="$arch" \
+    -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" \
     -DCMAKE_FIND_ROOT_PATH="$toolkit" \
     -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config" >/dev/null
 cmake --build "$build" -j "$jobs"

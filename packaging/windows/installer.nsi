@@ -1,6 +1,6 @@
 ; Installs for one user, without an administrator: the program writes its settings beside itself.
-; VERSION, FOLDER (what to install), TARGET and OUTPUT come from pack.sh.
-Target ${TARGET}
+; VERSION, FOLDER (what to install) and OUTPUT come from pack.sh.
+Target x86-unicode
 SetCompressor /SOLID lzma
 RequestExecutionLevel user
 ManifestDPIAware true

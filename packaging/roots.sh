@@ -1,0 +1,22 @@
+# Roots of Debian 12 in which the packages are tried, each made once and kept in the user's cache.
+# Sourced by the trials.
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
+
+# make_root FOLDER COMMAND...: which fills FOLDER.partial. A root that has its name is whole.
+make_root() {
+    [ ! -d "$1" ] || return 0
+    echo "Making $1" >&2
+    mkdir -p "$cache"
+    rm -rf "$1.partial"
+    "${@:2}" >"$1.log" 2>&1 && mv "$1.partial" "$1" && return
+    tail -n 5 "$1.log" >&2
+    return 1
+}
+
+# bootstrap FOLDER [OPTION]...
+bootstrap() {
+    debootstrap --variant=minbase --components=main "${@:2}" bookworm "$1" "$(
+        apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' \
+            'Component: main' | head -n 1
+    )"
+}

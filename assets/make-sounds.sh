@@ -16,7 +16,7 @@ make() {
         read -r seconds low high <<<"$tone"
         parts+=("|sox -n -r 22050 -c 1 -p synth $seconds sine $low sine $high remix - fade q 0.01 $seconds 0.06")
     done
-    sox "${parts[@]}" -b 16 "$raw"
+    sox --no-dither "${parts[@]}" -b 16 "$raw"
     local level
     level=$(sox "$raw" -n stats 2>&1 | awk '/RMS lev dB/ { print $4 }')
     sox --no-dither "$raw" "$name" gain "$(awk "BEGIN { print $loudness - ($level) }")"

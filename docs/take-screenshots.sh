@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# usage: take-screenshots.sh [100] [200] [windows]: takes the pictures of docs/pictures from the running
-# programs on a virtual display, at 100 % and at 200 %, and the main window as Windows draws it, or
-# only what is named, after ./run.sh and packaging/windows/build.sh have built everything.
+# usage: take-screenshots.sh [100] [200] [rehearsal] [windows]: takes the pictures of docs/pictures from
+# the running programs on a virtual display, at 100 % and at 200 %, a report of rehearse in a browser,
+# and the main window as Windows draws it, or only what is named, after ./run.sh and
+# packaging/windows/build.sh have built everything.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh
@@ -12,6 +13,7 @@ processes=()
 trap 'kill "${processes[@]}" 2>/dev/null || true; rm -rf "$folder"' EXIT
 mkdir -p docs/pictures
 export XDG_RUNTIME_DIR=$folder GSETTINGS_BACKEND=memory
+export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$HOME/.cache} # Wine's, whatever the home folder is below
 
 start() { "$@" >/dev/null 2>&1 & processes+=($!); }
 
@@ -100,26 +102,39 @@ fly() {
     close_display
 }
 
+rehearse() {
+    local sandbox=()
+    ((EUID)) || sandbox=(--no-sandbox)
+    need chromium
+    build/release/bin/rehearse assets/profiles/light-twin.qmp --engines 2 --seed 1 \
+        --html "$folder/report.htm" >/dev/null
+    chromium --headless --disable-gpu --hide-scrollbars --window-size=800,1160 "${sandbox[@]}" \
+        --user-data-dir="$folder/browser" --screenshot="$root/docs/pictures/rehearsal.png" \
+        "file://$folder/report.htm" >/dev/null 2>&1
+    echo docs/pictures/rehearsal.png
+}
+
 fly_on_windows() {
-    need wine64
+    local wine=$root/packaging/windows/wine.sh
     scale=windows
     export WINEPREFIX=$folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
     open_display
-    cp -r build/windows-x86_64/hangar "$folder/hangar"
+    cp -r build/windows/hangar "$folder/hangar"
     cd "$folder/hangar"
     printf '%s\r\n' "LASTPROFILE=Z:${PWD//\//\\}\practice.qmp" DISPLAYFAILURES=YES >Quirkmeter.ini
-    /usr/lib/wine/wine64 wineboot --init >/dev/null 2>&1
-    start /usr/lib/wine/wine64 practice-simulator.exe --takeoff-after 2
-    start /usr/lib/wine/wine64 Quirkmeter.exe
+    "$wine" wine wineboot --init >/dev/null 2>&1
+    start "$wine" wine practice-simulator.exe --takeoff-after 2
+    start "$wine" wine Quirkmeter.exe
     sleep 40
     shoot main "FS2002 Quirkmeter"
-    /usr/lib/wine/wineserver64 -k || true
+    "$wine" wineserver -k || true
     close_display
 }
 
-(($#)) || set -- 100 200 windows
+(($#)) || set -- 100 200 rehearsal windows
 for what; do
     case $what in
+    rehearsal) rehearse ;;
     windows) fly_on_windows ;;
     *) fly "$what" ;;
     esac

@@ -23,17 +23,14 @@ class FailureDrawTest : public ProgramTest {
         ForEachSubsystem([&](int, int, SubsystemEntry& entry) {
             entry.Reliability = reliability;
             entry.Hours = hours;
-            entry.Elapsed = 0;
         });
         ComputeFailureRanges();
     }
 
     // A draw step as it comes in flight, ten ticks after the last.
-    void Step(int count = 1) {
-        for (int i = 0; i < count; ++i) {
-            inprocess::AdvanceClock(10);
-            DrawStep(0, 0);
-        }
+    void Step() {
+        inprocess::AdvanceClock(10);
+        DrawStep(0, 0);
     }
 
     // Takes the failures out of the list, so that the sub-systems can fail again.
@@ -47,91 +44,42 @@ class FailureDrawTest : public ProgramTest {
     double Chance() { return (Catalogue[1][1].RangeHigh - Catalogue[1][1].RangeLow) / 100001.0; }
 };
 
-TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliabilityAndLieAnywhere) {
+// The flights of torture/hours check all the rest; this needs floating point as every processor has
+// it, and texts that no user can enter.
+TEST_F(FailureDrawTest, RangesHaveTheWidthOfTheReliability) {
     std::pair<const char*, int> widths[] = {{"100", 0},    {"99.999", 1}, {"99", 1000},
                                             {"90", 10000}, {"0", 100000}, {"x", 0}};
     for (auto [reliability, width] : widths) {
         SetAll(reliability, "y");  // unreadable: the default
-        std::int32_t lowest = 100000, highest = 0;
         ForEachSubsystem([&](int, int, const SubsystemEntry& entry) {
             EXPECT_EQ(entry.RangeHigh - entry.RangeLow, width) << reliability;
             EXPECT_TRUE(1 <= entry.DrawAt && entry.DrawAt <= 360);
-            lowest = std::min(lowest, entry.RangeLow);
-            highest = std::max(highest, entry.RangeHigh);
         });
-        EXPECT_TRUE(0 <= lowest && lowest < 15000) << lowest;
-        EXPECT_TRUE(85000 < highest && highest <= 100000) << highest;
     }
-    Step(400);
-    EXPECT_EQ(FailureCount, 0);
 }
 
-// Ranges of one number at and beside the one that the draw is going to give.
-TEST_F(FailureDrawTest, ADrawFailsFromTheLowEndToBelowTheHighOne) {
-    SubsystemEntry& entry = Catalogue[1][1];
-    entry.Reliability = "0";
-    entry.DrawAt = 1;
+TEST_F(FailureDrawTest, EveryRunBeginsAtItsOwnClockReading) {
     std::set<std::int32_t> draws;
     for (int i = 0; i < 20; ++i) {
         inprocess::AdvanceClock(10);
         ResetRandom();
-        std::int32_t r = RandomInRange(100000, 0);
-        draws.insert(r);
-        for (int low : {-1, 0, 1}) {
-            entry.RangeLow = r + low;
-            entry.RangeHigh = r + low + 1;
-            entry.Elapsed = 0;
-            ResetRandom();
-            DrawStep(0, 0);
-            EXPECT_EQ(TakeFailures(), low == 0) << r << ' ' << low;
-        }
+        draws.insert(RandomInRange(100000, 0));
     }
-    EXPECT_GT(draws.size(), 15u) << "every run begins at its own clock reading";
+    EXPECT_GT(draws.size(), 15u);
 }
 
-TEST_F(FailureDrawTest, OneDrawAPeriodAtItsStep) {
+// Where a processor keeps more digits than a double has, a period could end a step late.
+TEST_F(FailureDrawTest, TenthsOfAnHourAreExact) {
     SubsystemEntry& entry = Catalogue[1][1];
-    entry.Reliability = "0";
-    entry.DrawAt = 200;
-    entry.RangeHigh = 100001;
-    Step(199);
-    EXPECT_FALSE(entry.Failed);
-    Step();
-    EXPECT_TRUE(entry.Failed);
-    entry.DrawAt = 201;
-    Step();
-    EXPECT_EQ(FailureCount, 1) << "a failed sub-system is never added again";
-    TakeFailures();
-    Step(158);
-    EXPECT_EQ(entry.Elapsed, 359);
-    Step();
-    EXPECT_EQ(entry.Elapsed, 0);
-    EXPECT_EQ(FailureCount, 0);
-    // 0.0125 hours are 4.5 steps: half to even.
-    entry.Hours = "0.0125";
-    entry.Elapsed = 3;
-    for (int i = 0; i < 200; ++i) {
-        ComputeFailureRanges();
-        EXPECT_LE(entry.DrawAt, 4);
+    for (int tenths = 1; tenths <= 9; ++tenths) {
+        entry.Reliability = "0";
+        entry.Hours = "0." + std::to_string(tenths);
+        entry.Elapsed = 36 * tenths - 2;
+        Step();
+        EXPECT_EQ(entry.Elapsed, 36 * tenths - 1) << tenths;
+        Step();
+        EXPECT_EQ(entry.Elapsed, 0) << tenths;
     }
-    EXPECT_EQ(entry.Elapsed, 3) << "the period goes on";
-}
-
-TEST_F(FailureDrawTest, GearAndFlapsWaitWhileOutAndMissingEnginesAreSkipped) {
-    SetAll("0", "0.0");
-    EngineState.EngineCount = 2;
-    const SubsystemEntry& flaps = Catalogue[2][4];
-    SubsystemEntry& gear = Catalogue[2][5];
-    Catalogue[1][1].Reliability = "100";
-    gear.Elapsed = 5;
-    DrawStep(1, 0);
-    EXPECT_EQ(gear.Elapsed, 0);
-    EXPECT_TRUE(flaps.Failed);
-    EXPECT_EQ(Catalogue[1][1].Elapsed, 0) << "what cannot fail is not counted";
-    EXPECT_EQ(TakeFailures(), 62 - 1 - 1 - 2 - 4) << "all but this, the gear and engines 3 and 4";
-    DrawStep(-1, 1);
-    EXPECT_FALSE(flaps.Failed);
-    EXPECT_TRUE(gear.Failed);
 }
 
 // Within four standard deviations.

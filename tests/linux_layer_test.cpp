@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <span>
 #include <vector>
 
 #include "platform/platform.h"
@@ -43,6 +45,14 @@ extern "C" int openat(int folder, const char* name, int flags, ...) {
     --FailingOpens;
     errno = EMFILE;
     return -1;
+}
+
+// Is killed when the end of a file is to be cut off.
+static pid_t Victim = 0;
+
+extern "C" int ftruncate(int file, off_t size) noexcept {
+    if (Victim != 0) kill(Victim, SIGKILL);
+    return static_cast<int>(syscall(SYS_ftruncate, file, size));
 }
 
 namespace quirkmeter::platform {
@@ -183,6 +193,21 @@ TEST_F(LinuxLayer, AMomentWithoutDescriptorsHidesNoWindow) {
     EXPECT_EQ(GetLastError(), ErrorNotEnoughMemory) << "and the window is not gone for that";
     setrlimit(RLIMIT_NOFILE, &room);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(LinuxLayer, AProcessThatStoppedAtWorkOnTheFolderHoldsNobodyUpForEver) {
+    int atom = GlobalAddAtomA("atom");
+    Process stopped([&] {
+        flock(open(Folder().c_str(), O_RDONLY), LOCK_EX);
+        Print(0);
+    });
+    stopped.Line();
+    auto start = Clock::now();
+    EXPECT_EQ(FindWindowA("UIPCMAIN", nullptr), 0u);
+    EXPECT_EQ(GetLastError(), 5u);
+    EXPECT_GE(Clock::now() - start, std::chrono::seconds(2));
+    stopped.Kill();
+    EXPECT_EQ(GlobalAddAtomA("atom"), atom);
 }
 
 std::string AtomName(int atom) {
@@ -340,6 +365,45 @@ TEST_F(LinuxLayer, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
     testing::internal::GetCapturedStderr();
 }
 
+// The top-level window of that title, 0 while there is none.
+Window Shown(Display* display, std::string_view title) {
+    Window root, parent, *windows = nullptr, found = 0;
+    unsigned count = 0;
+    XQueryTree(display, DefaultRootWindow(display), &root, &parent, &windows, &count);
+    for (Window window : std::span(windows, count)) {
+        char* name = nullptr;
+        if (XFetchName(display, window, &name) != 0 && name == title) found = window;
+        XFree(name);
+    }
+    XFree(windows);
+    return found;
+}
+
+TEST_F(LinuxLayer, ToCloseAWindowOfTheTaskBarIsToAskItsProcessToEnd) {
+    Process server({"Xvfb", "-displayfd", "1", "-screen", "0", "64x64x8", "-nolisten", "tcp"});
+    setenv("DISPLAY", (":" + server.Line()).c_str(), 1);
+    Process owner([] {
+        WindowHandle window = OwnWindow("Window", "Shown", {});
+        Print(TerminationRequested());
+        ShowInTaskBar(window);
+        while (!TerminationRequested()) ServeMessages(10);
+        std::_Exit(7);
+    });
+    EXPECT_EQ(owner.Number(), 0);
+    Display* display = XOpenDisplay(nullptr);
+    ASSERT_NE(display, nullptr) << "Xvfb did not start";
+    ASSERT_TRUE(Becomes([&] { return Shown(display, "Shown") != 0; }));
+    XEvent close{};
+    close.type = ClientMessage;
+    close.xclient.window = Shown(display, "Shown");
+    close.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+    close.xclient.format = 32;
+    close.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
+    XSendEvent(display, close.xclient.window, False, NoEventMask, &close);
+    XCloseDisplay(display);
+    EXPECT_EQ(owner.ExitCode(), 7);
+}
+
 TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
     constexpr std::size_t HeaderSize = 44;
     std::string samples = Content(SOUND_FILE).substr(HeaderSize);
@@ -467,6 +531,20 @@ TEST_F(LinuxLayer, AFileIsWrittenInPlaceIfItsFolderTakesNoOther) {
         EXPECT_EQ(UserReplaces(folder / "new", "new"), permissions != fs::perms(0555)) << folder;
         fs::permissions(folder, fs::perms::owner_all);
     }
+}
+
+TEST_F(LinuxLayer, AFileIsWholeWhenTheProcessThatWritesItInPlaceIsKilled) {
+    fs::path file = root_ / "file";
+    Write(file, "older and longer");
+    fs::permissions(file, fs::perms(0666));
+    fs::permissions(root_, fs::perms(0555));
+    Process writer([&] {
+        Victim = getpid();
+        if (geteuid() != 0 || setuid(65534) == 0) ReplaceFile(file, "new");
+    });
+    EXPECT_EQ(writer.ExitCode(), -SIGKILL);
+    EXPECT_TRUE(Becomes([&] { return Content(file) == "new"; }));
+    fs::permissions(root_, fs::perms::owner_all);
 }
 
 TEST_F(LinuxLayer, TheSeparatorIsThatOfTheUsersLocale) {

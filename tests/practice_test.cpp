@@ -2,12 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 #include <sstream>
+#include <thread>
 #include <vector>
 
 #include "practice/command.h"
 #include "practice/flight.h"
 #include "practice/request_block.h"
+#include "practice/simulator.h"
 #include "practice/write_line.h"
 
 namespace quirkmeter::practice {
@@ -171,6 +174,29 @@ TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {
         EXPECT_FALSE(ParseScript(badLines, badLine)) << bad;
         EXPECT_EQ(badLine, 3) << bad;
     }
+}
+
+// For the thread sanitizer as well.
+TEST(Simulator, ThreadsTakeTurns) {
+    constexpr int Turns = 1000;
+    std::size_t lines = 0;
+    Simulator simulator({}, std::numeric_limits<double>::infinity(), [&](auto&) { ++lines; });
+    simulator.Start("ready");
+    std::thread teller([&] {
+        for (int i = 0; i < Turns; ++i) simulator.Apply({Verb::Gear, i % 2 == 0});
+    });
+    std::thread viewer([&] {
+        for (int i = 0; i < Turns; ++i) simulator.View(), simulator.CurrentMisbehaviour();
+    });
+    for (int i = 0; i < Turns; ++i) {
+        Block block = {2, 0x0892, 4, 0, 0};
+        EXPECT_TRUE(simulator.Answer(reinterpret_cast<std::byte*>(block.data()), 4 * block.size()));
+    }
+    teller.join();
+    viewer.join();
+    simulator.End();
+    EXPECT_TRUE(simulator.Ended());
+    EXPECT_GE(lines, 1u + 2 * Turns);
 }
 
 }  // namespace

@@ -76,6 +76,7 @@ inline std::vector<std::string> PassingFiles(const std::filesystem::path& folder
 /// A child process, which ends with this object at the latest.
 class Process {
    public:
+    // cppcheck-suppress passedByValue ; the arguments of a program are not const
     explicit Process(std::vector<std::string> command)
         : Process([arguments = Pointers(command)] {
               execvp(arguments[0], arguments.data());

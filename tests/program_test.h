@@ -30,28 +30,18 @@ namespace inprocess = platform::inprocess;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What the rooms below asked of the main window.
+/// The messages that the rooms below asked the main window to show.
 struct RecordingWindow final : MainWindow {
-    void RefreshSubsystems(bool skipRecomputation) override {
-        Refreshes.push_back(skipRecomputation);
-    }
-    void SetStatusCaption(const std::string& caption) override {
-        StatusCaption = caption;
-        ++StatusChanges;
-    }
-    void SetSubSystemsHeading(const std::string& heading) override { Heading = heading; }
-    void ShowSubsystemList(bool show) override { ListShown = show; }
+    void RefreshSubsystems(bool) override {}
+    void SetStatusCaption(const std::string&) override {}
+    void SetSubSystemsHeading(const std::string&) override {}
+    void ShowSubsystemList(bool) override {}
     platform::WindowHandle Handle() const override { return 0; }
-    void Unload() override { ++Unloads; }
+    void Unload() override {}
     void ShowMessage(const std::string& text, MessageIcon icon) override {
         Messages.push_back((icon == MessageIcon::Warning ? "! " : "") + text);
     }
 
-    std::vector<bool> Refreshes;  // the skip flags
-    std::string StatusCaption, Heading;
-    int StatusChanges = 0;
-    bool ListShown = true;
-    int Unloads = 0;
     std::vector<std::string> Messages;
 };
 
@@ -61,11 +51,6 @@ struct SimWriteRecord {
     std::uint64_t Value;  // of at most 8 bytes
     bool operator==(const SimWriteRecord&) const = default;
 };
-
-inline void PrintTo(const SimWriteRecord& write, std::ostream* out) {
-    *out << std::hex << "{0x" << write.Offset << ", " << std::dec << write.Size << ", "
-         << write.Value << "}";
-}
 
 /// The simulator's end of the wire.
 class TestSimulator {
@@ -82,8 +67,6 @@ class TestSimulator {
     }
     ~TestSimulator() { platform::DropWindow(window_); }
     TestSimulator(const TestSimulator&) = delete;
-
-    std::vector<SimWriteRecord> TakeWrites() { return std::exchange(Writes, {}); }
 
     practice::OffsetSpace Space;
     std::vector<SimWriteRecord> Writes;

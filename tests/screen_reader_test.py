@@ -50,9 +50,13 @@ def xdotool(*command):
     subprocess.run(["xdotool", *command], check=True, timeout=PATIENCE)
 
 
+def to_front(title):
+    xdotool("search", "--sync", "--onlyvisible", "--name", f"^{title}$", "windowactivate", "--sync")
+
+
 def walk(title, names, *keys):
     """TAB by TAB, then the keys."""
-    xdotool("search", "--sync", "--onlyvisible", "--name", f"^{title}$", "windowactivate", "--sync")
+    to_front(title)
     await_focus(title, names[0])
     for expected in names[1:] + names[:1]:
         xdotool("key", "Tab")
@@ -100,9 +104,12 @@ with tempfile.TemporaryDirectory() as folder:
     os.environ["XDG_RUNTIME_DIR"] = folder
     programs = []
     try:
-        for program, *options in ["practice-simulator", "--takeoff-after", "9999"], ["Quirkmeter"]:
+        for title, program, *options in [
+                ["Practice Simulator", "practice-simulator", "--takeoff-after", "9999"],
+                [MAIN, "Quirkmeter"]]:
             shutil.copy(pathlib.Path(sys.argv[1]) / program, folder)
             programs.append(subprocess.Popen([pathlib.Path(folder) / program, *options]))
+            to_front(title)  # or it takes the keyboard later, from the other one
         work_all_windows()
     finally:
         for program in programs:

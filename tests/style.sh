@@ -30,3 +30,6 @@ tests/rooms.sh
 xargs -r clang-format --dry-run --Werror <<<"$files"
 xargs -r -P "$(nproc)" -n 1 clang-tidy-16 -p "$build" --quiet <<<"$units" \
     2> >(grep -v 'warnings\? generated' >&2)
+# It looks at what all sources do with what is in the headers.
+[[ ${2-} != --all ]] || xargs cppcheck -j "$(nproc)" --quiet --error-exitcode=1 --inline-suppr \
+    --enable=warning,performance,portability --library=googletest --std=c++20 -I src -I . <<<"$units"

@@ -17,11 +17,16 @@ export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$HOME/.cache} # Wine's, whatever the hom
 
 start() { "$@" >/dev/null 2>&1 & processes+=($!); }
 
+# front TITLE: the search fails when any window closes under it, as a dialog may just do.
+front() {
+    local end=$((SECONDS + 20))
+    until timeout 10 xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync; do
+        ((SECONDS < end))
+    done
+}
 # shoot NAME TITLE: the window of that title, once it stands still.
 shoot() {
-    local window
-    window=$(timeout 10 xdotool search --sync --onlyvisible --name "^$2\$" | tail -1)
-    xdotool windowactivate --sync "$window"
+    front "$2"
     shoot_active "$1"
 }
 shoot_active() {
@@ -29,7 +34,6 @@ shoot_active() {
     import -window "$(xdotool getactivewindow)" "$root/docs/pictures/$1-$scale.png"
     echo "docs/pictures/$1-$scale.png"
 }
-front() { timeout 10 xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync; }
 keys() { for key; do xdotool key --clearmodifiers "$key"; sleep 0.3; done; }
 
 open_display() {

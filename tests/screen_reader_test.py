@@ -38,12 +38,17 @@ def heard_in(title):
         return None
 
 
-def await_focus(title, *expected):
+def wait_until(happens, complaint):
     end = time.monotonic() + PATIENCE
-    while (heard := heard_in(title) or ())[:len(expected)] != expected:
+    while not happens():
         if time.monotonic() > end:
-            sys.exit(f"{title}: heard {heard} in the place of {expected}")
+            sys.exit(complaint())
         time.sleep(0.05)
+
+
+def await_focus(title, *expected):
+    wait_until(lambda: (heard_in(title) or ())[:len(expected)] == expected,
+               lambda: f"{title}: heard {heard_in(title)} in the place of {expected}")
 
 
 def xdotool(*command):
@@ -51,7 +56,11 @@ def xdotool(*command):
 
 
 def to_front(title):
-    xdotool("search", "--sync", "--onlyvisible", "--name", f"^{title}$", "windowactivate", "--sync")
+    """The search fails when any window of the display closes under it, as a dialog may just do."""
+    search = ["xdotool", "search", "--sync", "--onlyvisible", "--name", f"^{title}$"]
+    wait_until(lambda: subprocess.run(search + ["windowactivate", "--sync"],
+                                      timeout=PATIENCE).returncode == 0,
+               lambda: f"{title}: cannot be brought to the front")
 
 
 def walk(title, names, *keys):

@@ -50,7 +50,8 @@ on() {
 }
 await() { timeout "$patience" bash -c 'until eval "$1"; do sleep 0.1; done' - "$1"; }
 press() {
-    timeout "$patience" xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync
+    # A search fails when any window closes under it.
+    await "xdotool search --onlyvisible --name '^$1\$' windowactivate --sync"
     xdotool key --delay 100 "${@:2}"
 }
 close() {

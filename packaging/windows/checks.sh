@@ -169,11 +169,13 @@ start_hardcore() {
     await is_open "$main"
 }
 
-# to_front TITLE: as soon as there is such a window.
-to_front() {
-    await is_open "$1"
-    timeout "$patience" xdotool windowactivate --sync "$(window "$1")"
+activate() {
+    local number
+    number=$(window "$1") && timeout "$patience" xdotool windowactivate --sync "$number"
 }
+
+# to_front TITLE: as soon as there is such a window.
+to_front() { await activate "$1"; }
 
 # press TITLE KEY...
 press() {

@@ -2,7 +2,6 @@
 #include "model/number_text.h"
 #include "persist/profile.h"
 #include "persist/settings_file.h"
-#include "practice/variables.h"
 #include "program_test.h"
 
 namespace quirkmeter {
@@ -56,25 +55,6 @@ TEST_F(FilesTest, NumbersAreReadAndNothingElse) {
     EXPECT_EQ(ReadNumber("99,5"), 99.5);
     EXPECT_EQ(ReadNumber("99.5"), std::nullopt);
     EXPECT_EQ(ReadPointNumber("99.5"), 99.5);
-}
-
-// The practice simulator has a table of its own, so that two readings of one list test each other.
-TEST_F(FilesTest, EverySubsystemActsOnItsVariableInTheWayOfItsKind) {
-    using enum FailureMode;
-    std::vector<FailureMode> modes = {Hold,  Hold, Disconnect, Hold, Flag, Flag,
-                                      Stall, Hold, Leak,       Flag, Flag};  // by VariableKind
-    int sameNames = 0;
-    ForEachSubsystem([&](int, int, const SubsystemEntry& entry) {
-        SCOPED_TRACE(entry.Name);
-        const auto* variable = practice::FindVariable(static_cast<std::uint32_t>(entry.Offset));
-        ASSERT_NE(variable, nullptr);
-        EXPECT_EQ(variable->Size, static_cast<std::uint32_t>(entry.Size));
-        EXPECT_EQ(entry.Mode, modes.at(static_cast<std::size_t>(variable->Kind)));
-        sameNames += entry.Name.find(variable->Name) != entry.Name.npos ||
-                     variable->Name == "Alternator " + std::to_string(entry.Engine);
-    });
-    EXPECT_EQ(sameNames, 62 - 4 - 4 - 2) << "all but the bits, the pumps and the altimeter";
-    EXPECT_EQ(SubsystemCount(8), 0);
 }
 
 TEST_F(FilesTest, SettingsAreReadBackAsWritten) {

@@ -1,6 +1,6 @@
-// link-probe: works the link by hand. It takes an operation a line: init, open VERSION, close,
-// read OFFSET SIZE, process; and answers each with its result code. A failure that sets no code
-// shows as -1. Beside that it can keep a file open, until its end: hold FILE.
+// link-probe: works the link by hand. It takes an operation a line: init, open VERSION, read OFFSET
+// SIZE, process; and answers each with its result code. What sets no code shows as -1. Beside that it
+// can keep a file open, until its end: hold FILE.
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -18,8 +18,6 @@ int main() {
         std::int32_t result = -1, number = 0, size = 0;
         if (operation == "init") {
             SimInit();
-        } else if (operation == "close") {
-            SimClose();
         } else if (operation == "open") {
             std::cin >> number;
             SimOpen(number, result);

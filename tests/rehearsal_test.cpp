@@ -119,8 +119,6 @@ TEST_F(RehearsalTest, ReportsSayWhatHappened) {
     EXPECT_EQ(rehearsal.Flown.SpreadOfFailures(), 0);
     rehearsal.Flown.BySubsystem[6][9] -= 1;
     EXPECT_EQ(Compare(rehearsal).Beyond, 1);
-    rehearsal.Plan.Flights = 5000;
-    EXPECT_THAT(TextReport(rehearsal), HasSubstr("stopped before all of 5,000 were flown"));
 }
 
 }  // namespace

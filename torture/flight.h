@@ -312,8 +312,8 @@ class Flight final : public MainWindow {
         redrawn_ = 0;
     }
 
-    std::string log_,
-        folder_ = std::filesystem::temp_directory_path() / ("flight-" + std::to_string(getpid()));
+    std::string log_, folder_ = std::filesystem::temp_directory_path().generic_string() +
+                                "/flight-" + std::to_string(getpid());
     NaiveModel model_;
     practice::OffsetSpace space_;
     platform::WindowHandle simulator_ = 0, companion_ = 0;

@@ -1,6 +1,9 @@
 // The simulator from hell: a flight with real processes, during which the simulator is killed,
 // stopped, made to misbehave and started again as another one, a thousand times at random moments.
+// Before that, processes that pass for the simulator, and another user, who gets at nothing.
+#include <fcntl.h>
 #include <malloc.h>
+#include <sys/file.h>
 
 #include <algorithm>
 #include <iostream>
@@ -147,6 +150,39 @@ void Torture(int gap) {
     Report("ticks answered", Flown, Broken + (Flown < Events / 20));
 }
 
+// Whether two ticks beside that one in the simulator's place end within a time-out each.
+bool Survives(const platform::MessageHandler& answer) {
+    Process impostor([&] {
+        std::cout << platform::OwnWindow("UIPCMAIN", "", answer) << std::endl;
+        for (;;) platform::ServeMessages(1000);
+    });
+    Process program([there = impostor.Number() > 0] {
+        Haste = there ? 20 : 1;  // a batch is given up after 4.4 seconds
+        alarm(14), EngineTick(), EngineTick(), _exit(0);
+    });
+    return program.ExitCode() == 0;
+}
+
+void MeetImpostors() {
+    static std::string meeting = Home / "quirkmeter";
+    platform::MessageHandler answers[] = {
+        [](auto...) { return pause(); }, [](auto...) { return 0; }, [](auto...) { return 1; },
+        [](auto...) { return raise(SIGKILL); },
+        [](auto...) { return flock(open(meeting.c_str(), 0), LOCK_EX) + pause(); }};
+    auto survivors = std::ranges::count_if(answers, Survives);
+    Report("impostors", std::ssize(answers), static_cast<int>(std::ssize(answers) - survivors));
+
+    std::vector<std::string> files{"/proc/" + std::to_string(getpid()) + "/mem", meeting};
+    for (const auto& file : fs::directory_iterator(meeting)) files.push_back(file.path());
+    fs::permissions(Home, fs::perms(01777));
+    auto opens = [](const std::string& file) { return open(file.c_str(), O_RDONLY) >= 0; };
+    Process user([&] {
+        bool there = std::ranges::count_if(files, opens) >= 4 && setuid(65534) == 0;
+        _exit(!there || std::ranges::any_of(files, opens));
+    });
+    Report("files of ours for another user", std::ssize(files), user.ExitCode() != 0);
+}
+
 }  // namespace
 
 int main(int, char** arguments) {
@@ -157,6 +193,7 @@ int main(int, char** arguments) {
     BuildCatalogue();
     ForEachSubsystem([](int, int, SubsystemEntry& entry) { entry.Reliability = "50"; });
     ComputeFailureRanges();
+    MeetImpostors();
     Report("a flight before", 1, !FliesWell());
     auto before = Held();
     Torture(2000 * std::stoi(arguments[2]) / Events + 1);

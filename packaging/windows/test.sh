@@ -25,7 +25,7 @@ packaging/windows/pack.sh || status=$?
 build=build/windows
 packaging/windows/imports.sh "$build"/hangar/*.exe
 cmake -DBUILD_TESTING=ON "$build" >/dev/null
-cmake --build "$build" -j "$(nproc)" --target program_test window_test link-probe -- --quiet
+cmake --build "$build" -j "$(nproc)" --target program_test window_test link-probe hours -- --quiet
 # What is compiled for Windows only; where that compiler has its headers, clang-tidy must be told.
 headers=$(i686-w64-mingw32-g++-posix -print-file-name=include/c++)
 git ls-files 'src/platform/windows/*.cpp' tests/native_windows.cpp tests/link_probe.cpp |

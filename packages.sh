@@ -1,13 +1,16 @@
 # The Debian packages that the project needs, and how they get onto the machine. Sourced by the
 # scripts beside it: need NAME... installs those of them that are missing.
 
-build_packages=(cmake ninja-build g++ pkg-config libwxgtk3.2-dev libgtk-3-dev libx11-dev
+build_packages=(cmake ninja-build ccache g++ pkg-config libwxgtk3.2-dev libgtk-3-dev libx11-dev
   libxi-dev libcanberra-dev libasound2-dev)
 run_packages=(fonts-liberation xdg-utils)
 display_packages=(xvfb openbox imagemagick x11-utils)
 test_packages=(libgtest-dev libgmock-dev libbenchmark-dev libxtst-dev locales xdotool clang-format
   clang-tidy-16 cppcheck python3 chromium at-spi2-core dbus-daemon gir1.2-atspi-2.0 python3-gi)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
+
+# What was compiled in any folder is not compiled again.
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=yes
 
 need() {
     local missing=() package sudo=()

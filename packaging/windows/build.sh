@@ -120,7 +120,7 @@ build_toolkit() {
 }
 
 mkdir -p "$cache"
-need cmake dpkg-dev make ninja-build wx3.2-headers g++-mingw-w64-i686-posix
+need cmake ccache dpkg-dev make ninja-build wx3.2-headers g++-mingw-w64-i686-posix
 version=$(dpkg-query -W -f '${Version}' wx3.2-headers)
 patch=$PWD/packaging/windows/toolkit.patch
 sources=$cache/wxwidgets-$version-$(sha256sum <"$patch" | cut -c 1-8)

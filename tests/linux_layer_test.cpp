@@ -234,13 +234,9 @@ TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
     EXPECT_EQ(CountElsewhere(Name), 101);
     EXPECT_EQ(view[32767], 1);
     EXPECT_EQ(ViewSize(view), 32768u);
-    EXPECT_EQ(ViewSize(view + 1), 0u);
     EXPECT_TRUE(CloseHandle(mapping));
-    EXPECT_FALSE(CloseHandle(mapping));
-    EXPECT_EQ(Map(mapping), nullptr);
     EXPECT_EQ(CountElsewhere(Name), 102) << "the view holds it";
     EXPECT_TRUE(UnmapViewOfFile(view));
-    EXPECT_FALSE(UnmapViewOfFile(view));
     EXPECT_THAT(PassingFiles(runtime_), IsEmpty());
     EXPECT_EQ(CountElsewhere(Name), 1) << "new memory is zero";
     mapping = Create("../other");

@@ -89,8 +89,6 @@ TEST_F(RehearsalTest, AStallEndsByItselfAndComesAgain) {
     Tally tally = Fly();
     EXPECT_EQ(tally.BySubsystem[4][2], 100);
     EXPECT_GT(tally.MeanFailures(), 50);
-    Catalogue[4][2].Engine = 3;
-    EXPECT_EQ(Fly().Failures, 0);
 }
 
 TEST_F(RehearsalTest, TheFlightsOfASeedAreTheSameInAnyOrder) {

@@ -201,8 +201,6 @@ hold() {
     return $status
 }
 
-letters() { grep -o . <<<"$1"; }
-
 # choose TITLE KEY...: as the name, instead of the one that the file dialog comes with. The title is
 # the system's own.
 choose() { answer "$1" Home shift+End "${@:2}" Return; }
@@ -210,7 +208,7 @@ choose() { answer "$1" Home shift+End "${@:2}" Return; }
 # save NAME: comes to the program's folder, where the file dialog looks first.
 save() {
     press "$main" alt+s
-    choose "$save_dialog" $(letters "$1")
+    choose "$save_dialog" $(grep -o . <<<"$1")
     await test -s "$folder/$1"
 }
 

@@ -100,10 +100,12 @@ void frmReliability::CreateControls(bool single) {
         return new wxButton(this, id, caption, place.GetPosition(), place.GetSize(), wxBU_EXACTFIT);
     };
 
+    static wxArrayString percents = PercentEntries(), thousandths = ThousandthEntries(),
+                         hours = HourEntries();
     // A label made before a list would become its name.
-    cboRelLeft = list("Reliability, whole percent", PercentEntries(), 120);
-    cboRelRight = list("Reliability, thousandths of a percent", ThousandthEntries(), 1320);
-    cboHours = list("Based on hours of flight", HourEntries(), 3720);
+    cboRelLeft = list("Reliability, whole percent", percents, 120);
+    cboRelRight = list("Reliability, thousandths of a percent", thousandths, 1320);
+    cboHours = list("Based on hours of flight", hours, 3720);
     label(".", 1080, 240, 135, 375, look::Black());
     label("%", 2280, 240, 375, 375, look::Black());
     label("based on", 2760, 360, 855, 255, look::Text());

@@ -116,6 +116,14 @@ TEST_F(FileDialogTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     ChooseFile(main_->cmdSaveAs, "a&b", "b");  // over the old one, without a question
     EXPECT_THAT(modals_.TakeMessages(), ElementsAre("! Could not write " + Path("a&b")));
     EXPECT_EQ(Settings.LastProfile, Path("a&b"));
+
+    // A name in letters that Windows' code page has not.
+    inprocess::FailCalls("HoldsPath", 1, 2, 0);
+    for (wxButton* button : {main_->cmdSaveAs, main_->cmdOpen}) ChooseFile(button, "f", "a&b");
+    EXPECT_EQ(Settings.LastProfile, Path("a&b"));
+    EXPECT_THAT(modals_.TakeMessages(),
+                ElementsAre("! Could not write " + Path("f"), "! Could not read " + Path("f")));
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "f"));
 }
 
 TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {

@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
-#include <vector>
 
 #include "platform/platform.h"
 #include "process.h"

@@ -12,7 +12,6 @@
 #include <wx/stopwatch.h>
 #include <wx/uiaction.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <deque>

@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 . ./packages.sh
 
 need "${build_packages[@]}" "${run_packages[@]}"
-build release OFF Quirkmeter fsqmhc practice-simulator
+build release OFF Quirkmeter fsqmhc practice-simulator rehearse
 cmake --install build/release --prefix build/hangar >/dev/null
 cd build/hangar
 

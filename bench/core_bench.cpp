@@ -9,6 +9,7 @@
 #include "link/sim_link.h"
 #include "model/catalogue.h"
 #include "model/engine_state.h"
+#include "model/failure_range.h"
 #include "persist/profile.h"
 #include "platform/inprocess/inprocess.h"
 

@@ -9,6 +9,7 @@
 #include "link/sim_link.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
+#include "model/failure_range.h"
 #include "model/random.h"
 #include "platform/inprocess/inprocess.h"
 #include "practice/request_block.h"

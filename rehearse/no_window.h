@@ -8,7 +8,7 @@
 namespace quirkmeter::rehearse {
 
 struct NoWindow final : MainWindow {
-    void RefreshSubsystems(bool) override {}
+    void RefreshSubsystems() override {}
     void SetStatusCaption(const std::string&) override {}
     void SetSubSystemsHeading(const std::string&) override {}
     void ShowSubsystemList(bool) override {}

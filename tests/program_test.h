@@ -32,7 +32,7 @@ using testing::IsEmpty;
 
 /// The messages that the rooms below asked the main window to show.
 struct RecordingWindow final : MainWindow {
-    void RefreshSubsystems(bool) override {}
+    void RefreshSubsystems() override {}
     void SetStatusCaption(const std::string&) override {}
     void SetSubSystemsHeading(const std::string&) override {}
     void ShowSubsystemList(bool) override {}

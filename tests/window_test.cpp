@@ -90,7 +90,7 @@ TEST_F(WindowTest, RowsShowWhatCanFailAndWhatHas) {
     Catalogue[4][2].Reliability = "99.5";
     Catalogue[4][2].Hours = "0.5";
     AddFailure(4, 3);
-    main_->RefreshSubsystems(true);
+    main_->RefreshSubsystems();
     EXPECT_EQ(Row(2), "yellow Engine 1 (Stall)|99.5%|0.5 hours of flight|No");
     for (auto [row, colour] : {std::pair{2, look::Yellow}, {3, look::Red}, {4, look::BrightGreen}})
         EXPECT_TRUE(Until([&] {
@@ -163,7 +163,7 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     tick.Bind(wxEVT_TIMER, [this, &tick](wxTimerEvent&) {
         if (pressedAt_ == wxDefaultPosition) return;
         tick.Stop();
-        main_->RefreshSubsystems(true);
+        main_->RefreshSubsystems();
         Hands().MouseUp();
     });
     expectRow(4);
@@ -274,7 +274,7 @@ TEST_F(WindowTest, ButtonsSetASystemOrAll) {
     });
     EXPECT_EQ(Row(3), "red Elevator Trim|0%|1 hour of flight|Yes");
     ChooseSystem(1);
-    main_->RefreshSubsystems(true);
+    main_->RefreshSubsystems();
     EXPECT_EQ(Selected(), 12);
     inprocess::TakeSounds();
     Click(main_->cmdClearFailures);

@@ -11,13 +11,13 @@
 #include <vector>
 
 #include "engine/connection.h"
-#include "engine/failure_draw.h"
 #include "engine/program_state.h"
 #include "engine/tick.h"
 #include "link/actuation.h"
 #include "link/sim_link.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
+#include "model/failure_range.h"
 #include "model/main_window.h"
 #include "model/random.h"
 #include "persist/profile.h"
@@ -96,10 +96,7 @@ class Flight final : public MainWindow {
     std::int64_t Ticks = 0, Actions = 0;
     std::string Difference;  // the first one; empty while there is none
 
-    void RefreshSubsystems(bool skipRecomputation) override {
-        log_ += skipRecomputation ? "r" : "R";
-        if (!skipRecomputation) ComputeFailureRanges();
-    }
+    void RefreshSubsystems() override { log_ += "r"; }
     void SetStatusCaption(const std::string& caption) override { log_ += "c" + caption; }
     void SetSubSystemsHeading(const std::string& heading) override { log_ += "h" + heading; }
     void ShowSubsystemList(bool show) override {
@@ -246,7 +243,8 @@ class Flight final : public MainWindow {
             Catalogue[theirs.System][theirs.SubSystem].Reliability = NumberText(percent);
             Catalogue[theirs.System][theirs.SubSystem].Hours = NumberText(hours);
         }
-        RefreshSubsystems(false);
+        ComputeFailureRanges();
+        RefreshSubsystems();
         model_.RefreshSubsystems(false);
     }
     void OpenProfile() {

@@ -10,13 +10,13 @@
 #include <map>
 #include <random>
 
-#include "engine/failure_draw.h"
 #include "engine/tick.h"
 #include "haste.h"
 #include "link/actuation.h"
 #include "model/catalogue.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
+#include "model/failure_range.h"
 #include "process.h"
 #include "rehearse/no_window.h"
 

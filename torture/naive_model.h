@@ -125,8 +125,8 @@ struct NaiveModel {
     }
     void Play(bool good) { Sounds += good ? "sound_ok.wav " : "sound_warning.wav "; }
     void RefreshSubsystems(bool skip) {
-        Log += skip ? "r" : "R";
         if (!skip) ComputeFailureRanges();
+        Log += "r";
     }
     bool Lock() const { return HardcoreActive && Airborne; }
 

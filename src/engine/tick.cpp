@@ -13,13 +13,12 @@
 #include "link/status.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
+#include "model/failure_range.h"
 #include "model/main_window.h"
 
 namespace quirkmeter {
 
 namespace {
-
-constexpr std::int32_t TicksPerDrawStep = 10;
 
 // What one tick reads, beside the number of engines.
 struct SimReadings {
@@ -35,8 +34,8 @@ std::optional<SimReadings> ReadSimulator() {
     if (!SimRead(0x0AEC, 2, &EngineState.EngineCount, result)) return std::nullopt;
     SimRead(0x0264, 2, &readings.Pause, result);
     SimRead(0x0366, 2, &readings.OnGround, result);
-    SimRead(0x0BE8, 4, &readings.Gear, result);
-    SimRead(0x0BDC, 4, &readings.Flaps, result);
+    SimRead(GearOffset, 4, &readings.Gear, result);
+    SimRead(FlapsOffset, 4, &readings.Flaps, result);
     if (!SimProcess(result)) return std::nullopt;
     return readings;
 }
@@ -68,7 +67,7 @@ void Operate(const SimReadings& readings) {
 
 void NoticeFailureCount() {
     if (LastFailureCount != FailureCount) {
-        TheMainWindow->RefreshSubsystems(true);
+        TheMainWindow->RefreshSubsystems();
         if (Settings.PlayFailureSound && LastFailureCount < FailureCount)
             PlaySoundFile(SoundFailure);
     }

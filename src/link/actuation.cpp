@@ -7,6 +7,7 @@
 #include "link/sounds.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
+#include "model/failure_range.h"
 #include "model/main_window.h"
 #include "model/random.h"
 
@@ -129,7 +130,8 @@ void ClearAllFailures(bool quiet) {
     if (FailureCount < 1) return;
     for (int i = FailureCount; i >= 1; --i)
         ClearFailure(FailureList[i].System, FailureList[i].SubSystem);
-    TheMainWindow->RefreshSubsystems(false);
+    ComputeFailureRanges();
+    TheMainWindow->RefreshSubsystems();
     if (!quiet) PlaySoundFile(SoundOk);
 }
 
@@ -137,7 +139,7 @@ void ClearLastFailure() {
     if (HardcoreLock()) return;
     if (FailureCount < 1) return;
     ClearFailure(FailureList[FailureCount].System, FailureList[FailureCount].SubSystem);
-    TheMainWindow->RefreshSubsystems(true);
+    TheMainWindow->RefreshSubsystems();
     PlaySoundFile(SoundOk);
 }
 

@@ -24,7 +24,7 @@ void MaintainFailures();
 /// Takes one failure back where its mode allows and out of the list; nothing when it is not there.
 void ClearFailure(int system, int subsystem);
 
-/// Clears all, refreshes the list and, unless quiet, plays the ok sound. Refused under the Hardcore
+/// Clears all, recomputes the failure ranges, refreshes the list and, unless quiet, plays the ok sound. Refused under the Hardcore
 /// lock.
 void ClearAllFailures(bool quiet);
 

@@ -38,6 +38,14 @@ struct SubsystemEntry {
     std::int32_t Elapsed = 0;  // draw steps counted in this period
 };
 
+/// The variables of flaps and landing gear, the two sub-systems that can only fail while retracted.
+inline constexpr std::int32_t FlapsOffset = 0x0BDC;
+inline constexpr std::int32_t GearOffset = 0x0BE8;
+
+inline bool IsRetractable(const SubsystemEntry& entry) {
+    return entry.Offset == FlapsOffset || entry.Offset == GearOffset;
+}
+
 inline constexpr int SystemSlots = 8;
 inline constexpr int SubsystemSlots = 15;
 

@@ -14,8 +14,8 @@ enum class MessageIcon { None, Warning };
 
 class MainWindow {
    public:
-    /// Refills the sub-system list, after recomputing the failure ranges unless told to skip that.
-    virtual void RefreshSubsystems(bool skipRecomputation) = 0;
+    /// Refills the sub-system list.
+    virtual void RefreshSubsystems() = 0;
     virtual void SetStatusCaption(const std::string& caption) = 0;
     virtual void SetSubSystemsHeading(const std::string& heading) = 0;
     virtual void ShowSubsystemList(bool show) = 0;

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "model/catalogue.h"
+#include "model/failure_range.h"
 #include "model/main_window.h"
 #include "model/number_text.h"
 #include "model/settings.h"
@@ -123,7 +123,8 @@ void ReadProfile() {
         return;
     }
     ShowProfileName();
-    TheMainWindow->RefreshSubsystems(false);
+    ComputeFailureRanges();
+    TheMainWindow->RefreshSubsystems();
 }
 
 }  // namespace quirkmeter

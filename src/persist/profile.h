@@ -22,8 +22,8 @@ std::optional<ProfileFault> ApplyProfile(const std::string& path);
 /// box.
 void WriteProfile();
 
-/// Applies the file named by Settings.LastProfile, shows its name in the heading and refreshes the
-/// list. A fault is told in a message box and empties LastProfile.
+/// Applies the file named by Settings.LastProfile, shows its name in the heading, recomputes the
+/// failure ranges and refreshes the list. A fault is told in a message box and empties LastProfile.
 void ReadProfile();
 
 }  // namespace quirkmeter

@@ -9,13 +9,13 @@
 #include <utility>
 
 #include "engine/connection.h"
-#include "engine/failure_draw.h"
 #include "engine/tick.h"
 #include "hardcore/companion.h"
 #include "link/actuation.h"
 #include "model/catalogue.h"
 #include "model/engine_state.h"
 #include "model/failure_list.h"
+#include "model/failure_range.h"
 #include "model/number_text.h"
 #include "persist/profile.h"
 #include "persist/settings_file.h"
@@ -307,8 +307,7 @@ void frmMain::ShowSubsystem(int system, int subsystem) {
             lvwSubSystems->SetItem(row, column, look::Shown(text));
 }
 
-void frmMain::RefreshSubsystems(bool skipRecomputation) {
-    if (!skipRecomputation) ComputeFailureRanges();
+void frmMain::RefreshSubsystems() {
     FillSubsystemList();
     if (LastClickedItem >= 2 && LastClickedItem <= lvwSubSystems->GetItemCount())
         SelectRow(LastClickedItem);
@@ -362,12 +361,17 @@ void frmMain::OnSubSystemsClick(int n) {
     if (edit.EditTest) TestFailure(s, n);
     if (edit.EditClear) {
         ClearFailure(s, n);
-        RefreshSubsystems(true);
+        RefreshSubsystems();
     }
     if (edit.EditAccepted) {
         ApplyEdit(entry, edit);
-        RefreshSubsystems(false);
+        OnReliabilitiesChanged();
     }
+}
+
+void frmMain::OnReliabilitiesChanged() {
+    ComputeFailureRanges();
+    RefreshSubsystems();
 }
 
 void frmMain::TestFailure(int system, int subsystem) {
@@ -379,7 +383,7 @@ void frmMain::TestFailure(int system, int subsystem) {
         return;
     }
     if (!Catalogue[system][subsystem].Failed) AddFailure(system, subsystem);
-    RefreshSubsystems(true);
+    RefreshSubsystems();
 }
 
 // --- The buttons ------------------------------------------------------------------------------
@@ -391,7 +395,7 @@ void frmMain::OnSetAllRel() {
     dialog.ShowModal();
     if (!edit.EditAccepted) return;
     ForEachSubsystem([&edit](int, int, SubsystemEntry& entry) { ApplyEdit(entry, edit); });
-    RefreshSubsystems(false);
+    OnReliabilitiesChanged();
 }
 
 void frmMain::OnSetSystemRel() {
@@ -402,7 +406,7 @@ void frmMain::OnSetSystemRel() {
     dialog.ShowModal();
     if (!edit.EditAccepted) return;
     for (int n = 1; n <= SubsystemCount(s); ++n) ApplyEdit(Catalogue[s][n], edit);
-    RefreshSubsystems(false);
+    OnReliabilitiesChanged();
 }
 
 bool frmMain::ChooseProfile(long style) {

@@ -26,7 +26,7 @@ class frmMain final : public wxFrame, public MainWindow {
     /// Start-up, before the window is shown. False when the program is to end at once.
     bool Load();
 
-    void RefreshSubsystems(bool skipRecomputation) override;
+    void RefreshSubsystems() override;
     void SetStatusCaption(const std::string& caption) override;
     void SetSubSystemsHeading(const std::string& heading) override;
     void ShowSubsystemList(bool show) override;
@@ -77,6 +77,7 @@ class frmMain final : public wxFrame, public MainWindow {
     void OnTimer();
     void OnClose();
 
+    void OnReliabilitiesChanged();
     void TestFailure(int system, int subsystem);
 
     // How many dialogs and boxes are open.

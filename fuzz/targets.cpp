@@ -46,9 +46,8 @@ void Begin(Bytes& bytes) {
     WriteFile(Folder() + "/Quirkmeter.ini", bytes);
     Check(ReadSettings());
     SettingsRecord read = Settings;
-    if (read.StatusHotkey <= 0) read.StatusHotkey = read.StatusHotkeyMods = 0;
-    if (read.ClearHotkey <= 0) read.ClearHotkey = read.ClearHotkeyMods = 0;
-    if (read.ActiveHotkey <= 0) read.ActiveHotkey = read.ActiveHotkeyMods = 0;
+    for (Hotkey* hotkey : {&read.StatusHotkey, &read.ClearHotkey, &read.ActiveHotkey})
+        if (hotkey->Key <= 0) *hotkey = {};
     WriteSettings();
     Settings = {};
     Check(ReadSettings() && Settings == read);

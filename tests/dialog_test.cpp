@@ -153,14 +153,8 @@ class SettingsWindowTest : public WindowTest {
         return {dialog->chkDisplayStatus, dialog->chkDisplayFailures, dialog->chkPlayFailureSound,
                 dialog->chkHardcoreMode};
     }
-    struct Hotkey {
-        PickList* Key;
-        wxCheckBox *Ctrl, *Shift;
-    };
-    static std::array<Hotkey, 3> Hotkeys(frmSettings* dialog) {
-        return {{{dialog->cboStatus, dialog->chkStatusCTRL, dialog->chkStatusSHIFT},
-                 {dialog->cboClear, dialog->chkClearCTRL, dialog->chkClearSHIFT},
-                 {dialog->cboActive, dialog->ChkActiveCTRL, dialog->chkActiveSHIFT}}};
+    static std::array<frmSettings::HotkeyControls, 3> Hotkeys(frmSettings* dialog) {
+        return {dialog->Status, dialog->Clear, dialog->Active};
     }
 
     // The switches in their order, x for one that is on, and the hotkeys.
@@ -211,8 +205,8 @@ TEST_F(SettingsWindowTest, OkStoresEverythingAndCancelNothing) {
 
 TEST_F(SettingsWindowTest, LettersTypedOneAfterAnotherEachPickAKey) {
     Edit([this](frmSettings* dialog) {
-        EXPECT_EQ(dialog->cboStatus->GetCount(), 37u);
-        Type(dialog->cboStatus, "AB");
+        EXPECT_EQ(dialog->Status.cboKey->GetCount(), 37u);
+        Type(dialog->Status.cboKey, "AB");
         Key('F', wxMOD_ALT);
         EXPECT_TRUE(Until([dialog] { return dialog->chkDisplayFailures->GetValue(); }));
         EXPECT_EQ(Shown(dialog), "-x-- B None None");

@@ -60,18 +60,16 @@ TEST_F(FilesTest, NumbersAreReadAndNothingElse) {
 TEST_F(FilesTest, SettingsAreReadBackAsWritten) {
     EXPECT_TRUE(ReadSettings());
     EXPECT_EQ(Settings, SettingsRecord{}) << "there is no file";
-    Settings.ClearHotkey = -1;
-    Settings.ActiveHotkeyMods = 3;
+    Settings.ClearHotkey.Key = -1;
+    Settings.ActiveHotkey.Mods = 3;
     EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n") << "modifiers without a key mean nothing";
     SettingsRecord all{.LastProfile = "/a=b/heavy.qmp",
                        .DisplayUpdate = true,
                        .DisplayFailures = true,
                        .PlayFailureSound = true,
-                       .StatusHotkey = 83,
-                       .StatusHotkeyMods = 1,
-                       .ClearHotkey = 65,
-                       .ClearHotkeyMods = 3,
-                       .ActiveHotkey = 1};
+                       .StatusHotkey = {83, 1},
+                       .ClearHotkey = {65, 3},
+                       .ActiveHotkey = {1, 0}};
     Settings = all;
     std::string text = WrittenSettings();
     EXPECT_EQ(text,
@@ -86,12 +84,13 @@ TEST_F(FilesTest, OddSettingsChangeNothing) {
                                "displayupdate=YES\r\nDISPLAYUPDATE\r\n=\r\nFOO=1\r\n\r\n"
                                "HARDCOREMODE=NO\r\nSTATUS_HK=8x\r\nACTIVE_HK= 5\r\n"),
               SettingsRecord{});
-    EXPECT_EQ(
-        ReadSettingsFrom("DISPLAYFAILURES=YES\rDISPLAYFAILURES=NO\nSTATUS_HK=1\r\n"
-                         "STATUS_HK=2\r\nSTATUS_HK=\r\nLASTPROFILE=a\r\nLASTPROFILE= b \r\n"
-                         "CLEAR_HK=3\r\nCLEAR_HK=99999999999"),
-        (SettingsRecord{
-            .LastProfile = " b ", .DisplayFailures = true, .StatusHotkey = 2, .ClearHotkey = 3}));
+    EXPECT_EQ(ReadSettingsFrom("DISPLAYFAILURES=YES\rDISPLAYFAILURES=NO\nSTATUS_HK=1\r\n"
+                               "STATUS_HK=2\r\nSTATUS_HK=\r\nLASTPROFILE=a\r\nLASTPROFILE= b \r\n"
+                               "CLEAR_HK=3\r\nCLEAR_HK=99999999999"),
+              (SettingsRecord{.LastProfile = " b ",
+                              .DisplayFailures = true,
+                              .StatusHotkey = {2},
+                              .ClearHotkey = {3}}));
     std::string tooLong = "LASTPROFILE=" + std::string(3'000'000, 'x');
     EXPECT_EQ(ReadSettingsFrom(tooLong + "\r\nDISPLAYUPDATE=YES"),
               (SettingsRecord{.LastProfile = "", .DisplayUpdate = true}));

@@ -266,9 +266,9 @@ class Flight final : public MainWindow {
         for (int i = 0; i < 3; ++i)
             model_.Hotkey[i] = std::array{0, 65, 65, 66}[static_cast<unsigned>(Choose(4))],
             model_.HotkeyMods[i] = model_.Hotkey[i] ? Choose(6) - 1 : 0;
-        Settings.StatusHotkey = model_.Hotkey[0], Settings.StatusHotkeyMods = model_.HotkeyMods[0];
-        Settings.ClearHotkey = model_.Hotkey[1], Settings.ClearHotkeyMods = model_.HotkeyMods[1];
-        Settings.ActiveHotkey = model_.Hotkey[2], Settings.ActiveHotkeyMods = model_.HotkeyMods[2];
+        Settings.StatusHotkey = {model_.Hotkey[0], model_.HotkeyMods[0]};
+        Settings.ClearHotkey = {model_.Hotkey[1], model_.HotkeyMods[1]};
+        Settings.ActiveHotkey = {model_.Hotkey[2], model_.HotkeyMods[2]};
     }
 
     // --- What both did ------------------------------------------------------------------------

@@ -22,7 +22,7 @@ std::string Folder;
 
 void Save(int time) {
     Settings.LastProfile = Folder + "/a.qmp";
-    Settings.StatusHotkey = time;
+    Settings.StatusHotkey.Key = time;
     Settings.DisplayUpdate = time % 2 != 0;
     Catalogue[1][1].Hours = Catalogue[7][4].Hours = std::to_string(37 * time % 900);
     WriteProfile();
@@ -41,8 +41,9 @@ bool Survives(int time, unsigned long microseconds) {
         if (file.path().extension() == ".tmp") fs::remove(file);  // what it had not finished
     BuildCatalogue();
     Settings = {};
-    return ReadSettings() && !ApplyProfile(Folder + "/a.qmp") && Settings.StatusHotkey >= time &&
-           Settings.DisplayUpdate == (Settings.StatusHotkey % 2 != 0) &&
+    return ReadSettings() && !ApplyProfile(Folder + "/a.qmp") &&
+           Settings.StatusHotkey.Key >= time &&
+           Settings.DisplayUpdate == (Settings.StatusHotkey.Key % 2 != 0) &&
            Catalogue[1][1].Hours == Catalogue[7][4].Hours.Text();
 }
 
@@ -68,10 +69,11 @@ int main(int, char** arguments) {
         for (int kill = 1; kill <= 1000; ++kill) {
             if (where == "full disk")
                 std::ofstream(Folder + "/ballast") << std::string(random() % 2 * 65536, 'b');
-            lost += !Survives(Settings.StatusHotkey, random() % (667 * std::stoul(arguments[2])));
+            lost +=
+                !Survives(Settings.StatusHotkey.Key, random() % (667 * std::stoul(arguments[2])));
             if (isatty(STDERR_FILENO)) std::cerr << "\rsaving: " << kill << " of 1000";
         }
-        if (Settings.StatusHotkey == 1) ++lost;  // nothing was saved
+        if (Settings.StatusHotkey.Key == 1) ++lost;  // nothing was saved
         std::cout << "saving: killed, " << where << "|1000|" << lost << std::endl;
         umount(Folder.c_str());
         fs::remove_all(Folder);

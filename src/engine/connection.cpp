@@ -3,6 +3,7 @@
 #include "link/actuation.h"
 #include "link/sim_link.h"
 #include "link/sounds.h"
+#include "link/status.h"
 #include "model/engine_state.h"
 
 namespace quirkmeter {
@@ -23,13 +24,13 @@ void ConnectToSimulator(bool quiet) {
 
 void SetConnected() {
     EngineState.Connected = true;
-    EngineState.StatusText = "Connected";
+    DescribeConnection();
 }
 
 void SetDisconnected() {
     EngineState.Connected = false;
     ClearAllFailures(true);
-    EngineState.StatusText = "FSUIPC - No connection to Flight Simulator.";
+    DescribeConnection();
 }
 
 }  // namespace quirkmeter

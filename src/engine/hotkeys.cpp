@@ -3,7 +3,7 @@
 #include "link/actuation.h"
 #include "link/sounds.h"
 #include "link/status.h"
-#include "model/settings.h"
+#include "model/engine_state.h"
 #include "platform/platform.h"
 
 namespace quirkmeter {
@@ -23,20 +23,27 @@ bool ModifierMatches(std::int16_t state, bool wanted) {
     return wanted ? IsDown(state) : state == 0;
 }
 
-bool IsHeld(std::int32_t key, std::int32_t mods) {
-    if (key == 0) return false;
-    if (!IsDown(platform::GetAsyncKeyState(key))) return false;
+bool IsHeld(const Hotkey& hotkey) {
+    if (hotkey.Key == 0) return false;
+    if (!IsDown(platform::GetAsyncKeyState(hotkey.Key))) return false;
     std::int16_t shift = platform::GetAsyncKeyState(KeyShift);
     std::int16_t ctrl = platform::GetAsyncKeyState(KeyCtrl);
-    return ModifierMatches(ctrl, WithCtrl(mods)) && ModifierMatches(shift, WithShift(mods));
+    return ModifierMatches(ctrl, hotkey.WithCtrl()) && ModifierMatches(shift, hotkey.WithShift());
+}
+
+// Suspends or resumes failure drawing, which only a sound tells.
+void ToggleActive() {
+    if (HardcoreLock()) return;
+    EngineState.Deactivated = !EngineState.Deactivated;
+    PlaySoundFile(EngineState.Deactivated ? SoundWarning : SoundOk);
 }
 
 }  // namespace
 
 void PollHotkeys() {
-    if (IsHeld(Settings.StatusHotkey, Settings.StatusHotkeyMods)) ShowStatus(true);
-    if (IsHeld(Settings.ClearHotkey, Settings.ClearHotkeyMods)) ClearLastFailure();
-    if (IsHeld(Settings.ActiveHotkey, Settings.ActiveHotkeyMods)) ToggleActive();
+    if (IsHeld(Settings.StatusHotkey)) ShowStatus(true);
+    if (IsHeld(Settings.ClearHotkey)) ClearLastFailure();
+    if (IsHeld(Settings.ActiveHotkey)) ToggleActive();
 }
 
 }  // namespace quirkmeter

@@ -1,6 +1,5 @@
 #include "engine/tick.h"
 
-#include <charconv>
 #include <optional>
 
 #include "engine/connection.h"
@@ -46,20 +45,7 @@ bool ApplyHardcoreRestriction() {
     return !HardcoreLock() || CheckHardcoreCompanion();
 }
 
-bool OnHold() {
-    return EngineState.SimPaused || !EngineState.Airborne || EngineState.Deactivated;
-}
-
-void DescribeHold() {
-    EngineState.StatusText = "On hold ";
-    if (EngineState.SimPaused) EngineState.StatusText += "(sim paused)";
-    if (!EngineState.Airborne) EngineState.StatusText += "(not airborne)";
-    if (EngineState.Deactivated) EngineState.StatusText += "(deactivated)";
-    EngineState.StatusText += '.';
-}
-
 void Operate(const SimReadings& readings) {
-    EngineState.StatusText = "Operational.";
     if (++EngineState.DrawDivider < TicksPerDrawStep) return;
     EngineState.DrawDivider = 0;
     DrawStep(readings.Gear, readings.Flaps);
@@ -74,17 +60,6 @@ void NoticeFailureCount() {
     LastFailureCount = FailureCount;
 }
 
-void AppendFailureCount() {
-    if (!Settings.DisplayFailures || Settings.HardcoreActive) return;
-    if (FailureCount < 1) {
-        EngineState.StatusText += "  No failures.";
-        return;
-    }
-    char count[12];
-    char* end = std::to_chars(count, count + sizeof count, FailureCount).ptr;
-    EngineState.StatusText.append("  ").append(count, end).append(" failures.");
-}
-
 // False when the program is ending.
 bool ConnectedTick() {
     auto readings = ReadSimulator();
@@ -96,13 +71,10 @@ bool ConnectedTick() {
     EngineState.SimPaused = readings->Pause != 0;
     EngineState.Airborne = readings->OnGround == 0;
     if (!ApplyHardcoreRestriction()) return false;
-    if (OnHold())
-        DescribeHold();
-    else
-        Operate(*readings);
+    if (!OnHold()) Operate(*readings);
     MaintainFailures();
     NoticeFailureCount();
-    AppendFailureCount();
+    DescribeFlight();
     return true;
 }
 
@@ -114,6 +86,7 @@ void EngineTick() {
         ConnectToSimulator(true);
     else if (!ConnectedTick())
         return;
+    FinishStatus();
     ShowStatus(false);
 }
 

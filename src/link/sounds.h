@@ -1,4 +1,4 @@
-// The program's three sounds, and the switch of failure drawing, which answers by sound alone.
+// The program's three sounds.
 #pragma once
 
 #include <string_view>
@@ -11,8 +11,5 @@ inline constexpr std::string_view SoundFailure = "\\sound_failure.wav";
 
 /// Plays a sound file of the program's folder and returns at once; a missing file is skipped.
 void PlaySoundFile(std::string_view name);
-
-/// Suspends or resumes failure drawing, with a sound. Refused under the Hardcore lock.
-void ToggleActive();
 
 }  // namespace quirkmeter

@@ -1,6 +1,7 @@
 #include "link/status.h"
 
 #include <array>
+#include <charconv>
 
 #include "link/sim_link.h"
 #include "model/catalogue.h"
@@ -20,6 +21,29 @@ constexpr std::size_t ListLimit = 70;
 void AppendLabel(std::string& line, const FailureRow& row) {
     line.append(SystemNames[row.System]).append("(");
     line.append(Catalogue[row.System][row.SubSystem].Name).append(")");
+}
+
+// The user wants failures told, and Hardcore Mode does not forbid it.
+bool TellsFailures() {
+    return Settings.DisplayFailures && !Settings.HardcoreActive;
+}
+
+void DescribeHold(std::string& line) {
+    line = "On hold ";
+    if (EngineState.SimPaused) line += "(sim paused)";
+    if (!EngineState.Airborne) line += "(not airborne)";
+    if (EngineState.Deactivated) line += "(deactivated)";
+    line += '.';
+}
+
+void AppendFailureCount(std::string& line) {
+    if (FailureCount < 1) {
+        line += "  No failures.";
+        return;
+    }
+    char count[12];
+    char* end = std::to_chars(count, count + sizeof count, FailureCount).ptr;
+    line.append("  ").append(count, end).append(" failures.");
 }
 
 void AppendFailures(std::string& line) {
@@ -47,14 +71,28 @@ void ShowSimMessage(std::string_view text) {
     SimProcess(result);
 }
 
+void DescribeConnection() {
+    EngineState.StatusText =
+        EngineState.Connected ? "Connected" : "FSUIPC - No connection to Flight Simulator.";
+}
+
+void DescribeFlight() {
+    std::string& line = EngineState.StatusText;
+    if (OnHold())
+        DescribeHold(line);
+    else
+        line = "Operational.";
+    if (TellsFailures()) AppendFailureCount(line);
+}
+
+void FinishStatus() {
+    if (FailureCount >= 1 && TellsFailures()) AppendFailures(EngineState.StatusText);
+    if (Settings.HardcoreActive) EngineState.StatusText.append(" Hardcore Mode.");
+}
+
 void ShowStatus(bool force) {
     std::string& line = EngineState.StatusText;
-    if (!force) {
-        if (FailureCount >= 1 && Settings.DisplayFailures && !Settings.HardcoreActive)
-            AppendFailures(line);
-        if (Settings.HardcoreActive) line.append(" Hardcore Mode.");
-        if (line == EngineState.LastShownStatus) return;
-    }
+    if (!force && line == EngineState.LastShownStatus) return;
     TheMainWindow->SetStatusCaption(line);
     EngineState.LastShownStatus = line;
     if (force || Settings.DisplayUpdate) ShowSimMessage(line);

@@ -1,4 +1,4 @@
-// The status line, in the window and on the simulator's screen.
+// The status line: its texts, and how it gets into the window and onto the simulator's screen.
 #pragma once
 
 #include <string_view>
@@ -9,9 +9,19 @@ namespace quirkmeter {
 /// that the simulator's text has room for.
 void ShowSimMessage(std::string_view text);
 
-/// Finishes EngineState.StatusText (unless forced: the failures' names, the Hardcore Mode ending), puts
-/// it into the label and, if the user wishes, on the simulator's screen. An unchanged line does
-/// nothing, unless forced: then it is shown in both again, whatever the user's setting.
+/// Begins EngineState.StatusText anew with the state of the link.
+void DescribeConnection();
+
+/// Begins EngineState.StatusText anew with the state of the flight, on hold or operational, and
+/// counts the failures.
+void DescribeFlight();
+
+/// Appends the names of the failures, newest first, or the Hardcore Mode ending. Once to each line.
+void FinishStatus();
+
+/// Puts EngineState.StatusText into the label and, if the user wishes, on the simulator's screen,
+/// when it differs from the line shown last. `force` shows it in both, whatever that line and the
+/// user's wish.
 void ShowStatus(bool force);
 
 }  // namespace quirkmeter

@@ -22,6 +22,11 @@ struct EngineStateRecord {
 
 inline EngineStateRecord EngineState;
 
+/// No failures are drawn; those in force stay in force.
+inline bool OnHold() {
+    return EngineState.SimPaused || !EngineState.Airborne || EngineState.Deactivated;
+}
+
 /// Hardcore Mode in flight: whatever would avoid or undo failures is refused, without a message or
 /// a sound.
 inline bool HardcoreLock() {

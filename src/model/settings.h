@@ -7,16 +7,17 @@
 
 namespace quirkmeter {
 
-/// Modifier keys of a hotkey; both together are their sum. Any value but 1, 2 and 3 means none.
 inline constexpr std::int32_t ModifierCtrl = 1;
 inline constexpr std::int32_t ModifierShift = 2;
 
-inline bool WithCtrl(std::int32_t mods) {
-    return mods == 1 || mods == 3;
-}
-inline bool WithShift(std::int32_t mods) {
-    return mods == 2 || mods == 3;
-}
+struct Hotkey {
+    std::int32_t Key = 0;   // virtual-key code; 0: no hotkey
+    std::int32_t Mods = 0;  // the sum of its modifiers; any value but 1, 2 and 3 means none
+
+    bool WithCtrl() const { return Mods == 1 || Mods == 3; }
+    bool WithShift() const { return Mods == 2 || Mods == 3; }
+    bool operator==(const Hotkey&) const = default;
+};
 
 struct SettingsRecord {
     std::string LastProfile;        // full path; empty: none
@@ -26,13 +27,9 @@ struct SettingsRecord {
     bool HardcoreMode = false;      // the choice, which the next start follows
     bool HardcoreActive = false;    // the mode is in force for this run; never saved
     bool Unread = false;            // there is a file that could not be read; never saved
-    // Virtual-key codes (0: no hotkey) and their modifiers.
-    std::int32_t StatusHotkey = 0;
-    std::int32_t StatusHotkeyMods = 0;
-    std::int32_t ClearHotkey = 0;
-    std::int32_t ClearHotkeyMods = 0;
-    std::int32_t ActiveHotkey = 0;
-    std::int32_t ActiveHotkeyMods = 0;
+    Hotkey StatusHotkey{};          // shows the status line
+    Hotkey ClearHotkey{};           // clears the newest failure
+    Hotkey ActiveHotkey{};          // suspends and resumes failure drawing
 
     bool operator==(const SettingsRecord&) const = default;
 };

@@ -16,15 +16,12 @@ namespace {
 
 struct HotkeyKeys {
     std::string_view Key, ModsKey;
-    std::int32_t SettingsRecord::*Code;
-    std::int32_t SettingsRecord::*Mods;
+    Hotkey SettingsRecord::*Field;
 };
-constexpr HotkeyKeys Hotkeys[] = {
-    {"STATUS_HK=", "STATUS_HKCS=", &SettingsRecord::StatusHotkey,
-     &SettingsRecord::StatusHotkeyMods},
-    {"CLEAR_HK=", "CLEAR_HKCS=", &SettingsRecord::ClearHotkey, &SettingsRecord::ClearHotkeyMods},
-    {"ACTIVE_HK=", "ACTIVE_HKCS=", &SettingsRecord::ActiveHotkey,
-     &SettingsRecord::ActiveHotkeyMods},
+constexpr HotkeyKeys HotkeyTable[] = {
+    {"STATUS_HK=", "STATUS_HKCS=", &SettingsRecord::StatusHotkey},
+    {"CLEAR_HK=", "CLEAR_HKCS=", &SettingsRecord::ClearHotkey},
+    {"ACTIVE_HK=", "ACTIVE_HKCS=", &SettingsRecord::ActiveHotkey},
 };
 
 struct SwitchKey {
@@ -68,9 +65,10 @@ void ReadWholeNumber(std::string_view text, std::int32_t& number) {
 
 void ApplySetting(std::string_view key, std::string_view value) {
     if (key == LastProfileKey) Settings.LastProfile = value;
-    for (const HotkeyKeys& hotkey : Hotkeys) {
-        if (key == hotkey.Key) ReadWholeNumber(value, Settings.*hotkey.Code);
-        if (key == hotkey.ModsKey) ReadWholeNumber(value, Settings.*hotkey.Mods);
+    for (const HotkeyKeys& keys : HotkeyTable) {
+        Hotkey& hotkey = Settings.*keys.Field;
+        if (key == keys.Key) ReadWholeNumber(value, hotkey.Key);
+        if (key == keys.ModsKey) ReadWholeNumber(value, hotkey.Mods);
     }
     for (const SwitchKey& option : SwitchKeys)
         if (key == option.Key && value == On) Settings.*option.Field = true;
@@ -82,10 +80,11 @@ std::string SettingsText() {
         text.append(key).append(value).append("\r\n");
     };
     addLine(LastProfileKey, Settings.LastProfile);
-    for (const HotkeyKeys& hotkey : Hotkeys) {
-        if (Settings.*hotkey.Code <= 0) continue;
-        addLine(hotkey.Key, std::to_string(Settings.*hotkey.Code));
-        addLine(hotkey.ModsKey, std::to_string(Settings.*hotkey.Mods));
+    for (const HotkeyKeys& keys : HotkeyTable) {
+        const Hotkey& hotkey = Settings.*keys.Field;
+        if (hotkey.Key <= 0) continue;
+        addLine(keys.Key, std::to_string(hotkey.Key));
+        addLine(keys.ModsKey, std::to_string(hotkey.Mods));
     }
     for (const SwitchKey& option : SwitchKeys)
         if (Settings.*option.Field) addLine(option.Key, On);

@@ -28,35 +28,49 @@ int KeyEntry(std::int32_t key) {
     return wxNOT_FOUND;
 }
 
-void ShowHotkey(std::int32_t key, std::int32_t mods, PickList* list, wxCheckBox* ctrl,
-                wxCheckBox* shift) {
-    list->SetSelection(KeyEntry(key));
-    ctrl->SetValue(WithCtrl(mods));
-    shift->SetValue(WithShift(mods));
+void ShowHotkey(const Hotkey& hotkey, const frmSettings::HotkeyControls& row) {
+    row.cboKey->SetSelection(KeyEntry(hotkey.Key));
+    row.chkCTRL->SetValue(hotkey.WithCtrl());
+    row.chkSHIFT->SetValue(hotkey.WithShift());
 }
 
-void StoreHotkey(const PickList* list, const wxCheckBox* ctrl, const wxCheckBox* shift,
-                 std::int32_t& key, std::int32_t& mods) {
-    wxString text = list->GetValue();
-    if (text.empty() || text == NoKey) return;
-    key = static_cast<std::int32_t>(text[0].GetValue());
-    mods = (ctrl->GetValue() ? ModifierCtrl : 0) + (shift->GetValue() ? ModifierShift : 0);
+Hotkey ChosenHotkey(const frmSettings::HotkeyControls& row) {
+    wxString text = row.cboKey->GetValue();
+    if (text.empty() || text == NoKey) return {};
+    return {.Key = static_cast<std::int32_t>(text[0].GetValue()),
+            .Mods = (row.chkCTRL->GetValue() ? ModifierCtrl : 0) +
+                    (row.chkSHIFT->GetValue() ? ModifierShift : 0)};
 }
+
+struct SwitchField {
+    const char* Caption;
+    wxCheckBox* frmSettings::*Box;
+    bool SettingsRecord::*Field;
+};
+constexpr SwitchField Switches[] = {
+    {"&Display status changes in flight", &frmSettings::chkDisplayStatus,
+     &SettingsRecord::DisplayUpdate},
+    {"Display &failure info in status", &frmSettings::chkDisplayFailures,
+     &SettingsRecord::DisplayFailures},
+    {"&Play a sound when a failure occurs", &frmSettings::chkPlayFailureSound,
+     &SettingsRecord::PlayFailureSound},
+};
+
+struct HotkeyField {
+    const char* Title;
+    frmSettings::HotkeyControls frmSettings::*Row;
+    Hotkey SettingsRecord::*Field;
+};
+constexpr HotkeyField Hotkeys[] = {
+    {"In Flight Status Hotkey", &frmSettings::Status, &SettingsRecord::StatusHotkey},
+    {"Clear Last Failure Hotkey", &frmSettings::Clear, &SettingsRecord::ClearHotkey},
+    {"Activate/Deactivate QM Hotkey", &frmSettings::Active, &SettingsRecord::ActiveHotkey},
+};
 
 }  // namespace
 
 frmSettings::frmSettings() : wxDialog(nullptr, wxID_ANY, "Settings") {
     CreateControls();
-    chkDisplayStatus->SetValue(Settings.DisplayUpdate);
-    chkDisplayFailures->SetValue(Settings.DisplayFailures);
-    chkPlayFailureSound->SetValue(Settings.PlayFailureSound);
-    chkHardcoreMode->SetValue(Settings.HardcoreMode);
-    ShowHotkey(Settings.StatusHotkey, Settings.StatusHotkeyMods, cboStatus, chkStatusCTRL,
-               chkStatusSHIFT);
-    ShowHotkey(Settings.ClearHotkey, Settings.ClearHotkeyMods, cboClear, chkClearCTRL,
-               chkClearSHIFT);
-    ShowHotkey(Settings.ActiveHotkey, Settings.ActiveHotkeyMods, cboActive, ChkActiveCTRL,
-               chkActiveSHIFT);
     cmdOK->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnOK(); });
 }
 
@@ -64,13 +78,16 @@ void frmSettings::CreateControls() {
     SetBackgroundColour(look::DarkGrey);
     SetFont(look::Text());
     auto* column = new wxBoxSizer(wxVERTICAL);
-    chkDisplayStatus = AddSwitch(column, "&Display status changes in flight");
-    chkDisplayFailures = AddSwitch(column, "Display &failure info in status");
-    chkPlayFailureSound = AddSwitch(column, "&Play a sound when a failure occurs");
+    for (auto [caption, box, field] : Switches) {
+        this->*box = AddSwitch(column, caption);
+        (this->*box)->SetValue(Settings.*field);
+    }
     chkHardcoreMode = AddSwitch(column, "&Hardcore Mode (see Options/Help)");
-    AddHotkey(column, "In Flight Status Hotkey", cboStatus, chkStatusCTRL, chkStatusSHIFT);
-    AddHotkey(column, "Clear Last Failure Hotkey", cboClear, chkClearCTRL, chkClearSHIFT);
-    AddHotkey(column, "Activate/Deactivate QM Hotkey", cboActive, ChkActiveCTRL, chkActiveSHIFT);
+    chkHardcoreMode->SetValue(Settings.HardcoreMode);
+    for (auto [title, row, field] : Hotkeys) {
+        this->*row = AddHotkey(column, title);
+        ShowHotkey(Settings.*field, this->*row);
+    }
 
     cmdOK = new wxButton(this, wxID_OK, "&OK");
     cmdCancel = new wxButton(this, wxID_CANCEL, "&Cancel");
@@ -93,14 +110,13 @@ wxCheckBox* frmSettings::AddSwitch(wxSizer* column, const char* caption) {
     return box;
 }
 
-void frmSettings::AddHotkey(wxSizer* column, const char* title, PickList*& list, wxCheckBox*& ctrl,
-                            wxCheckBox*& shift) {
+frmSettings::HotkeyControls frmSettings::AddHotkey(wxSizer* column, const char* title) {
     auto* label = new wxStaticText(this, wxID_ANY, title);
     label->SetForegroundColour(look::Yellow);
     column->Add(label, wxSizerFlags().Border(wxTOP, FromDIP(8)));
 
-    list = new PickList(this, title, KeyEntries(), wxDefaultPosition,
-                        wxSize(look::Twips(this, 1350, 0).GetWidth(), -1));
+    auto* list = new PickList(this, title, KeyEntries(), wxDefaultPosition,
+                              wxSize(look::Twips(this, 1350, 0).GetWidth(), -1));
     auto* row = new wxBoxSizer(wxHORIZONTAL);
     auto middle = wxSizerFlags().CenterVertical().Border(wxRIGHT, FromDIP(12));
     row->Add(list, middle);
@@ -111,24 +127,15 @@ void frmSettings::AddHotkey(wxSizer* column, const char* title, PickList*& list,
         row->Add(box, middle);
         return box;
     };
-    ctrl = modifier("CTRL");
-    shift = modifier("SHIFT");
+    wxCheckBox* ctrl = modifier("CTRL");
+    wxCheckBox* shift = modifier("SHIFT");
     column->Add(row, wxSizerFlags().Border(wxTOP, FromDIP(4)));
+    return {list, ctrl, shift};
 }
 
 void frmSettings::OnOK() {
-    Settings.StatusHotkey = Settings.StatusHotkeyMods = 0;
-    Settings.ClearHotkey = Settings.ClearHotkeyMods = 0;
-    Settings.ActiveHotkey = Settings.ActiveHotkeyMods = 0;
-    StoreHotkey(cboStatus, chkStatusCTRL, chkStatusSHIFT, Settings.StatusHotkey,
-                Settings.StatusHotkeyMods);
-    StoreHotkey(cboClear, chkClearCTRL, chkClearSHIFT, Settings.ClearHotkey,
-                Settings.ClearHotkeyMods);
-    StoreHotkey(cboActive, ChkActiveCTRL, chkActiveSHIFT, Settings.ActiveHotkey,
-                Settings.ActiveHotkeyMods);
-    Settings.DisplayFailures = chkDisplayFailures->GetValue();
-    Settings.DisplayUpdate = chkDisplayStatus->GetValue();
-    Settings.PlayFailureSound = chkPlayFailureSound->GetValue();
+    for (auto [title, row, field] : Hotkeys) Settings.*field = ChosenHotkey(this->*row);
+    for (auto [caption, box, field] : Switches) Settings.*field = (this->*box)->GetValue();
     ChangeHardcoreMode();
     EndModal(wxID_OK);
 }

@@ -16,27 +16,26 @@ class frmSettings final : public wxDialog {
    public:
     frmSettings();
 
+    /// A row of the dialog: the pick list of keys and the boxes of the modifiers.
+    struct HotkeyControls {
+        PickList* cboKey;
+        wxCheckBox *chkCTRL, *chkSHIFT;
+    };
+
     wxCheckBox* chkDisplayStatus;
     wxCheckBox* chkDisplayFailures;
     wxCheckBox* chkPlayFailureSound;
     wxCheckBox* chkHardcoreMode;
-    PickList* cboStatus;
-    wxCheckBox* chkStatusCTRL;
-    wxCheckBox* chkStatusSHIFT;
-    PickList* cboClear;
-    wxCheckBox* chkClearCTRL;
-    wxCheckBox* chkClearSHIFT;
-    PickList* cboActive;
-    wxCheckBox* ChkActiveCTRL;
-    wxCheckBox* chkActiveSHIFT;
+    HotkeyControls Status;
+    HotkeyControls Clear;
+    HotkeyControls Active;
     wxButton* cmdOK;
     wxButton* cmdCancel;
 
    private:
     void CreateControls();
     wxCheckBox* AddSwitch(wxSizer* column, const char* caption);
-    void AddHotkey(wxSizer* column, const char* title, PickList*& list, wxCheckBox*& ctrl,
-                   wxCheckBox*& shift);
+    HotkeyControls AddHotkey(wxSizer* column, const char* title);
     void OnOK();
     void ChangeHardcoreMode();
 };

@@ -1,4 +1,5 @@
-// The two drawn displays of the practice simulator's window. Neither takes part in the tab order.
+// The two displays of the practice simulator's window: the simulator's screen and the annunciator
+// panel. Both are native texts, which screen readers know; neither takes the focus.
 #pragma once
 
 #include <wx/wx.h>
@@ -10,50 +11,33 @@
 
 namespace quirkmeter::practice {
 
-class Display : public wxWindow {
+/// A row of lamps behind each title.
+class AnnunciatorPanel final : public wxWindow {
    public:
-    explicit Display(wxWindow* parent);
-    bool AcceptsFocus() const override { return false; }
-
-   protected:
-    virtual void Draw(wxDC& dc) = 0;
-    /// For a screen reader.
-    void Describe(const char* name, const wxString& shown);
-};
-
-/// An annunciator panel: a title and its lamps in every row.
-class AnnunciatorPanel : public Display {
-   public:
-    /// The rows keep their titles and their number of lamps for good.
+    /// The rows keep their titles and their numbers of lamps.
     AnnunciatorPanel(wxWindow* parent, std::vector<LampRow> rows);
 
-    /// Draws again what has changed.
+    /// Changes the lamps that differ from what they show.
     void SetLamps(const std::vector<LampRow>& rows);
-
-   protected:
-    wxSize DoGetBestClientSize() const override;
-    void Draw(wxDC& dc) override;
+    bool AcceptsFocus() const override { return false; }
 
    private:
-    void Measure();
+    wxStaticText* MakeLamp(const Lamp& lamp);
     void DescribeLamps();
 
     std::vector<LampRow> rows_;
-    std::vector<std::vector<wxRect>> places_;  // of the lamps
-    wxSize size_;
+    std::vector<std::vector<wxStaticText*>> lamps_;
 };
 
 /// The simulator's screen, with the text that a client has put there.
-class ScreenPanel final : public Display {
+class ScreenPanel final : public wxWindow {
    public:
     explicit ScreenPanel(wxWindow* parent);
     void SetText(const std::string& text);
-
-   protected:
-    wxSize DoGetBestClientSize() const override;
-    void Draw(wxDC& dc) override;
+    bool AcceptsFocus() const override { return false; }
 
    private:
+    wxStaticText* label_;
     wxString text_;
 };
 

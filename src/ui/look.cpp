@@ -1,11 +1,10 @@
 #include "ui/look.h"
 
 #include <wx/bitmap.h>
+#include <wx/dcmemory.h>
 #include <wx/image.h>
 #include <wx/msgdlg.h>
 #include <wx/strconv.h>
-
-#include <cmath>
 
 namespace quirkmeter::look {
 
@@ -20,35 +19,19 @@ wxPoint FromTwips(const wxWindow* window, int x, int y) {
     return window->FromDIP(wxPoint(static_cast<int>(x * scale), static_cast<int>(y * scale)));
 }
 
-// How much of a pixel the disc covers, by samples: a smooth edge on every platform alike.
-double Coverage(int x, int y, int size) {
-    constexpr int Samples = 4;
-    double radius = size * 5.5 / 16;
-    double centre = size / 2.0;
-    int inside = 0;
-    for (int i = 0; i < Samples; ++i)
-        for (int j = 0; j < Samples; ++j) {
-            double dx = x + (i + 0.5) / Samples - centre;
-            double dy = y + (j + 0.5) / Samples - centre;
-            if (dx * dx + dy * dy <= radius * radius) ++inside;
-        }
-    return static_cast<double>(inside) / (Samples * Samples);
-}
-
-unsigned char Blend(unsigned char under, unsigned char over, double share) {
-    return static_cast<unsigned char>(std::lround(under + (over - under) * share));
-}
-
+// Drawn larger and scaled down, so that its edge is smooth on every platform alike.
 wxBitmap DiscBitmap(const wxColour& colour, int size) {
-    wxImage image(size, size);
-    for (int y = 0; y < size; ++y)
-        for (int x = 0; x < size; ++x) {
-            double share = Coverage(x, y, size);
-            image.SetRGB(x, y, Blend(DarkGreen.Red(), colour.Red(), share),
-                         Blend(DarkGreen.Green(), colour.Green(), share),
-                         Blend(DarkGreen.Blue(), colour.Blue(), share));
-        }
-    return wxBitmap(image);
+    constexpr int Oversampling = 8;
+    int largeSize = size * Oversampling;
+    wxBitmap large(largeSize, largeSize, 24);
+    wxMemoryDC dc(large);
+    dc.SetBackground(DarkGreen);
+    dc.Clear();
+    dc.SetPen(*wxTRANSPARENT_PEN);
+    dc.SetBrush(colour);
+    dc.DrawCircle(largeSize / 2, largeSize / 2, largeSize * 11 / 32);
+    dc.SelectObject(wxNullBitmap);
+    return wxBitmap(large.ConvertToImage().Rescale(size, size, wxIMAGE_QUALITY_BOX_AVERAGE));
 }
 
 void ScalePlaces(wxWindow* window, const wxDPIChangedEvent& event) {

@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 . ./packages.sh
 
-# Each is a program of torture/, called with SEED SECONDS: progress on stderr, on stdout its rows
+# Each is a program of tests/torture/, called with SEED SECONDS: progress on stderr, on stdout its rows
 # "what|tried|lost", and success when nothing was lost.
 drivers=(hours calls hell saving)
 

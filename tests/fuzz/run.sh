@@ -2,24 +2,24 @@
 # usage: run.sh SECONDS: builds the targets for libFuzzer and runs each for its share of that time,
 # with the committed inputs and those found before. Fails at a find and says where it is.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 . ./packages.sh
 
 seconds=$1
 need "${build_packages[@]}" "${test_packages[@]}" "${fuzz_packages[@]}"
-cmake -G Ninja -S fuzz -B build/fuzz -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
+cmake -G Ninja -S tests/fuzz -B build/fuzz -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
 cmake --build build/fuzz -- --quiet
 
 # What is not of the outside world lies in memory.
 TMPDIR=$(mktemp -d -p /dev/shm)
 export TMPDIR
 trap 'rm -r "$TMPDIR"' EXIT
-targets=(fuzz/corpus/*)
+targets=(tests/fuzz/corpus/*)
 for target in "${targets[@]}"; do
     target=$(basename "$target")
     mkdir -p "build/fuzz/found/$target"
     if ! "build/fuzz/$target" -max_total_time=$((seconds / ${#targets[@]})) -print_final_stats=1 \
-        -artifact_prefix="build/fuzz/$target-" "build/fuzz/found/$target" "fuzz/corpus/$target" \
+        -artifact_prefix="build/fuzz/$target-" "build/fuzz/found/$target" "tests/fuzz/corpus/$target" \
         &>"build/fuzz/$target.log"; then
         tail -n 40 "build/fuzz/$target.log" >&2
         exit 1

@@ -35,8 +35,7 @@ void Begin(Bytes& bytes) {
     }
     inprocess::SetDecimalSeparator(bytes.starts_with(',') ? ',' : '.');
     if (!bytes.empty()) bytes.remove_prefix(1);
-    torture::Choose = [](int) { return 0; };
-    torture::Draws.clear();
+    ScriptedDraw = [](std::int32_t, std::int32_t low) { return low; };
 }
 
 // What is read is written and read again: it stays the same, but for a hotkey that is none.

@@ -19,11 +19,11 @@
 #include "model/failure_list.h"
 #include "model/failure_range.h"
 #include "model/main_window.h"
-#include "model/random.h"
 #include "persist/profile.h"
 #include "persist/settings_file.h"
 #include "platform/inprocess/inprocess.h"
 #include "practice/request_block.h"
+#include "scripted_chance.h"
 #include "torture/naive_model.h"
 
 namespace quirkmeter {
@@ -36,20 +36,6 @@ inline std::function<int(int n)> Choose;
 // What the program drew, for the model to draw again.
 inline std::vector<std::array<int, 3>> Draws;
 
-}  // namespace torture
-
-std::int32_t RandomInRange(std::int32_t high, std::int32_t low) {
-    // The ends come often, since the rules turn there.
-    int values[] = {low, std::max(high, low), low + torture::Choose(std::max(high - low + 1, 1))};
-    int value = values[std::min(torture::Choose(8), 2)];
-    torture::Draws.push_back({high, low, value});
-    return value;
-}
-
-void ResetRandom(std::uint64_t) {}
-
-namespace torture {
-
 namespace inprocess = platform::inprocess;
 
 class Flight final : public MainWindow {
@@ -61,6 +47,13 @@ class Flight final : public MainWindow {
         for (const char* name : {"ok", "warning", "failure"})
             std::ofstream(folder_ + "/sound_" + name + ".wav");
         TheMainWindow = this;
+        ScriptedDraw = [](int high, int low) {
+            // The ends come often, since the rules turn there.
+            int values[] = {low, std::max(high, low), low + Choose(std::max(high - low + 1, 1))};
+            int value = values[std::min(Choose(8), 2)];
+            Draws.push_back({high, low, value});
+            return value;
+        };
         Start();
     }
     ~Flight() {

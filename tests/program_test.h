@@ -11,6 +11,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/program_state.h"
@@ -23,6 +24,8 @@
 #include "platform/platform.h"
 #include "practice/offset_space.h"
 #include "practice/request_block.h"
+#include "practice/variables.h"
+#include "practice/write_line.h"
 
 namespace quirkmeter {
 
@@ -30,26 +33,22 @@ namespace inprocess = platform::inprocess;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The messages that the rooms below asked the main window to show.
+/// What the rooms below asked of the main window.
 struct RecordingWindow final : MainWindow {
-    void RefreshSubsystems() override {}
-    void SetStatusCaption(const std::string&) override {}
-    void SetSubSystemsHeading(const std::string&) override {}
-    void ShowSubsystemList(bool) override {}
+    void RefreshSubsystems() override { ++Refreshes; }
+    void SetStatusCaption(const std::string& caption) override { Captions.push_back(caption); }
+    void SetSubSystemsHeading(const std::string& heading) override { Heading = heading; }
+    void ShowSubsystemList(bool show) override { ListShown = show; }
     platform::WindowHandle Handle() const override { return 0; }
-    void Unload() override {}
+    void Unload() override { ++Unloads; }
     void ShowMessage(const std::string& text, MessageIcon icon) override {
         Messages.push_back((icon == MessageIcon::Warning ? "! " : "") + text);
     }
 
-    std::vector<std::string> Messages;
-};
-
-struct SimWriteRecord {
-    std::uint32_t Offset;
-    std::uint32_t Size;
-    std::uint64_t Value;  // of at most 8 bytes
-    bool operator==(const SimWriteRecord&) const = default;
+    std::vector<std::string> Captions, Messages;
+    std::string Heading;
+    int Refreshes = 0, Unloads = 0;
+    bool ListShown = true;
 };
 
 /// The simulator's end of the wire.
@@ -59,6 +58,8 @@ class TestSimulator {
         Space.SetValue(0x3304, 4, 0x19980005);
         Space.SetValue(0x3308, 4, 0xFADE0007);
         Space.SetValue(0x0AEC, 2, 4);
+        for (const practice::Variable& tank : practice::VariablesOf(practice::VariableKind::Tank))
+            Space.SetValue(tank.Offset, tank.Size, practice::FullTank);
         message_ = platform::RegisterWindowMessageA("FSASMLIB:IPC");
         window_ = platform::OwnWindow(
             className, "", [this](std::uint32_t message, std::uintptr_t wParam, std::intptr_t) {
@@ -69,7 +70,9 @@ class TestSimulator {
     TestSimulator(const TestSimulator&) = delete;
 
     practice::OffsetSpace Space;
-    std::vector<SimWriteRecord> Writes;
+    /// As the practice simulator prints them, without the time.
+    std::vector<std::string> Writes;
+    std::vector<std::string> TakeWrites() { return std::exchange(Writes, {}); }
     std::vector<std::byte> Block;  // as it arrived last
     int Batches = 0;
     std::intptr_t Reply = 1;
@@ -86,8 +89,7 @@ class TestSimulator {
             platform::MapViewOfFile(mapping, platform::FileMapWrite, 0, 0, 0));
         Block.assign(block, block + platform::ViewSize(block));
         practice::CarryOut(block, Block.size(), Space, [this](const practice::AppliedWrite& write) {
-            auto size = static_cast<std::uint32_t>(write.Bytes.size());
-            Writes.push_back({write.Offset, size, Space.Value(write.Offset, std::min(size, 8u))});
+            Writes.push_back(practice::WriteLine(0, write).substr(sizeof "0.000"));
         });
         if (Spoil) Spoil(block);
         platform::UnmapViewOfFile(block);
@@ -132,7 +134,8 @@ class ProgramTest : public testing::Test {
     RecordingWindow window_;
 };
 
-/// A test with the link open.
+/// A test with the link open; the simulator has four engines and full tanks and is in the
+/// air, gear and flaps up.
 class LinkedTest : public ProgramTest {
    protected:
     LinkedTest() {
@@ -140,9 +143,39 @@ class LinkedTest : public ProgramTest {
         EXPECT_TRUE(SimOpen(0, result));
         EngineState.Connected = true;
         simulator_.Batches = 0;
+        inprocess::TakeSounds();
     }
 
     TestSimulator simulator_;
 };
+
+/// The place of a sub-system in the catalogue, by its label in the status line: "Inst(Vacuum)".
+inline std::pair<int, int> Place(std::string_view label) {
+    std::pair<int, int> place;
+    ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
+        std::string name(SystemNames[s]);
+        if (name + "(" + std::string(entry.Name) + ")" == label) place = {s, n};
+    });
+    EXPECT_NE(place.first, 0) << "no sub-system " << label;
+    return place;
+}
+inline SubsystemEntry& Entry(std::string_view label) {
+    auto [s, n] = Place(label);
+    return Catalogue[s][n];
+}
+inline void Fail(std::string_view label) {
+    auto [s, n] = Place(label);
+    AddFailure(s, n);
+}
+/// The labels of the failures in force, oldest first.
+inline std::vector<std::string> Failures() {
+    std::vector<std::string> labels;
+    for (int row = 1; row <= FailureCount; ++row) {
+        auto [s, n, counter] = FailureList[row];
+        labels.push_back(std::string(SystemNames[s]) + "(" + std::string(Catalogue[s][n].Name) +
+                         ")");
+    }
+    return labels;
+}
 
 }  // namespace quirkmeter

@@ -334,6 +334,7 @@ bool sndPlaySoundA(const char* path, std::uint32_t flags) {
 std::intptr_t ShellExecuteA(WindowHandle, const char* operation, const char* file,
                             const char* parameters, const char* directory, int showCommand) {
     TheWorld.ShellRuns.push_back({operation, file, parameters, directory, showCommand});
+    if (Fails("ShellExecuteA")) return static_cast<std::intptr_t>(TheWorld.LastError);
     return FileExists(file) ? 33 : 2;
 }
 

@@ -1,14 +1,14 @@
-// The catalogue, its texts, and the files that they come from and go to.
-#include "model/number_text.h"
+// The settings file and the profile files.
 #include "persist/profile.h"
 #include "persist/settings_file.h"
 #include "program_test.h"
+#include "scripted_chance.h"
 
 namespace quirkmeter {
 
 namespace {
 
-class FilesTest : public ProgramTest {
+class PersistTest : public ProgramTest {
    protected:
     SettingsRecord ReadSettingsFrom(std::string_view content) {
         Settings = {};
@@ -34,30 +34,7 @@ class FilesTest : public ProgramTest {
     }
 };
 
-TEST_F(FilesTest, NumbersAreWrittenInSinglePrecisionWithSevenDigits) {
-    std::pair<float, const char*> texts[] = {
-        {100.0f, "100"},         {99.999f, "99.999"},        {-0.0f, "0"},
-        {33.33333f, "33.33333"}, {12.34567891f, "12.34568"}, {1.5e-10f, "0.00000000015"}};
-    for (auto [value, text] : texts) EXPECT_EQ(NumberText(value), text);
-    inprocess::SetDecimalSeparator(',');
-    EXPECT_EQ(NumberText(99.999f), "99,999");
-}
-
-TEST_F(FilesTest, NumbersAreReadAndNothingElse) {
-    std::pair<const char*, double> numbers[] = {{" 99.50 ", 99.5}, {"099.5", 99.5}, {"-1", -1},
-                                                {"+5", 5},         {".5", 0.5},     {"5.", 5},
-                                                {"1e1", 10},       {"1E-1", 0.1}};
-    for (auto [text, value] : numbers) EXPECT_EQ(ReadNumber(text), value) << text;
-    for (std::string_view text : {"", " ", ".", "nan", "inf", "0x10", "1e99", "1e", "1 2", "--1",
-                                  "+-1", "1.2.3", "5%", "1,5", "\t1"})
-        EXPECT_EQ(ReadNumber(text), std::nullopt) << text;
-    inprocess::SetDecimalSeparator(',');
-    EXPECT_EQ(ReadNumber("99,5"), 99.5);
-    EXPECT_EQ(ReadNumber("99.5"), std::nullopt);
-    EXPECT_EQ(ReadPointNumber("99.5"), 99.5);
-}
-
-TEST_F(FilesTest, SettingsAreReadBackAsWritten) {
+TEST_F(PersistTest, SettingsAreReadBackAsWritten) {
     EXPECT_TRUE(ReadSettings());
     EXPECT_EQ(Settings, SettingsRecord{}) << "there is no file";
     Settings.ClearHotkey.Key = -1;
@@ -79,7 +56,7 @@ TEST_F(FilesTest, SettingsAreReadBackAsWritten) {
     EXPECT_EQ(ReadSettingsFrom(text), all);
 }
 
-TEST_F(FilesTest, OddSettingsChangeNothing) {
+TEST_F(PersistTest, OddSettingsChangeNothing) {
     EXPECT_EQ(ReadSettingsFrom("DISPLAYUPDATE=yes\r\n DISPLAYUPDATE=YES\r\nDISPLAYUPDATE =YES\r\n"
                                "displayupdate=YES\r\nDISPLAYUPDATE\r\n=\r\nFOO=1\r\n\r\n"
                                "HARDCOREMODE=NO\r\nSTATUS_HK=8x\r\nACTIVE_HK= 5\r\n"),
@@ -97,7 +74,7 @@ TEST_F(FilesTest, OddSettingsChangeNothing) {
 }
 
 // A folder of its name stands for a file that another program holds.
-TEST_F(FilesTest, SettingsThatCannotBeReadAreTriedAgainAndNeverReplaced) {
+TEST_F(PersistTest, SettingsThatCannotBeReadAreTriedAgainAndNeverReplaced) {
     auto ini = folder_ / "Quirkmeter.ini";
     std::filesystem::create_directory(ini);
     auto release = [&] {
@@ -121,28 +98,7 @@ TEST_F(FilesTest, SettingsThatCannotBeReadAreTriedAgainAndNeverReplaced) {
     EXPECT_EQ(window_.Messages.size(), 2u);
 }
 
-TEST_F(FilesTest, HardcoreModeIsLastAndNeedsItsCompanion) {
-    Settings.HardcoreMode = Settings.DisplayUpdate = true;
-    EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\nDISPLAYUPDATE=YES\r\nHARDCOREMODE=YES\r\n");
-    Settings = {};
-    WriteFile("Quirkmeter.ini", "HARDCOREMODE=YES\r\nDISPLAYUPDATE=YES\r\n");
-    EXPECT_FALSE(ReadSettings());
-    EXPECT_TRUE(Settings.HardcoreMode && Settings.HardcoreActive);
-    EXPECT_FALSE(Settings.DisplayUpdate) << "nothing behind that line is read";
-    EXPECT_THAT(window_.Messages, ElementsAre("Problem starting FSQM Hardcore Mode process (1)."));
-    inprocess::TakeShellRuns();
-    WriteFile("fsqmhc.exe", "");
-    EXPECT_FALSE(ReadSettings());
-    EXPECT_EQ(window_.Messages.size(), 1u) << "it was started";
-    platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", {});
-    EXPECT_TRUE(ReadSettings());
-    EXPECT_TRUE(Settings.DisplayUpdate);
-    EXPECT_THAT(
-        inprocess::TakeShellRuns(),
-        ElementsAre(inprocess::ShellRun{"Open", (folder_ / "fsqmhc.exe").string(), "0", "0", 2}));
-}
-
-TEST_F(FilesTest, ReadyMadeProfilesAreAsTheProgramWritesThemInEveryCountry) {
+TEST_F(PersistTest, ReadyMadeProfilesAreAsTheProgramWritesThemInEveryCountry) {
     inprocess::SetDecimalSeparator(',');
     int count = 0;
     for (const auto& file : std::filesystem::directory_iterator(PROFILES_FOLDER)) {
@@ -155,20 +111,43 @@ TEST_F(FilesTest, ReadyMadeProfilesAreAsTheProgramWritesThemInEveryCountry) {
     EXPECT_EQ(count, 7);
 }
 
-TEST_F(FilesTest, AProfileIsReadTolerantlyWhereItMayBe) {
+TEST_F(PersistTest, AProfileIsReadTolerantlyWhereItMayBe) {
     EXPECT_TRUE(ReadProfileFrom(
         "1#1#150#2\r\n1#1#-0#1000\r\n1#1#-1#-1\r\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
-        "9#1#500#5000\r\n8#15#50#1\r\n1#2#50#5\n1#2#100#999\r\n1#3#" +
+        "9#1#500#5000\r\n8#15#50#1\r\n3#1.5#40#3\r\n1#2#50#5\n1#2#100#999\r\n1#3#" +
         std::string(500'000, '0') + "7#1"));
     EXPECT_EQ(Texts(1, 1), "0#2");
     EXPECT_EQ(Texts(1, 2), "100#999");
     EXPECT_EQ(Texts(1, 3), "7#1");
     EXPECT_EQ(Texts(2, 3), "99.5#1");
     EXPECT_EQ(Texts(7, 4), "0#0");
+    EXPECT_EQ(Texts(3, 2), "40#3") << "a half is rounded to the even number";
     EXPECT_TRUE(ReadProfileFrom(""));
 }
 
-TEST_F(FilesTest, ABadLineEndsTheReading) {
+TEST_F(PersistTest, AGoodProfileIsNamedInTheHeadingAndABadOneForgotten) {
+    DrawScript chance;
+    EXPECT_TRUE(ReadProfileFrom("1#1#50#2\r\n"));
+    EXPECT_EQ(window_.Heading, "Sub-systems (heavy.qmp)");
+    EXPECT_EQ(chance.Asked.size(), 3u * 62) << "the ranges are computed anew";
+    EXPECT_EQ(window_.Refreshes, 1);
+    std::string heavy = Settings.LastProfile;
+    EXPECT_FALSE(ReadProfileFrom("1#1#60#3\r\n1#2#50\r\n1#3#50#2\r\n"));
+    EXPECT_THAT(window_.Messages, ElementsAre("! Could not read " + heavy));
+    EXPECT_EQ(Settings.LastProfile, "");
+    EXPECT_EQ(Texts(1, 1) + " " + Texts(1, 3), "60#3 100#1") << "lines before the bad one stay";
+    EXPECT_EQ(window_.Refreshes, 1) << "a bad one";
+
+    Settings.LastProfile = (folder_ / "light.qmp").string();
+    WriteProfile();
+    EXPECT_EQ(window_.Heading, "Sub-systems (light.qmp)");
+    Settings.LastProfile = (folder_ / "none/a.qmp").string();
+    WriteProfile();
+    EXPECT_EQ(window_.Messages.back(), "! Could not write " + Settings.LastProfile);
+    EXPECT_EQ(window_.Heading, "Sub-systems (light.qmp)");
+}
+
+TEST_F(PersistTest, ABadLineEndsTheReading) {
     std::vector<std::string> bad = {"1#1#99.5", "",          "9#1#50#1",   "1#16#50#1",
                                     "1#0#50#1", "1#1##1",    "0#1#50#500", "1#1#5#1#2",
                                     "1#1#5x#1", "1e30#1#5#1"};

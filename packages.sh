@@ -1,5 +1,5 @@
-# The Debian packages that the project needs, and how they get onto the machine. Sourced by the
-# scripts beside it: need NAME... installs those of them that are missing.
+# The Debian packages that the project needs, and how it is built. Sourced by the scripts beside it:
+# need NAME... installs those packages that are missing.
 
 build_packages=(cmake ninja-build ccache g++ pkg-config libwxgtk3.2-dev libgtk-3-dev libx11-dev
   libxi-dev libcanberra-dev libasound2-dev)
@@ -26,11 +26,20 @@ need() {
         "${missing[@]}" >/dev/null
 }
 
+# configure FOLDER OPTION...: CMake refuses a build folder that was moved or copied here with its
+# checkout, so such a one is configured afresh.
+configure() {
+    local cache=$1/CMakeCache.txt fresh=()
+    [[ ! -e $cache || $(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$cache") -ef $1 ]] ||
+        fresh=(--fresh)
+    cmake "${fresh[@]}" -B "$@" >/dev/null
+}
+
 # build PRESET TESTING [TARGET...]: builds what has changed, with (ON) or without (OFF) the tests.
 build() {
     local preset=$1 testing=$2
     shift 2
     echo "Building ($preset)"
-    cmake --preset "$preset" -DBUILD_TESTING="$testing" >/dev/null
+    configure "build/$preset" --preset "$preset" -DBUILD_TESTING="$testing"
     cmake --build --preset "$preset" ${1+--target "$@"} -- --quiet
 }

@@ -132,10 +132,10 @@ if [ ! -d "$toolkit" ]; then
 fi 9>"$cache/lock"
 
 build=build/windows
-cmake -G Ninja -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
+configure "$build" -G Ninja -S . -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
     -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" \
     -DCMAKE_FIND_ROOT_PATH="$toolkit" \
-    -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config" >/dev/null
+    -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config"
 cmake --build "$build" -j "$jobs"
 cmake --install "$build" --prefix "$build/hangar" >/dev/null
 ls -l "$build"/hangar/*.exe

@@ -7,7 +7,7 @@ cd "$(dirname "$0")/../.."
 
 seconds=$1
 need "${build_packages[@]}" "${test_packages[@]}" "${fuzz_packages[@]}"
-cmake -G Ninja -S tests/fuzz -B build/fuzz -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
+configure build/fuzz -G Ninja -S tests/fuzz -DCMAKE_CXX_COMPILER=clang++-14
 cmake --build build/fuzz -- --quiet
 
 # What is not of the outside world lies in memory.

@@ -3,11 +3,33 @@
 # you close Quirkmeter. Without one: a minute of flight on a virtual display, printed line by line,
 # and a picture of the windows at its end.
 set -euo pipefail
+set -m # each background command is a process group, which ends as a whole
 cd "$(dirname "$0")"
 . ./packages.sh
+. tests/display.sh
+
+processes=()
+end() {
+    local i
+    trap - EXIT INT TERM
+    for ((i = ${#processes[@]} - 1; i >= 0; --i)); do
+        kill -- "-${processes[i]}" 2>/dev/null || true
+        wait "${processes[i]}" 2>/dev/null || true
+    done
+}
+trap end EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
+start() { "$@" & processes+=($!); }
+# The shell handles a signal at once while it waits, but not while a command is in the foreground.
+run() {
+    start "$@"
+    wait $!
+}
 
 need "${build_packages[@]}" "${run_packages[@]}"
-build release OFF Quirkmeter fsqmhc practice-simulator rehearse
+run build release OFF Quirkmeter fsqmhc practice-simulator rehearse
 cmake --install build/release --prefix build/hangar >/dev/null
 cd build/hangar
 
@@ -17,17 +39,6 @@ if [[ ! -f Quirkmeter.ini ]]; then
         STATUS_HK=83 STATUS_HKCS=3 CLEAR_HK=67 CLEAR_HKCS=3 ACTIVE_HK=68 ACTIVE_HKCS=3 \
         DISPLAYUPDATE=YES DISPLAYFAILURES=YES PLAYFAILURESOUND=YES >Quirkmeter.ini
 fi
-
-processes=()
-end() {
-    trap - EXIT INT TERM
-    for process in "${processes[@]}"; do
-        kill "$process" 2>/dev/null || true
-        wait "$process" 2>/dev/null || true
-    done
-}
-trap end EXIT
-trap 'exit 130' INT TERM
 
 # Prints what the practice simulator reports: its events, and of the writes that come every second
 # those that say something new; of a draining tank the first.
@@ -40,23 +51,17 @@ report() {
 
 if [[ -n ${DISPLAY-}${WAYLAND_DISPLAY-} ]]; then
     echo "Flying. The aircraft takes off by itself; close Quirkmeter to end."
-    ./practice-simulator > >(report) & processes+=($!)
-    ./Quirkmeter
+    start ./practice-simulator > >(report)
+    run ./Quirkmeter
     exit
 fi
 
-cd ../..
 need "${display_packages[@]}"
-cd build/hangar
 echo "No display: a minute of flight on a virtual one."
-exec {number}< <(exec Xvfb -displayfd 1 -screen 0 2000x800x24 2>/dev/null)
-processes+=($!)
-read -r -u "$number" display
-export DISPLAY=:$display
-openbox >/dev/null 2>&1 & processes=($! "${processes[@]}")
-./practice-simulator > >(report) & processes=($! "${processes[@]}")
+open_display 2000x800
+start ./practice-simulator > >(report)
 sleep 1
-./Quirkmeter & processes=($! "${processes[@]}")
-sleep 60
+start ./Quirkmeter
+run sleep 60
 import -window root ../flight.png
 echo "The windows after a minute: build/flight.png"

@@ -6,13 +6,14 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh
+. tests/display.sh
 need "${display_packages[@]}" xdotool
 root=$PWD
 folder=$(mktemp -d)
 processes=()
 trap 'kill "${processes[@]}" 2>/dev/null || true; rm -rf "$folder"' EXIT
 mkdir -p docs/pictures
-export XDG_RUNTIME_DIR=$folder GSETTINGS_BACKEND=memory
+export XDG_RUNTIME_DIR=$folder
 export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$HOME/.cache} # Wine's, whatever the home folder is below
 
 start() { "$@" >/dev/null 2>&1 & processes+=($!); }
@@ -36,24 +37,18 @@ shoot_active() {
 }
 keys() { for key; do xdotool key --clearmodifiers "$key"; sleep 0.3; done; }
 
-open_display() {
-    exec {number}< <(exec Xvfb -displayfd 1 -screen 0 2600x1800x24 2>/dev/null)
-    processes=($!)
-    read -r -u "$number" display
-    export DISPLAY=:$display
-    start openbox
-}
-
 close_display() {
     kill "${processes[@]}" 2>/dev/null || true
     wait 2>/dev/null || true
+    processes=()
     cd "$root"
 }
 
 fly() {
     scale=$1
     export GDK_SCALE=$((scale / 100))
-    open_display
+    open_display 2600x1800
+    local display_processes=${#processes[@]}
     # At home, so that the file dialogs show no other place.
     export HOME=$folder/pilot
     rm -rf "$HOME/Quirkmeter"
@@ -94,8 +89,8 @@ fly() {
     keys Escape
 
     # Hardcore Mode in the air: the notice in the place of the list.
-    kill "${processes[@]:2}" && wait "${processes[@]:2}" 2>/dev/null || true
-    processes=("${processes[@]:0:2}")
+    kill "${processes[@]:display_processes}" && wait "${processes[@]:display_processes}" || true
+    processes=("${processes[@]:0:display_processes}")
     echo -e 'HARDCOREMODE=YES\r' >>Quirkmeter.ini
     start ./practice-simulator --takeoff-after 4
     sleep 1
@@ -122,7 +117,7 @@ fly_on_windows() {
     local wine=$root/packaging/windows/wine.sh
     scale=windows
     export WINEPREFIX=$folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
-    open_display
+    open_display 2600x1800
     cp -r build/windows/hangar "$folder/hangar"
     cd "$folder/hangar"
     printf '%s\r\n' "LASTPROFILE=Z:${PWD//\//\\}\practice.qmp" DISPLAYFAILURES=YES >Quirkmeter.ini

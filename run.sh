@@ -39,6 +39,13 @@ if [[ ! -f Quirkmeter.ini ]]; then
         STATUS_HK=83 STATUS_HKCS=3 CLEAR_HK=67 CLEAR_HKCS=3 ACTIVE_HK=68 ACTIVE_HKCS=3 \
         DISPLAYUPDATE=YES DISPLAYFAILURES=YES PLAYFAILURESOUND=YES >Quirkmeter.ini
 fi
+# The profiles of this folder move with the checkout.
+last=$(sed -n 's/^LASTPROFILE=\(.*\)\r$/\1/p' Quirkmeter.ini)
+moved=$PWD/${last##*/build/hangar/}
+if [[ ! -e $last && -f $moved ]]; then
+    { printf 'LASTPROFILE=%s\r\n' "$moved"; sed /^LASTPROFILE=/d Quirkmeter.ini; } >Quirkmeter.new
+    mv Quirkmeter.new Quirkmeter.ini
+fi
 
 # Prints what the practice simulator reports: its events, and of the writes that come every second
 # those that say something new; of a draining tank the first.

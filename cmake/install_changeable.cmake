@@ -1,0 +1,18 @@
+# Installs what the pilot may change, the profiles and the sounds. A file that is there stays.
+cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH checkout)
+set(assets "${checkout}/assets")
+string(REPLACE "[" "[[]" pattern "${assets}")  # a bracket in the folder's name is no pattern
+file(GLOB_RECURSE files RELATIVE "${assets}" "${pattern}/*.qmp" "${pattern}/*.wav")
+foreach(file ${files})
+  set(installed "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${file}")
+  if(EXISTS "${installed}")
+    file(SHA256 "${installed}" there)
+    file(SHA256 "${assets}/${file}" delivered)
+    if(NOT there STREQUAL delivered)
+      message(NOTICE "Kept ${installed}, which differs from the delivered file")
+    endif()
+  else()
+    cmake_path(GET file PARENT_PATH folder)
+    file(INSTALL "${assets}/${file}" DESTINATION "${CMAKE_INSTALL_PREFIX}/${folder}")
+  endif()
+endforeach()

@@ -506,10 +506,25 @@ uninstall() {
     await no wine reg query "$uninstall_key"
 }
 
-uninstall_keeps_the_users_files() {
+# "Older" has the time of its installation, as a profile of an earlier version has.
+installing_again_keeps_the_users_files() {
+    local profiles
+    profiles=$(installed)/profiles
+    echo mine >"$profiles/trainer.qmp"
+    rm "$profiles/airliner.qmp"
+    cp -p "$profiles/engines.qmp" "$world/engines.qmp"
+    echo older >"$profiles/engines.qmp"
+    touch -r "$world/engines.qmp" "$profiles/engines.qmp"
+    wine "$setup" /S
+    [ "$(diff -rq "$profiles" "$world/zip/Quirkmeter/profiles" | wc -l)" -eq 1 ]
+    [ "$(cat "$profiles/trainer.qmp")" = mine ]
+}
+
+uninstalling_keeps_the_users_files() {
     touch "$(installed)/mine.qmp"
     uninstall
-    [ "$(ls "$(installed)" | tr '\n' ' ')" = "Quirkmeter.ini mine.qmp " ]
+    [ "$(cd "$(installed)" && find -type f | sort | tr '\n' ' ')" = \
+        "./Quirkmeter.ini ./mine.qmp ./profiles/trainer.qmp " ]
 }
 
 uninstall_leaves_nothing() {
@@ -564,7 +579,8 @@ if [ "$version" = winxp ]; then
     check "the installer installs" installs
     check "the installed program starts, holds off the installers and writes its settings" \
         installed_program_runs
-    check "uninstalling keeps the user's files" uninstall_keeps_the_users_files
+    check "installing again keeps what the user changed" installing_again_keeps_the_users_files
+    check "uninstalling keeps the user's files" uninstalling_keeps_the_users_files
     check "uninstalling leaves nothing else" uninstall_leaves_nothing
     check "a module that never answers is a time-out" silence_is_a_time_out
 fi

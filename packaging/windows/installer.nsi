@@ -55,10 +55,51 @@ again:
 closed:
 !macroend
 
+; The pilot may change the profiles and the sounds. A file is untouched while its time is the one noted
+; when it was installed; any other stays.
+!macro ReadTimes file
+    GetFileTime "$INSTDIR\${file}" $0 $1
+    StrCpy $0 "$0 $1"
+    ReadRegStr $1 HKCU "${INSTALLED}" "${file}"
+!macroend
+
+!macro InstallChangeable file
+    !insertmacro ReadTimes "${file}"
+    ${IfNot} ${FileExists} "$INSTDIR\${file}"
+    ${OrIf} $0 == $1
+        File "/oname=${file}" "${FOLDER}\${file}"
+        !insertmacro ReadTimes "${file}"
+        WriteRegStr HKCU "${INSTALLED}" "${file}" $0
+    ${EndIf}
+!macroend
+
+!macro DeleteChangeable file
+    !insertmacro ReadTimes "${file}"
+    ${If} $0 == $1
+        Delete "$INSTDIR\${file}"
+    ${EndIf}
+!macroend
+
+!macro ForEachChangeable do
+    !insertmacro ${do} practice.qmp
+    !insertmacro ${do} profiles\trainer.qmp
+    !insertmacro ${do} profiles\light-twin.qmp
+    !insertmacro ${do} profiles\airliner.qmp
+    !insertmacro ${do} profiles\freighter.qmp
+    !insertmacro ${do} profiles\check-ride.qmp
+    !insertmacro ${do} profiles\instruments.qmp
+    !insertmacro ${do} profiles\engines.qmp
+    !insertmacro ${do} sound_failure.wav
+    !insertmacro ${do} sound_ok.wav
+    !insertmacro ${do} sound_warning.wav
+!macroend
+
 Section
     !insertmacro RequireClosed
     SetOutPath "$INSTDIR"
-    File /r "${FOLDER}/*"
+    File /r /x *.qmp /x *.wav "${FOLDER}/*"
+    CreateDirectory "$INSTDIR\profiles"
+    !insertmacro ForEachChangeable InstallChangeable
     WriteUninstaller "$INSTDIR\uninstall.exe"
 
     CreateDirectory "${MENU}"
@@ -77,7 +118,7 @@ Section
     WriteRegDWORD HKCU "${INSTALLED}" NoRepair 1
 SectionEnd
 
-; What the user made stays, and with it the folder: the settings and every other profile.
+; What the user made or changed stays, and with it the folder: settings, profiles and sounds.
 Section Uninstall
     !insertmacro RequireClosed
     Delete "$INSTDIR\Quirkmeter.exe"
@@ -86,7 +127,6 @@ Section Uninstall
     Delete "$INSTDIR\rehearse.exe"
     Delete "$INSTDIR\LICENSE.txt"
     Delete "$INSTDIR\Quirkmeter.htm"
-    Delete "$INSTDIR\practice.qmp"
     Delete "$INSTDIR\help\all-reliabilities.png"
     Delete "$INSTDIR\help\bar.png"
     Delete "$INSTDIR\help\hardcore.png"
@@ -99,17 +139,8 @@ Section Uninstall
     Delete "$INSTDIR\help\save.png"
     Delete "$INSTDIR\help\settings.png"
     RMDir "$INSTDIR\help"
-    Delete "$INSTDIR\profiles\trainer.qmp"
-    Delete "$INSTDIR\profiles\light-twin.qmp"
-    Delete "$INSTDIR\profiles\airliner.qmp"
-    Delete "$INSTDIR\profiles\freighter.qmp"
-    Delete "$INSTDIR\profiles\check-ride.qmp"
-    Delete "$INSTDIR\profiles\instruments.qmp"
-    Delete "$INSTDIR\profiles\engines.qmp"
+    !insertmacro ForEachChangeable DeleteChangeable
     RMDir "$INSTDIR\profiles"
-    Delete "$INSTDIR\sound_failure.wav"
-    Delete "$INSTDIR\sound_ok.wav"
-    Delete "$INSTDIR\sound_warning.wav"
     Delete "$INSTDIR\uninstall.exe"
     RMDir "$INSTDIR"
 

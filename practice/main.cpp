@@ -43,36 +43,45 @@ bool ParseSeconds(const std::string& text, double& seconds) {
     return error == std::errc() && stop == end && std::isfinite(seconds) && seconds >= 0;
 }
 
-bool TakeValue(const std::string& option, const std::string& value, Options& options) {
-    if (option == "--takeoff-after") return ParseSeconds(value, options.TakeOffAfter);
-    if (option == "--duration") return ParseSeconds(value, options.Duration);
-    if (option == "--class") {
+// Returns what is wrong with the option or its value, empty when nothing is.
+std::string TakeValue(const std::string& option, const std::string& value, Options& options) {
+    const char* wanted = nullptr;
+    bool good = false;
+    if (option == "--takeoff-after" || option == "--duration") {
+        wanted = "a number of seconds, 0 or more";
+        good =
+            ParseSeconds(value, option == "--duration" ? options.Duration : options.TakeOffAfter);
+    } else if (option == "--class") {
+        wanted = "UIPCMAIN or FS98MAIN";
+        good = value == "UIPCMAIN" || value == "FS98MAIN";
         options.ClassName = value;
-        return value == "UIPCMAIN" || value == "FS98MAIN";
-    }
-    if (option == "--script") {
+    } else if (option == "--script") {
+        wanted = "the name of a file";
+        good = !value.empty();
         options.ScriptFile = value;
-        return !value.empty();
-    }
-    if (option == "--misbehave") {
+    } else if (option == "--misbehave") {
+        wanted = "none, silent, late, wrong, drop or old";
         auto kind = ParseMisbehaviour(value);
-        if (kind) options.Misbehave = *kind;
-        return kind.has_value();
+        good = kind.has_value();
+        options.Misbehave = kind.value_or(Misbehaviour::None);
     }
-    return false;
+    if (!wanted) return "unknown option " + option;
+    return good ? "" : option + " takes " + wanted;
 }
 
-bool ParseOptions(int argc, char** argv, Options& options) {
-    for (int i = 1; i < argc; ++i) {
+// Returns what is wrong, empty when nothing is.
+std::string ParseOptions(int argc, char** argv, Options& options) {
+    std::string fault;
+    for (int i = 1; i < argc && fault.empty(); ++i) {
         std::string option = argv[i];
         if (option == "--headless")
             options.Headless = true;
         else if (option == "--help")
             options.Help = true;
-        else if (++i == argc || !TakeValue(option, argv[i], options))
-            return false;
+        else
+            fault = TakeValue(option, i + 1 < argc ? argv[++i] : "", options);
     }
-    return true;
+    return fault;
 }
 
 std::optional<Script> ReadScript(const std::string& path) {
@@ -121,8 +130,8 @@ int Run(const Options& options) {
 int main(int argc, char** argv) {
     using namespace quirkmeter::practice;
     Options options;
-    if (!ParseOptions(argc, argv, options)) {
-        std::cerr << Usage;
+    if (std::string fault = ParseOptions(argc, argv, options); !fault.empty()) {
+        std::cerr << "practice-simulator: " << fault << "; --help shows the options\n";
         return 2;
     }
     if (options.Help) {

@@ -7,15 +7,25 @@ data=${XDG_DATA_HOME:-$HOME/.local/share}
 entries=$data/applications
 icons=$data/icons/hicolor/256x256/apps
 
-# The path as an argument in an entry: what is special in quotes, in texts, and as a code. Desktops
-# read no codes in the place of a command.
-argument() { sed -e 's/[\\"`$]/\\&/g; s/\\/\\\\/g; s/%/%%/g' <<<"$PWD/$1"; }
+# The path as an argument in an entry: escaped for quotes, then for texts, then as a field code.
+argument() {
+    printf %s "$PWD/$1" |
+        sed -z 's/[\\"`$]/\\&/g; s/\\/\\\\/g; s/\n/\\n/g; s/\t/\\t/g; s/%/%%/g'
+}
 
-# practice-simulator is "Practice Simulator".
-title_of() {
-    local words=${1//-/ }
-    words=(${words/Quirkmeter/FS2002 Quirkmeter})
-    echo "${words[*]^}"
+# add PROGRAM NAME COMMENT [FIELD CODE]. Desktops read no escapes in the place of a command, and env
+# would take a path with "=" for a variable: so nice is the command.
+add() {
+    cat >"$entries/quirkmeter-$1.desktop" <<END
+[Desktop Entry]
+Type=Application
+Name=$2
+Comment=$3
+Exec=nice -n 0 "$(argument "$1")"${4-}
+Icon=quirkmeter
+Categories=Game;Simulation;
+StartupWMClass=$1
+END
 }
 
 remove() {
@@ -25,25 +35,16 @@ remove() {
         [[ ! -d $folder ]] || (cd "$HOME" &&
             rmdir -p --ignore-fail-on-non-empty "${folder#"$HOME/"}")
     done
+    echo "The programs are out of your menu."
 }
 
 install() {
     mkdir -p "$entries" "$icons"
     cp quirkmeter.png "$icons"
-    for program in *; do
-        [[ -L $program ]] || continue
-        dropped=
-        [[ $program != rehearse ]] || dropped=' %f'
-        cat >"$entries/quirkmeter-$program.desktop" <<END
-[Desktop Entry]
-Type=Application
-Name=$(title_of "$program")
-Exec=env "$(argument "$program")"$dropped
-Icon=quirkmeter
-Categories=Game;Simulation;
-StartupWMClass=$program
-END
-    done
+    add Quirkmeter 'FS2002 Quirkmeter' 'Makes aircraft systems fail at random while you fly'
+    add practice-simulator 'Practice Simulator' 'Stands in for the flight simulator'
+    add rehearse 'FS2002 Quirkmeter Rehearsal' 'Tells what to expect of a profile' ' %f'
+    echo "The programs are in your menu now."
 }
 
 case ${1-} in

@@ -35,7 +35,7 @@ cd build/linux
 world=$(mktemp -d)
 home=$world/home log=$world/simulator.log main='FS2002 Quirkmeter'
 # In a folder whose name an entry of the menu has to spell.
-flights='My 100 % "$flights"'
+flights='Meine Flüge = 100 % "$flights"'
 folder=/home/pilot/$flights/Quirkmeter
 trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$world"' EXIT
 trap 'echo "FAILED: $BASH_COMMAND"; cat "$world/errors"; import -window root FAILED.png' ERR

@@ -6,7 +6,8 @@ build_packages=(cmake ninja-build ccache g++ pkg-config libwxgtk3.2-dev libgtk-3
 run_packages=(fonts-liberation xdg-utils)
 display_packages=(xvfb openbox imagemagick x11-utils)
 test_packages=(libgtest-dev libgmock-dev libbenchmark-dev libxtst-dev locales xdotool clang-format
-  clang-tidy-16 cppcheck python3 chromium at-spi2-core dbus-daemon gir1.2-atspi-2.0 python3-gi)
+  clang-tidy-16 cppcheck python3 chromium weston xwayland at-spi2-core dbus-daemon
+  gir1.2-atspi-2.0 python3-gi)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 
 # What was compiled in any folder is not compiled again.

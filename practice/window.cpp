@@ -257,6 +257,7 @@ bool RunWindow(Simulator& simulator, const std::string& className) {
     int count = 1;
     std::atomic<bool> wireFailed = false;
     platform::CloseOwnConsole();
+    platform::PreferX11();
     // Where there is no display, the widget set's own target dies while it tries to show that.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxApp::SetInstance(new PracticeApp(simulator, className, wireFailed));

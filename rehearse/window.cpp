@@ -83,6 +83,7 @@ int RunWindow(const Options& options) {
     char* arguments[] = {name, nullptr};
     int count = 1;
     platform::CloseOwnConsole();
+    platform::PreferX11();
     // Where there is no display, the widget set's own target dies while it tries to show that.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxApp::SetInstance(new RehearsalApp(options));

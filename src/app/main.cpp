@@ -2,12 +2,15 @@
 
 #include <cstdlib>
 
+#include "platform/platform.h"
 #include "ui/frm_main.h"
 
 namespace quirkmeter {
 
 class App final : public wxApp {
    public:
+    App() { platform::PreferX11(); }
+
     // There is no command line, so the toolkit's own handling of it is left out.
     bool OnInit() override { return true; }
 

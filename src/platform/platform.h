@@ -138,6 +138,12 @@ bool sndPlaySoundA(const char* path, std::uint32_t flags);
 std::intptr_t ShellExecuteA(WindowHandle owner, const char* operation, const char* file,
                             const char* parameters, const char* directory, int showCommand);
 
+// --- The display ------------------------------------------------------------------------------
+
+/// Puts the program's windows on an X server if one can be reached, also beside Wayland, where keys
+/// typed into another program's window cannot be seen. Call it before wxWidgets starts.
+void PreferX11();
+
 // --- For every pair of eyes -------------------------------------------------------------------
 
 /// How much larger than usual the user wants texts, 1 or more, beside the scale of the display.

@@ -4,9 +4,12 @@
 
 #include <csignal>
 
+#include "platform/platform.h"
+
 namespace quirkmeter::platform {
 
 TaskBarEntry::TaskBarEntry(const char* title) {
+    PreferX11();
     if (!gtk_init_check(nullptr, nullptr)) return;
     window_ = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     gtk_window_set_title(GTK_WINDOW(window_), title);

@@ -115,6 +115,7 @@ class BenchApp final : public wxApp {
     int OnRun() override {
         Window = new frmMain;
         Window->Load();
+        Window->Start();
         Window->tmrTimer.Stop();  // ticks come from here
         Window->Show();
         Settings.DisplayFailures = true;

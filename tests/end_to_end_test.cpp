@@ -242,6 +242,38 @@ TEST(Keyboard, TheProgramEndsAlsoWhileADialogIsOpen) {
     }
 }
 
+// The colours in a window: one until it is painted.
+int Colours(const std::string& window) {
+    Process import({"import", "-window", window, "-format", "%k", "info:"});
+    return std::atoi(import.Line().c_str());
+}
+
+TEST(Keyboard, WindowsArePaintedHoweverSlowTheSimulatorIs) {
+    Cockpit cockpit;
+    Process& simulator = cockpit.StartSimulator();
+    simulator.Signal(SIGSTOP);  // no answer to connecting, for minutes
+    auto isPainted = [](Process& program) {
+        std::string window = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
+        EXPECT_TRUE(Becomes([&] { return Colours(window) > 1; }));
+        return window;
+    };
+    Process& program = cockpit.Start(Program);
+    isPainted(program);
+    program.Kill();
+
+    cockpit.StartSimulator({"--headless", "--misbehave", "late"});  // ticks of 1.5 s
+    Process& slow = cockpit.Start(Program);
+    std::string window = isPainted(slow);
+    for (int i = 0; i < 3; ++i) {
+        auto pressed = Clock::now();
+        Press(window, "alt+p");
+        std::string dialog = Windows(slow.Pid(), "Help", 1)[0];
+        EXPECT_LT(Clock::now() - pressed, std::chrono::seconds(5)) << "opens within a tick";
+        Press(dialog, "Escape");
+        Windows(slow.Pid(), "Help", 0);
+    }
+}
+
 TEST(Keyboard, TheCompanionEndsWhenItIsClosedOnTheTaskBar) {
     Cockpit cockpit;
     Windows(cockpit.Start(Program).Pid(), "FS2002 Quirkmeter", 1);

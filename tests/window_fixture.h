@@ -187,6 +187,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         ResetProgramState();
         main_ = new frmMain;
         ASSERT_TRUE(main_->Load());
+        main_->Start();
         main_->tmrTimer.Stop();  // ticks come from the test
         main_->Show();
         main_->Raise();

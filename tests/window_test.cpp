@@ -358,7 +358,9 @@ TEST_F(HardcoreWindowTest, MissingCompanionClosesTheWindow) {
     inprocess::FailCalls("FindWindowA", 2, 1, 0);
     companion_ = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", {});
     ResetProgramState();
-    EXPECT_FALSE((new frmMain)->Load());
+    auto* ending = new frmMain;
+    EXPECT_TRUE(ending->Load());
+    ending->Start();
     AwaitEnd();
 }
 

@@ -20,7 +20,7 @@ class App final : public wxApp {
             window->Destroy();
             return EXIT_SUCCESS;  // a second instance is no fault
         }
-        window->Show();
+        window->ShowAndStart();
         return wxApp::OnRun();
     }
 };

@@ -30,6 +30,9 @@ namespace {
 // The empty pattern in front keeps the toolkit from giving a name an extension.
 constexpr char ProfileFilter[] = "FS2002 Quirkmeter Profile (*.qmp)|;*.qmp";
 
+// Between two ticks, however long they take: time to paint and to hear from the window manager.
+constexpr std::chrono::milliseconds Rest{250};
+
 enum RowIcon { GreenIcon, RedIcon, YellowIcon };
 enum Column { ComponentColumn, ReliabilityColumn, BasedOnColumn, FailedColumn };
 
@@ -85,12 +88,30 @@ bool frmMain::Load() {
     lstSystems->SetSelection(0);
     FillSubsystemList();
     if (!Settings.LastProfile.empty()) ReadProfile();
+    lstSystems->SetFocus();
+    phase_ = Phase::Loaded;
+    return true;
+}
+
+void frmMain::ShowAndStart() {
+    panel_->Bind(wxEVT_PAINT, &frmMain::OnFirstPaint, this);
+    tmrTimer.StartOnce(TickMilliseconds);  // for a window that is minimised at once, never painted
+    Show();
+}
+
+void frmMain::OnFirstPaint(wxPaintEvent& event) {
+    event.Skip();
+    panel_->Unbind(wxEVT_PAINT, &frmMain::OnFirstPaint, this);
+    CallAfter(&frmMain::Start);
+}
+
+void frmMain::Start() {
+    if (phase_ != Phase::Loaded) return;
     ConnectToSimulator(false);
     ComputeFailureRanges();
-    tmrTimer.Start(TickMilliseconds);
-    EngineTick();
-    lstSystems->SetFocus();
-    return tmrTimer.IsRunning();  // the tick may have ended the program
+    phase_ = Phase::Ticking;
+    nextTick_ = std::chrono::steady_clock::now();
+    Tick();
 }
 
 void frmMain::CreateControls() {
@@ -482,7 +503,18 @@ void frmMain::OnTimer() {
         Close(true);
         return;
     }
-    EngineTick();
+    // GTK runs timers before it paints, and this after.
+    CallAfter(phase_ == Phase::Ticking ? &frmMain::Tick : &frmMain::Start);
+}
+
+// Ticks keep to whole seconds, whatever time they take themselves, unless one takes longer.
+void frmMain::Tick() {
+    using namespace std::chrono;
+    if (phase_ == Phase::Ticking) EngineTick();
+    if (phase_ == Phase::Closing) return;
+    auto now = steady_clock::now();
+    nextTick_ = std::max(nextTick_ + milliseconds(TickMilliseconds), now + Rest);
+    tmrTimer.StartOnce(static_cast<int>(ceil<milliseconds>(nextTick_ - now).count()));
 }
 
 platform::WindowHandle frmMain::Handle() const {
@@ -494,6 +526,7 @@ void frmMain::Unload() {
 }
 
 void frmMain::OnClose() {
+    phase_ = Phase::Closing;
     tmrTimer.Stop();
     LeaveFlight();
     WriteSettings();

@@ -11,6 +11,7 @@
 #include <wx/stattext.h>
 #include <wx/timer.h>
 
+#include <chrono>
 #include <memory>
 
 #include "model/main_window.h"
@@ -23,8 +24,14 @@ class frmMain final : public wxFrame, public MainWindow {
     frmMain();
     ~frmMain() override;
 
-    /// Start-up, before the window is shown. False when the program is to end at once.
+    /// Start-up as far as the last profile, before the window is shown. False when the program is to
+    /// end at once.
     bool Load();
+    /// Shows the window, which calls Start once it has been painted.
+    void ShowAndStart();
+    /// The rest of start-up, once. It connects to the simulator, which takes minutes if that does not
+    /// answer.
+    void Start();
 
     void RefreshSubsystems() override;
     void SetStatusCaption(const std::string& caption) override;
@@ -73,8 +80,10 @@ class frmMain final : public wxFrame, public MainWindow {
     void SaveProfile();
     void OpenProfile();
     void OnOptions();
+    void OnFirstPaint(wxPaintEvent& event);
     void OnActivate(wxActivateEvent& event);
     void OnTimer();
+    void Tick();
     void OnClose();
 
     void OnReliabilitiesChanged();
@@ -98,6 +107,9 @@ class frmMain final : public wxFrame, public MainWindow {
     wxWindow* panel_;
     wxWindow* notice_;
     std::unique_ptr<wxStaticBoxSizer> statusSizer_;
+    enum class Phase { Loading, Loaded, Ticking, Closing };
+    Phase phase_ = Phase::Loading;
+    std::chrono::steady_clock::time_point nextTick_;  // when that is or was due
     int LastClickedItem = 0;
     int pressedRow_ = 0;  // under the mouse button, or chosen by key, and not yet opened; 0: none
     wxString cdlDialogPath_;  // the file chosen last in this run; at first the program's folder

@@ -4,7 +4,7 @@ namespace quirkmeter {
 
 namespace {
 
-std::uint32_t RunningProgram() {
+std::optional<std::uint32_t> RunningProgram() {
     return platform::InstanceProcess("Quirkmeter");
 }
 
@@ -16,10 +16,15 @@ Companion::~Companion() {
 
 // The program claims its instance before it looks for the window. So one that comes from here on
 // finds the window; what runs already is taken for the one that started this companion and ends.
-bool Companion::Start() {
-    if (!platform::ClaimSingleInstance("fsqmhc") || !OwnCompanionWindow()) return false;
-    starter_ = RunningProgram();
-    return true;
+platform::InstanceClaim Companion::Start() {
+    using enum platform::InstanceClaim;
+    platform::InstanceClaim claim = platform::ClaimSingleInstance("fsqmhc");
+    if (claim != Claimed) return claim;
+    if (!OwnCompanionWindow()) return Failed;
+    std::optional<std::uint32_t> running = RunningProgram();
+    if (!running) return Failed;
+    starter_ = *running;
+    return Claimed;
 }
 
 bool Companion::OwnCompanionWindow() {
@@ -36,7 +41,9 @@ void Companion::DropCompanionWindow() {
 }
 
 bool Companion::Tick() {
-    std::uint32_t running = RunningProgram();
+    std::optional<std::uint32_t> lookup = RunningProgram();
+    if (!lookup) return true;  // could not look: the next tick will tell
+    std::uint32_t running = *lookup;
     ++ticks_;
     switch (state_) {
         case State::ProgramEnding:
@@ -63,7 +70,8 @@ bool Companion::Tick() {
 // One that came just now and saw the window is there when the window has gone, and gets it back.
 bool Companion::KeepServing() {
     DropCompanionWindow();
-    return RunningProgram() != 0 && OwnCompanionWindow();
+    bool gone = RunningProgram() == 0u;  // false when it could not look
+    return !gone && OwnCompanionWindow();
 }
 
 }  // namespace quirkmeter

@@ -16,9 +16,9 @@ class Companion {
     ~Companion();
     Companion(const Companion&) = delete;
 
-    /// Shows the window that the program looks for. False when another companion is there already,
-    /// or when the window could not be made.
-    bool Start();
+    /// Shows the window that the program looks for. Taken when another companion is there already,
+    /// Failed when the window could not be made.
+    platform::InstanceClaim Start();
 
     /// To be called once a second. False when the companion is to end.
     bool Tick();

@@ -22,7 +22,7 @@ void ServeUntil(Clock::time_point end) {
 int main() {
     using namespace quirkmeter;
     Companion companion("\\" QUIRKMETER_PROGRAM);
-    if (!companion.Start()) return EXIT_SUCCESS;
+    if (companion.Start() != platform::InstanceClaim::Claimed) return EXIT_SUCCESS;
     do ServeUntil(Clock::now() + std::chrono::seconds(1));
     while (!platform::TerminationRequested() && companion.Tick());
 }

@@ -11,6 +11,7 @@ namespace quirkmeter {
 namespace {
 
 namespace inprocess = platform::inprocess;
+using enum platform::InstanceClaim;
 
 constexpr std::uint32_t None = 0, Starter = 100, Second = 200;  // the process that runs
 
@@ -46,7 +47,7 @@ TEST_F(CompanionTest, StaysAndStartsTheProgramAgainAsItComesAndGoes) {
     for (const Life& life : lives) {
         Companion companion("\\Quirkmeter");
         SetRunning(Starter);
-        EXPECT_TRUE(companion.Start()) << life.Story;
+        EXPECT_EQ(companion.Start(), Claimed) << life.Story;
         EXPECT_TRUE(WindowIsThere()) << life.Story;
         int stayed = 0;
         for (auto [running, ticks] : life.Stages) {
@@ -63,7 +64,7 @@ TEST_F(CompanionTest, StaysAndStartsTheProgramAgainAsItComesAndGoes) {
 
 TEST_F(CompanionTest, GivesItsWindowBackToAProgramThatCameJustNow) {
     SetRunning(Second);
-    EXPECT_TRUE(companion_.Start());
+    EXPECT_EQ(companion_.Start(), Claimed);
     for (int tick = 0; tick < 31; ++tick) EXPECT_TRUE(companion_.Tick());
     // Not there yet at the first look, there at the second.
     inprocess::FailCalls("InstanceProcess", 1, 1, platform::ErrorSuccess);
@@ -77,13 +78,30 @@ TEST_F(CompanionTest, GivesItsWindowBackToAProgramThatCameJustNow) {
     EXPECT_FALSE(WindowIsThere());
 }
 
+TEST_F(CompanionTest, StaysWhileItCannotLookForTheProgram) {
+    EXPECT_EQ(companion_.Start(), Claimed);
+    inprocess::FailCalls("InstanceProcess", 1, 1, platform::ErrorNotEnoughMemory);
+    EXPECT_TRUE(companion_.Tick());
+    EXPECT_TRUE(inprocess::TakeShellRuns().empty()) << "the first one may still be there";
+    SetRunning(Second);
+    EXPECT_TRUE(companion_.Tick());
+    inprocess::FailCalls("InstanceProcess", 1, 50, platform::ErrorNotEnoughMemory);
+    for (int tick = 0; tick < 50; ++tick) EXPECT_TRUE(companion_.Tick() && WindowIsThere());
+    SetRunning(None);
+    inprocess::FailCalls("InstanceProcess", 2, 1, platform::ErrorNotEnoughMemory);
+    EXPECT_TRUE(companion_.Tick() && WindowIsThere()) << "the second look";
+    EXPECT_FALSE(companion_.Tick());
+}
+
 TEST_F(CompanionTest, IsOneOnlyAndNothingWithoutItsWindow) {
-    for (const char* call : {"ClaimSingleInstance", "OwnWindow"}) {
+    for (const char* call : {"ClaimSingleInstance", "OwnWindow", "InstanceProcess"}) {
         inprocess::FailCalls(call, 1, 1, platform::ErrorNotEnoughMemory);
-        EXPECT_FALSE(companion_.Start());
-        EXPECT_FALSE(WindowIsThere());
+        EXPECT_EQ(Companion("\\Quirkmeter").Start(), Failed) << call;
+        EXPECT_FALSE(WindowIsThere()) << call;
     }
-    EXPECT_TRUE(Companion("\\Quirkmeter").Start());
+    inprocess::FailCalls("ClaimSingleInstance", 1, 1, platform::ErrorSuccess);
+    EXPECT_EQ(companion_.Start(), Taken);
+    EXPECT_EQ(Companion("\\Quirkmeter").Start(), Claimed);
     EXPECT_FALSE(WindowIsThere());
 }
 

@@ -81,6 +81,13 @@ TEST_F(HardcoreTest, TheListIsHiddenInFlightOnly) {
     }
 }
 
+TEST_F(HardcoreTest, ACompanionThatCannotBeLookedForHasNotGone) {
+    platform::DropWindow(companion_);
+    inprocess::FailCalls("FindWindowA", 1, 1, platform::ErrorNotEnoughMemory);
+    EXPECT_TRUE(CheckHardcoreCompanion());
+    EXPECT_FALSE(CheckHardcoreCompanion()) << "it was looked for, and is not there";
+}
+
 TEST_F(HardcoreTest, AFlightWithoutTheCompanionEndsTheProgram) {
     Tick(false);
     EXPECT_EQ(window_.Unloads, 0) << "while the companion runs";

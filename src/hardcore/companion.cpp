@@ -27,7 +27,8 @@ bool StartHardcoreCompanion() {
 }
 
 bool CheckHardcoreCompanion() {
-    if (CompanionIsThere()) return true;
+    // A window that could not be looked for has not gone.
+    if (CompanionIsThere() || platform::GetLastError() != platform::ErrorSuccess) return true;
     TheMainWindow->Unload();
     return false;
 }

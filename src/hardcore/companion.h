@@ -8,8 +8,8 @@ namespace quirkmeter {
 /// and returns false: the program is to end at once.
 bool StartHardcoreCompanion();
 
-/// True when the companion's window exists. Otherwise unloads the main window, with its whole
-/// closing sequence, and returns false: the program is ending.
+/// True when the companion's window exists, or when it could not be looked for. Otherwise unloads
+/// the main window, with its whole closing sequence, and returns false: the program is ending.
 bool CheckHardcoreCompanion();
 
 /// What closing the main window costs under the Hardcore lock: the aircraft is moved three times,

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -47,6 +48,8 @@ inline constexpr std::uint32_t ErrorInvalidWindowHandle = 1400;
 
 /// Finds a top-level window by its class, and by its title where `title` is not null.
 /// `parent` and `childAfter` must be 0: only the search from the start is supported.
+/// 0 when there is none, and the last error is then ErrorSuccess; with any other one, it could not be
+/// looked for, and may be there.
 WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const char* className,
                            const char* title);
 WindowHandle FindWindowA(const char* className, const char* title);
@@ -161,12 +164,16 @@ void Describe(WindowHandle control, ControlKind kind, const std::wstring& name,
 
 // --- The program and its folder ---------------------------------------------------------------
 
-/// Claims the single instance of a program of that name. True for the first process that asks,
-/// until it ends; false while such a process of the same user runs. A process claims one name at
+enum class InstanceClaim { Claimed, Taken, Failed };
+
+/// Claims the single instance of a program of that name: Claimed for the first process that asks,
+/// until it ends; Taken while such a process of the same user runs; Failed when it could not be
+/// found out within two seconds, or not until TerminationRequested. A process claims one name at
 /// most.
-bool ClaimSingleInstance(const char* program);
-/// The process of the user that claimed that name, 0 when none runs.
-std::uint32_t InstanceProcess(const char* program);
+InstanceClaim ClaimSingleInstance(const char* program);
+/// The process of the user that claimed that name, 0 when none runs. Nothing when it could not be
+/// found out.
+std::optional<std::uint32_t> InstanceProcess(const char* program);
 
 /// True once the user or the system has asked the process to end: on Linux by an interrupt, a
 /// termination or a hang-up signal, which do not end it by themselves after the first call; on

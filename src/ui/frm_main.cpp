@@ -79,7 +79,8 @@ frmMain::~frmMain() {
 
 bool frmMain::Load() {
     platform::TerminationRequested();  // from here on a request is heard
-    if (!platform::ClaimSingleInstance("Quirkmeter")) return false;
+    if (platform::ClaimSingleInstance("Quirkmeter") != platform::InstanceClaim::Claimed)
+        return false;
     if (!ReadSettings()) return false;
     BuildCatalogue();
     for (int s = 1; s < static_cast<int>(std::size(SystemTitles)); ++s)

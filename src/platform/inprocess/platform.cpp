@@ -171,6 +171,7 @@ WindowHandle FindWindowExA(WindowHandle, WindowHandle, const char* className, co
     for (auto& [handle, window] : TheWorld.Windows)
         if (SameName(window.ClassName, className) && (!title || window.Title == title))
             return handle;
+    TheWorld.LastError = ErrorSuccess;
     return 0;
 }
 
@@ -338,12 +339,16 @@ std::intptr_t ShellExecuteA(WindowHandle, const char* operation, const char* fil
     return FileExists(file) ? 33 : 2;
 }
 
-bool ClaimSingleInstance(const char*) {
-    return !Fails("ClaimSingleInstance");
+InstanceClaim ClaimSingleInstance(const char*) {
+    if (!Fails("ClaimSingleInstance")) return InstanceClaim::Claimed;
+    return TheWorld.LastError == ErrorSuccess ? InstanceClaim::Taken : InstanceClaim::Failed;
 }
 
-std::uint32_t InstanceProcess(const char* program) {
-    if (Fails("InstanceProcess")) return 0;
+std::optional<std::uint32_t> InstanceProcess(const char* program) {
+    if (Fails("InstanceProcess")) {
+        if (TheWorld.LastError != ErrorSuccess) return std::nullopt;
+        return 0;
+    }
     auto instance = TheWorld.Instances.find(program);
     return instance == TheWorld.Instances.end() ? 0 : instance->second;
 }

@@ -34,8 +34,7 @@ static_assert(sizeof(Slot) == 512);
 // Empty when there is none, with the last error set. Only to be used under the folder's lock.
 FileDescriptor OpenTable(const FolderLock& lock, const char* table) {
     if (!lock) return FileDescriptor();
-    FileDescriptor file =
-        OpenPatiently(lock.Folder(), table, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
+    FileDescriptor file = OpenIn(lock.Folder(), table, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
     if (!file) SetLastError(ErrorNotEnoughMemory);
     return file;
 }

@@ -6,7 +6,9 @@
 namespace quirkmeter::platform {
 
 // The numbers that only this layer gives out; the others are in platform.h.
+inline constexpr std::uint32_t ErrorPathNotFound = 3;
 inline constexpr std::uint32_t ErrorAccessDenied = 5;
+inline constexpr std::uint32_t ErrorLockViolation = 33;
 inline constexpr std::uint32_t ErrorInvalidParameter = 87;
 inline constexpr std::uint32_t ErrorNameTooLong = 206;
 inline constexpr std::uint32_t ErrorInvalidAddress = 487;

@@ -1,9 +1,7 @@
 // A mapping is a held file, held by each process that has a handle to it or a view of it.
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <unordered_map>
@@ -43,10 +41,6 @@ std::string FileOf(const char* name) {
     return {};
 }
 
-bool IsLive(const FolderLock& lock, const std::string& file) {
-    return std::ranges::count(LiveFiles(lock, MappingPrefix), file) != 0;
-}
-
 MappingHandle KeepHandle(std::shared_ptr<HeldFile> mapping) {
     static MappingHandle last = 0;
     Mappings.emplace(++last, std::move(mapping));
@@ -67,8 +61,9 @@ MappingHandle CreateFileMappingA(MappingHandle file, void*, std::uint32_t protec
     auto mapping = std::make_shared<HeldFile>();
     FolderLock lock;
     if (!lock) return 0;
-    bool exists = IsLive(lock, fileName);
-    *mapping = HeldFile(lock, fileName, exists ? 0 : O_CREAT | O_EXCL);
+    *mapping = HeldFile::Share(lock, fileName);
+    bool exists = static_cast<bool>(*mapping);
+    if (!exists) *mapping = HeldFile::Create(lock, fileName);
     // The room is taken at once: with none left, a store into a view would end the process.
     if (!*mapping || (!exists && !Reserve(mapping->Number(), size))) {
         SetLastError(ErrorNotEnoughMemory);
@@ -88,13 +83,9 @@ MappingHandle OpenFileMappingA(std::uint32_t, bool, const char* name) {
     auto mapping = std::make_shared<HeldFile>();
     FolderLock lock;
     if (!lock) return 0;
-    if (!IsLive(lock, fileName)) {
-        SetLastError(ErrorFileNotFound);
-        return 0;
-    }
-    *mapping = HeldFile(lock, fileName, 0);
+    *mapping = HeldFile::Share(lock, fileName);
     if (!*mapping) {
-        SetLastError(ErrorNotEnoughMemory);
+        SetLastError(ErrorFileNotFound);
         return 0;
     }
     return KeepHandle(std::move(mapping));

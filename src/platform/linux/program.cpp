@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <langinfo.h>
 #include <locale.h>
 #include <time.h>
@@ -6,10 +5,10 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
+#include "platform/linux/last_error.h"
 #include "platform/linux/runtime_folder.h"
 #include "platform/platform.h"
 
@@ -41,24 +40,27 @@ double SecondsSinceMidnight() {
     return std::fmod(seconds + static_cast<double>(now.tv_nsec) / 1e9, 86400);  // a leap second
 }
 
-// Whether there is an instance is waited for as long as it takes: what is taken for ended because it
-// could not be seen might be started a second time.
-bool ClaimSingleInstance(const char* program) {
+InstanceClaim ClaimSingleInstance(const char* program) {
     static HeldFile instance;
-    if (instance) return true;
+    if (instance) return InstanceClaim::Claimed;
     std::string prefix = InstancePrefix(program);
-    FolderLock lock(FolderLock::ForEver);
-    if (!lock || !LiveFiles(lock, prefix).empty()) return false;
-    instance = HeldFile(lock, prefix + std::to_string(getpid()), O_CREAT | O_EXCL);
-    return static_cast<bool>(instance);
+    FolderLock lock(FolderLock::HeedTermination);
+    if (!lock) return InstanceClaim::Failed;
+    LiveFiles instances(prefix);
+    if (instances.Next()) return InstanceClaim::Taken;
+    if (GetLastError() != ErrorSuccess) return InstanceClaim::Failed;
+    instance = HeldFile::Create(lock, prefix + std::to_string(getpid()));
+    if (instance) return InstanceClaim::Claimed;
+    SetLastError(ErrorNotEnoughMemory);
+    return InstanceClaim::Failed;
 }
 
-std::uint32_t InstanceProcess(const char* program) {
+std::optional<std::uint32_t> InstanceProcess(const char* program) {
     std::string prefix = InstancePrefix(program);
-    FolderLock lock(FolderLock::ForEver);
-    if (!lock) return 0;
-    std::vector<std::string> files = LiveFiles(lock, prefix);
-    return files.empty() ? 0 : static_cast<std::uint32_t>(std::atoi(&files[0][prefix.size()]));
+    LiveFiles instances(prefix);
+    if (instances.Next()) return static_cast<std::uint32_t>(instances.Number());
+    if (GetLastError() != ErrorSuccess) return std::nullopt;
+    return 0;
 }
 
 std::string ProgramFile(std::string_view name) {

@@ -1,16 +1,16 @@
 #include "platform/linux/runtime_folder.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
-#include <atomic>
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 
 #include "platform/linux/last_error.h"
 #include "platform/platform.h"
@@ -19,15 +19,22 @@ namespace quirkmeter::platform {
 
 namespace {
 
-std::string FolderPath() {
+using Path = std::array<char, PATH_MAX>;
+
+// A path that is too long comes out cut, and cannot be opened.
+Path FolderPath() {
+    Path path;
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     struct stat status;
     if (runtime && *runtime == '/' && stat(runtime, &status) == 0 && S_ISDIR(status.st_mode) &&
-        status.st_uid == geteuid())
-        return std::string(runtime) + "/quirkmeter";
+        status.st_uid == geteuid()) {
+        std::snprintf(path.data(), path.size(), "%s/quirkmeter", runtime);
+        return path;
+    }
     const char* temporary = std::getenv("TMPDIR");
-    std::string base = temporary && *temporary == '/' ? temporary : "/tmp";
-    return base + "/quirkmeter-" + std::to_string(geteuid());
+    std::snprintf(path.data(), path.size(), "%s/quirkmeter-%u",
+                  temporary && *temporary == '/' ? temporary : "/tmp", geteuid());
+    return path;
 }
 
 bool IsOursAlone(int folder) {
@@ -36,79 +43,113 @@ bool IsOursAlone(int folder) {
            (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-void ComplainOnce(const std::string& path) {
-    static std::atomic_flag complained;
-    if (complained.test_and_set()) return;
-    std::fprintf(stderr,
-                 "%s must be a folder that belongs to you and that nobody else can enter (mode "
-                 "700): remove what is there and start again.\n",
-                 path.c_str());
+bool IsShortage(int error) {
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOSPC ||
+           error == EDQUOT;
 }
 
-bool Lock(int file, int operation) {
-    return TEMP_FAILURE_RETRY(flock(file, operation)) == 0;
+FileDescriptor OpenFolder(const char* path) {
+    return OpenIn(AT_FDCWD, path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
 }
 
-// The socket first: should the process end between the two, the file still leads to the rest.
-void Remove(int folder, const std::string& name) {
-    unlinkat(folder, SocketName(name).c_str(), 0);
-    unlinkat(folder, name.c_str(), 0);
+FileDescriptor Fail(std::uint32_t error) {
+    SetLastError(error);
+    return FileDescriptor();
 }
 
-FileDescriptor OpenFile(int folder, const std::string& name, int flags) {
-    return OpenPatiently(folder, name.c_str(), flags | O_RDWR | O_NOFOLLOW | O_NONBLOCK);
+FileDescriptor OpenFile(int folder, const char* name, int flags) {
+    return OpenIn(folder, name, flags | O_RDWR | O_NOFOLLOW | O_NONBLOCK);
 }
 
-constexpr int MostAttempts = 10;
-constexpr std::uint32_t AttemptPause = 5;  // milliseconds
+// --- Locks ---
 
 constexpr std::chrono::seconds LockPatience{2};
 constexpr std::uint32_t LockPause = 1;  // milliseconds
 
-bool IsPassing(int error) {
-    return error == EINTR || error == EMFILE || error == ENFILE || error == ENOMEM;
+bool Lock(int file, short type) {
+    struct flock lock {};
+    lock.l_type = type;
+    return fcntl(file, F_OFD_SETLK, &lock) == 0;
+}
+
+// Asks for a lock without taking it, so that whoever asks is in nobody's way. Through a descriptor
+// that does not hold the file itself.
+bool IsHeld(int file) {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    return fcntl(file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+// --- Removing ---
+
+// The socket first: should the process end between the two, the file still leads to the rest.
+void Remove(int folder, const std::string& name) {
+    unlinkat(folder, (name + SocketSuffix).c_str(), 0);
+    unlinkat(folder, name.c_str(), 0);
+}
+
+auto OpenEntries(int folder) {
+    return std::unique_ptr<DIR, int (*)(DIR*)>(fdopendir(folder), closedir);
+}
+
+void RemoveDeadFiles(const FolderLock& lock, std::string_view prefix) {
+    // A descriptor of its own, because reading moves the position in the folder.
+    auto entries = OpenEntries(OpenIn(lock.Folder(), ".", O_RDONLY | O_DIRECTORY).Release());
+    if (!entries) return;
+    while (const dirent* entry = readdir(entries.get())) {
+        if (!std::string_view(entry->d_name).starts_with(prefix)) continue;
+        FileDescriptor file = OpenFile(lock.Folder(), entry->d_name, 0);
+        if (file && !IsHeld(file.Number())) Remove(lock.Folder(), entry->d_name);
+    }
 }
 
 }  // namespace
 
-FileDescriptor OpenPatiently(int folder, const char* name, int flags) {
-    for (int attempt = 1;; ++attempt) {
-        FileDescriptor file(openat(folder, name, flags | O_CLOEXEC, 0600));
-        if (file || !IsPassing(errno) || attempt == MostAttempts) return file;
-        Sleep(AttemptPause);
-    }
+FileDescriptor OpenIn(int folder, const char* name, int flags) {
+    return FileDescriptor(openat(folder, name, flags | O_CLOEXEC, 0600));
 }
 
 FileDescriptor OpenRuntimeFolder() {
-    std::string path = FolderPath();
-    mkdir(path.c_str(), 0700);
-    FileDescriptor folder =
-        OpenPatiently(AT_FDCWD, path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-    if (folder && IsOursAlone(folder.Number())) return folder;
-    if (!folder && IsPassing(errno)) {
-        SetLastError(ErrorNotEnoughMemory);
-        return FileDescriptor();
+    Path path = FolderPath();
+    FileDescriptor folder = OpenFolder(path.data());
+    if (!folder && errno == ENOENT) {
+        if (mkdir(path.data(), 0700) != 0 && errno != EEXIST)
+            return Fail(IsShortage(errno) ? ErrorNotEnoughMemory : ErrorPathNotFound);
+        folder = OpenFolder(path.data());
     }
-    ComplainOnce(path);
-    SetLastError(ErrorAccessDenied);
-    return FileDescriptor();
+    if (!folder) return Fail(IsShortage(errno) ? ErrorNotEnoughMemory : ErrorAccessDenied);
+    if (!IsOursAlone(folder.Number())) return Fail(ErrorAccessDenied);
+    return folder;
 }
 
-FolderLock::FolderLock(bool forEver) : folder_(OpenRuntimeFolder()) {
+FolderLock::FolderLock(bool heedTermination) : folder_(OpenRuntimeFolder()) {
     auto end = std::chrono::steady_clock::now() + LockPatience;
-    while (folder_ && !Lock(folder_.Number(), LOCK_EX | LOCK_NB)) {
-        if (errno == EWOULDBLOCK && (forEver || std::chrono::steady_clock::now() < end)) {
+    while (folder_ && flock(folder_.Number(), LOCK_EX | LOCK_NB) != 0) {
+        if (std::chrono::steady_clock::now() < end &&
+            !(heedTermination && TerminationRequested())) {
             Sleep(LockPause);
         } else {
-            SetLastError(ErrorAccessDenied);
+            SetLastError(ErrorLockViolation);
             folder_.Close();
         }
     }
 }
 
-HeldFile::HeldFile(const FolderLock& lock, std::string name, int flags)
-    : name_(std::move(name)), file_(OpenFile(lock.Folder(), name_, flags)) {
-    if (file_ && !Lock(file_.Number(), LOCK_SH | LOCK_NB)) file_.Close();
+HeldFile::HeldFile(FileDescriptor file, std::string name)
+    : name_(std::move(name)), file_(std::move(file)) {
+    if (file_ && !Lock(file_.Number(), F_RDLCK)) file_.Close();
+}
+
+HeldFile HeldFile::Create(const FolderLock& lock, std::string name) {
+    RemoveDeadFiles(lock, std::string_view(name).substr(0, name.find('-') + 1));
+    FileDescriptor file = OpenFile(lock.Folder(), name.c_str(), O_CREAT | O_EXCL);
+    return HeldFile(std::move(file), std::move(name));
+}
+
+HeldFile HeldFile::Share(const FolderLock& lock, std::string name) {
+    FileDescriptor file = OpenFile(lock.Folder(), name.c_str(), 0);
+    if (file && !IsHeld(file.Number())) file.Close();
+    return HeldFile(std::move(file), std::move(name));
 }
 
 HeldFile& HeldFile::operator=(HeldFile&& other) noexcept {
@@ -124,28 +165,32 @@ void HeldFile::Release() {
     struct stat status;
     // Without a link, the folder was removed under us, and the name may be another's by now.
     bool linked = fstat(file_.Number(), &status) == 0 && status.st_nlink > 0;
-    bool last = Lock(file_.Number(), LOCK_EX | LOCK_NB);
+    bool last = Lock(file_.Number(), F_WRLCK);
     if (lock && linked && last) Remove(lock.Folder(), name_);
     file_.Close();
 }
 
-std::vector<std::string> LiveFiles(const FolderLock& lock, std::string_view prefix) {
-    std::vector<std::string> live;
-    // A descriptor of its own, because reading moves the position in the folder.
-    FileDescriptor folder = OpenPatiently(lock.Folder(), ".", O_RDONLY | O_DIRECTORY);
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(folder.Release()), closedir);
-    if (!entries) return live;
-    while (const dirent* entry = readdir(entries.get())) {
-        std::string name = entry->d_name;
-        if (!name.starts_with(prefix)) continue;
-        FileDescriptor file = OpenFile(lock.Folder(), name, 0);
-        if (!file) continue;  // a socket, for one, cannot be opened
-        if (Lock(file.Number(), LOCK_EX | LOCK_NB))
-            Remove(lock.Folder(), name);
-        else
-            live.push_back(name);
+LiveFiles::LiveFiles(std::string_view prefix)
+    : prefix_(prefix), entries_(OpenEntries(OpenRuntimeFolder().Release())) {}
+
+bool LiveFiles::Next() {
+    if (!entries_) return false;  // with the last error of OpenRuntimeFolder
+    while (const dirent* entry = readdir(entries_.get())) {
+        std::string_view name = entry->d_name;
+        if (!name.starts_with(prefix_)) continue;
+        file_ = OpenFile(dirfd(entries_.get()), entry->d_name, 0);
+        if (!file_ && IsShortage(errno)) {
+            SetLastError(ErrorNotEnoughMemory);
+            return false;
+        }
+        if (!file_ || !IsHeld(file_.Number())) continue;  // a socket, for one, cannot be opened
+        name.remove_prefix(prefix_.size());
+        auto [end, error] = std::from_chars(name.begin(), name.end(), number_);
+        if (error != std::errc() || end != name.end()) number_ = 0;
+        return true;
     }
-    return live;
+    SetLastError(ErrorSuccess);
+    return false;
 }
 
 }  // namespace quirkmeter::platform

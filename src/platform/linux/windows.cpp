@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <climits>
 #include <cstdio>
@@ -27,9 +26,9 @@ namespace quirkmeter::platform {
 
 namespace {
 
-constexpr std::string_view WindowPrefix = "window-";
-constexpr std::size_t MostTextBytes = 1024;    // class and title, each with its zero
-constexpr std::size_t MostSilentSenders = 64;  // connected without having sent anything
+constexpr char WindowPrefix[] = "window-";
+constexpr std::size_t MaxTextBytes = 1024;    // class and title, each with its zero
+constexpr std::size_t MaxSilentSenders = 64;  // connected without having sent anything
 
 struct Request {
     std::uint64_t Message;
@@ -68,33 +67,19 @@ class Deadline {
 };
 
 // Through the descriptor, because the path of the folder may be longer than an address can hold.
-sockaddr_un SocketAddress(int folder, const std::string& window) {
+sockaddr_un SocketAddress(int folder, WindowHandle window) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", folder,
-                  SocketName(window).c_str());
+    std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s%zu%s", folder,
+                  WindowPrefix, window, SocketSuffix);
     return address;
-}
-
-std::string FileOf(WindowHandle window) {
-    return std::string(WindowPrefix) + std::to_string(window);
-}
-
-WindowHandle HandleOf(std::string_view file) {
-    file.remove_prefix(WindowPrefix.size());
-    WindowHandle handle = 0;
-    auto [end, error] = std::from_chars(file.begin(), file.end(), handle);
-    return error == std::errc() && end == file.end() ? handle : 0;
 }
 
 // --- Finding ---
 
-bool IsWindow(const FolderLock& lock, const std::string& file, const char* className,
-              const char* title) {
-    std::array<char, MostTextBytes> text;
-    FileDescriptor opened =
-        OpenPatiently(lock.Folder(), file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-    ssize_t length = read(opened.Number(), text.data(), text.size());
+bool IsWindow(int file, const char* className, const char* title) {
+    std::array<char, MaxTextBytes> text;
+    ssize_t length = pread(file, text.data(), text.size(), 0);
     if (length <= 0) return false;
 
     std::string_view texts(text.data(), static_cast<std::size_t>(length));
@@ -111,7 +96,7 @@ FileDescriptor Connect(WindowHandle window, const Deadline& deadline) {
     FileDescriptor folder = OpenRuntimeFolder();
     if (!folder) return FileDescriptor();
     FileDescriptor connection(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-    sockaddr_un address = SocketAddress(folder.Number(), FileOf(window));
+    sockaddr_un address = SocketAddress(folder.Number(), window);
     int result;
     do {
         // Bounds the wait for a place in the owner's queue; 0 would mean for ever.
@@ -139,19 +124,18 @@ bool WaitForAnswer(int connection, const Deadline& deadline) {
 
 // A number that no window had since the folder was made; 0 on failure.
 WindowHandle NextHandle(const FolderLock& lock) {
-    FileDescriptor counter =
-        OpenPatiently(lock.Folder(), "last-window", O_RDWR | O_CREAT | O_NOFOLLOW);
+    FileDescriptor counter = OpenIn(lock.Folder(), "last-window", O_RDWR | O_CREAT | O_NOFOLLOW);
     WindowHandle last = 0;
     if (pread(counter.Number(), &last, sizeof last, 0) != sizeof last || last >= INT_MAX) last = 0;
-    for (const std::string& file : LiveFiles(lock, WindowPrefix))
-        last = std::max(last, HandleOf(file));
+    LiveFiles windows(WindowPrefix);
+    while (windows.Next()) last = std::max(last, windows.Number());
     ++last;
     return pwrite(counter.Number(), &last, sizeof last, 0) == sizeof last ? last : 0;
 }
 
 FileDescriptor Listen(const FolderLock& lock, WindowHandle window) {
     FileDescriptor listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    sockaddr_un address = SocketAddress(lock.Folder(), FileOf(window));
+    sockaddr_un address = SocketAddress(lock.Folder(), window);
     if (bind(listener.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         listen(listener.Number(), SOMAXCONN) != 0)
         listener.Close();
@@ -176,7 +160,7 @@ bool IsSameUser(int connection) {
 }
 
 void AcceptSenders(OwnedWindow& window) {
-    for (std::size_t i = 0; i < MostSilentSenders; ++i) {
+    for (std::size_t i = 0; i < MaxSilentSenders; ++i) {
         FileDescriptor sender(
             accept4(window.Listener.Number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!sender) return;
@@ -208,8 +192,8 @@ bool AnswerSenders(OwnedWindow& window) {
             answered = true;
         }
     }
-    if (silent.size() > MostSilentSenders)
-        silent.erase(silent.begin(), silent.end() - MostSilentSenders);
+    if (silent.size() > MaxSilentSenders)
+        silent.erase(silent.begin(), silent.end() - MaxSilentSenders);
     if (window.Listener) std::ranges::move(silent, std::back_inserter(window.Senders));
     return answered;
 }
@@ -226,11 +210,10 @@ WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const c
 }
 
 WindowHandle FindWindowA(const char* className, const char* title) {
-    FolderLock lock;
-    if (!lock) return 0;
     WindowHandle found = 0;  // of several, the one that was made last
-    for (const std::string& file : LiveFiles(lock, WindowPrefix))
-        if (IsWindow(lock, file, className, title)) found = std::max(found, HandleOf(file));
+    LiveFiles windows(WindowPrefix);
+    while (windows.Next())
+        if (IsWindow(windows.File(), className, title)) found = std::max(found, windows.Number());
     return found;
 }
 
@@ -259,7 +242,7 @@ std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, st
 WindowHandle OwnWindow(const char* className, const char* title, MessageHandler handler) {
     std::string texts =
         std::string(className ? className : "") + '\0' + (title ? title : "") + '\0';
-    if (!className || texts.size() > MostTextBytes) {
+    if (!className || texts.size() > MaxTextBytes) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
@@ -267,7 +250,7 @@ WindowHandle OwnWindow(const char* className, const char* title, MessageHandler 
     FolderLock lock;
     if (!lock) return 0;
     window->Handle = NextHandle(lock);
-    window->File = HeldFile(lock, FileOf(window->Handle), O_CREAT | O_EXCL);
+    window->File = HeldFile::Create(lock, WindowPrefix + std::to_string(window->Handle));
     window->Listener = Listen(lock, window->Handle);
     window->Handler = std::move(handler);
     window->Title = title ? title : "";

@@ -62,21 +62,25 @@ double SecondsSinceMidnight() {
     return now.wHour * 3600 + now.wMinute * 60 + now.wSecond + now.wMilliseconds / 1000.0;
 }
 
-bool ClaimSingleInstance(const char* program) {
-    static bool claimed = [program] {
+InstanceClaim ClaimSingleInstance(const char* program) {
+    static InstanceClaim claim = [program] {
         HANDLE mutex = ::CreateMutexA(nullptr, FALSE, InstanceName(program).c_str());
-        if (!mutex) return false;
+        // An instance with administrator's rights keeps others from opening what is its own.
+        if (!mutex)
+            return ::GetLastError() == ERROR_ACCESS_DENIED ? InstanceClaim::Taken
+                                                           : InstanceClaim::Failed;
         // Owned rather than merely there: who only asks whether an instance runs has it open, too.
         bool free = ::WaitForSingleObject(mutex, 0) != WAIT_TIMEOUT;
         if (!free) ::CloseHandle(mutex);
-        return free && PublishProcess(program);
+        if (!free) return InstanceClaim::Taken;
+        return PublishProcess(program) ? InstanceClaim::Claimed : InstanceClaim::Failed;
     }();
-    return claimed;
+    return claim;
 }
 
-std::uint32_t InstanceProcess(const char* program) {
+std::optional<std::uint32_t> InstanceProcess(const char* program) {
     HANDLE memory = ::OpenFileMappingA(FILE_MAP_READ, FALSE, ProcessName(program).c_str());
-    // An instance with administrator's rights keeps others from opening what is its own.
+    // As above.
     if (!memory) return ::GetLastError() == ERROR_ACCESS_DENIED ? UnknownProcess : 0;
     auto* view = static_cast<const DWORD*>(::MapViewOfFile(memory, FILE_MAP_READ, 0, 0, 0));
     DWORD process = view ? *view : UnknownProcess;

@@ -37,12 +37,13 @@ LRESULT CALLBACK OwnedWindowProcedure(HWND window, UINT message, WPARAM wParam, 
 
 WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const char* className,
                            const char* title) {
-    return reinterpret_cast<WindowHandle>(
-        ::FindWindowExA(Native(parent), Native(childAfter), className, title));
+    HWND window = ::FindWindowExA(Native(parent), Native(childAfter), className, title);
+    if (!window) ::SetLastError(ERROR_SUCCESS);  // it never fails to look
+    return reinterpret_cast<WindowHandle>(window);
 }
 
 WindowHandle FindWindowA(const char* className, const char* title) {
-    return reinterpret_cast<WindowHandle>(::FindWindowA(className, title));
+    return FindWindowExA(0, 0, className, title);
 }
 
 std::uint32_t RegisterWindowMessageA(const char* name) {

@@ -17,9 +17,10 @@ cd "$(dirname "$0")/.."
 . ./packages.sh
 
 need "${build_packages[@]}" "${test_packages[@]}" gcovr
-build coverage ON program_test rehearsal_test hours
+build coverage ON program_test chance_test rehearsal_test hours
 find build/coverage -name '*.gcda' -delete
 build/coverage/bin/program_test --gtest_brief=1
+build/coverage/bin/chance_test --gtest_brief=1
 build/coverage/bin/rehearsal_test --gtest_brief=1 --gtest_filter=*Reports*
 build/coverage/bin/hours 1 600 100
 gcovr --root . --filter 'src/(model|link|engine|persist|hardcore)/' --branches \

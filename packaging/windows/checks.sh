@@ -245,7 +245,7 @@ passes() {
 
 program_passes() { passes program_test.exe; }
 
-flights_are_alike() {
+flights_keep_invariants() {
     USER=pilot WINEPREFIX=$plain timeout 300 "$wine" wine "$build/bin/hours.exe" 1 300 100
 }
 
@@ -564,7 +564,7 @@ check "the help opens" opens_help
 check "settings and Hardcore Mode are changed, and written at the end" keeps_settings
 if [ "$version" = winxp ]; then
     check "the tests of the program pass" program_passes
-    check "long flights are as the naive model has them" flights_are_alike
+    check "long flights keep their invariants" flights_keep_invariants
     wait_for_silent_module &
     check "the link says what is wrong" link_says_what_is_wrong
     check "a failure of the profile is written every second" fails_every_second

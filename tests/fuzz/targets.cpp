@@ -118,9 +118,9 @@ std::string CatalogueTexts() {
     FuzzedDataProvider choices(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     torture::Choose = [&choices](int n) { return choices.ConsumeIntegralInRange(0, n - 1); };
     torture::Flight flight;
-    while (choices.remaining_bytes() > 0 && flight.Difference.empty()) flight.Step();
-    if (!flight.Difference.empty()) std::fprintf(stderr, "%s\n", flight.Difference.c_str());
-    Check(flight.Difference.empty());
+    while (choices.remaining_bytes() > 0 && flight.Broken.empty()) flight.Step();
+    if (!flight.Broken.empty()) std::fprintf(stderr, "%s\n", flight.Broken.c_str());
+    Check(flight.Broken.empty());
 }
 
 }  // namespace

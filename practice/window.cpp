@@ -232,7 +232,7 @@ class PracticeApp : public wxApp {
             wireFailed_ = true;
             simulator_.End();
         });
-        (new PracticeFrame(simulator_))->Show();
+        MakeFrame(simulator_)->Show();
         return true;
     }
 
@@ -250,6 +250,10 @@ class PracticeApp : public wxApp {
 };
 
 }  // namespace
+
+wxFrame* MakeFrame(Simulator& simulator) {
+    return new PracticeFrame(simulator);
+}
 
 bool RunWindow(Simulator& simulator, const std::string& className) {
     char name[] = "practice-simulator";

@@ -5,7 +5,12 @@
 
 #include "practice/simulator.h"
 
+class wxFrame;
+
 namespace quirkmeter::practice {
+
+/// Makes the window, which is not shown yet; it closes itself when the simulator has ended.
+wxFrame* MakeFrame(Simulator& simulator);
 
 /// Shows the window and runs until it is closed or the simulator has ended. False when no window
 /// could be made, neither this one nor the interface module's.

@@ -3,14 +3,21 @@
 
 #include <cstring>
 #include <limits>
+#include <regex>
 #include <sstream>
 #include <thread>
 #include <vector>
 
+#include "engine/program_state.h"
+#include "link/actuation.h"
+#include "link/sim_link.h"
+#include "model/failure_list.h"
+#include "platform/inprocess/inprocess.h"
 #include "practice/command.h"
 #include "practice/flight.h"
 #include "practice/request_block.h"
 #include "practice/simulator.h"
+#include "practice/wire.h"
 #include "practice/write_line.h"
 
 namespace quirkmeter::practice {
@@ -112,6 +119,155 @@ TEST_F(FlightTest, AFailureIsInForceForAsLongAsItsWritesKeepComing) {
     flight_.Advance(30);
     EXPECT_EQ(Read(0x0928, 2), 16384u);
     EXPECT_THAT(LitLamps(), ElementsAre("Pitot Static"));
+}
+
+TEST_F(FlightTest, BurnsFuelAndMovesOnlyWhileItFlies) {
+    std::pair<Verb, bool> rows[] = {
+        {Verb::Land, false}, {Verb::TakeOff, true}, {Verb::Pause, false}, {Verb::Resume, true}};
+    for (auto [verb, flies] : rows) {
+        flight_.Apply({verb});
+        std::uint32_t level = Read(0x0B74, 4);
+        double longitude = flight_.View().Longitude;
+        flight_.Advance(flight_.Now() + 4);
+        EXPECT_EQ(Read(0x0B74, 4) < level, flies) << "fuel, after " << printed_.back();
+        EXPECT_EQ(flight_.View().Longitude > longitude, flies) << "after " << printed_.back();
+    }
+}
+
+TEST_F(FlightTest, UnderstandsItsCommandsAndNothingElse) {
+    std::pair<const char*, const char*> rows[] = {{"takeoff", "took off"},
+                                                  {"pause", "paused"},
+                                                  {"resume", "resumed"},
+                                                  {" gear  down ", "gear down"},
+                                                  {"gear up", "gear up"},
+                                                  {"flaps down", "flaps down"},
+                                                  {"flaps up", "flaps up"},
+                                                  {"engines 0", "engines 0"},
+                                                  {"engines 4", "engines 4"},
+                                                  {"fuel 3 40", "fuel Left Aux 40 %"},
+                                                  {"fuel 11 100", "fuel External 2 100 %"},
+                                                  {"misbehave drop", "misbehave drop"},
+                                                  {"misbehave none", "misbehave none"},
+                                                  {"land", "landed"},
+                                                  {"quit", "quit"}};
+    for (auto [line, event] : rows) {
+        auto command = ParseCommand(line);
+        ASSERT_TRUE(command) << line;
+        flight_.Apply(*command);
+        EXPECT_EQ(printed_.back(), std::string("0.000 # ") + event) << line;
+    }
+    for (const char* line :
+         {"", "gear", "gear sideways", "takeoff now", "engines 5", "engines -1", "engines 2x",
+          "fuel 0 1", "fuel 12 1", "fuel 1 101", "fuel 1", "misbehave badly", "Quit"})
+        EXPECT_FALSE(ParseCommand(line)) << line;
+}
+
+// The practice simulator's table of variables and the program's catalogue are two readings of one
+// list.
+TEST(Lamps, EveryFailureLightsTheLampOfItsNameAndNoOther) {
+    std::pair<const char*, const char*> lampNames[] = {
+        {"Alt/Gen \\(Engine (.)\\)", "Alternator $1"},
+        {" \\(Fail\\)", ""},
+        {" \\(Stall\\)", " cut"},
+        {"Tank (.*) \\(Leak\\)", "$1 100 %"},
+        {"\\(s\\)", "s"},
+        {"Altimiter", "Altimeter"},
+        {"Magnetic ", ""}};
+    platform::inprocess::Reset();
+    ResetProgramState();
+    BuildCatalogue();
+    Flight flight({}, [](auto...) {});
+    platform::OwnWindow("UIPCMAIN", "", [&](auto...) {
+        return flight.Answer(SimLink.View, BlockSize, [](auto&) {});
+    });
+    std::int32_t result = 0;
+    ASSERT_TRUE(SimOpen(0, result));
+    auto lit = [&flight] {
+        std::vector<std::string> texts;
+        for (const LampRow& row : flight.View().Lamps)
+            for (auto& [text, light] : row.Lamps)
+                if (light != Light::Dark)
+                    texts.push_back((light == Light::Red ? "red " : "amber ") +
+                                    std::string(row.Title) + " " + text);
+        return texts;
+    };
+    ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
+        bool red = entry.Mode == FailureMode::Disconnect || entry.Mode == FailureMode::Flag;
+        std::string lamp(entry.Name);
+        for (auto [name, shown] : lampNames)
+            lamp = std::regex_replace(lamp, std::regex(name), shown);
+        AddFailure(s, n);
+        for (int tick = 0; tick < 2; ++tick) MaintainFailures();
+        EXPECT_THAT(lit(), ElementsAre((red ? "red" : "amber") + std::string(SystemTitles[s]) +
+                                       " " + lamp));
+        ClearFailure(s, n);
+        flight.Advance(flight.Now() + CutSeconds + 1);
+        EXPECT_THAT(lit(), ElementsAre()) << "after clearing " << entry.Name;
+    });
+    ResetProgramState();
+}
+
+// The client acts whenever the simulator sleeps: a misbehaviour begins, then it uses the link that
+// is open and connects again.
+TEST(Wire, EveryMisbehaviourIsEnteredAndLeft) {
+    namespace inprocess = platform::inprocess;
+    struct {
+        Misbehaviour Kind;
+        std::int32_t Written, Connected;
+        double Seconds;
+    } rows[] = {{Misbehaviour::None, SimNotOpen, SimOk, 0.1},
+                {Misbehaviour::Silent, SimBadReply, SimOk, 3.1},  // until the test ends it
+                {Misbehaviour::Late, SimOk, SimOk, 3.1},
+                {Misbehaviour::None, SimOk, SimOk, 0.1},
+                {Misbehaviour::Wrong, SimBadReply, SimBadReply, 0},
+                {Misbehaviour::None, SimNotOpen, SimOk, 0.1},
+                {Misbehaviour::Drop, SimSendFailed, SimNoWindow, 0},
+                {Misbehaviour::None, SimNotOpen, SimOk, 0.1},
+                {Misbehaviour::Old, SimOk, SimBadVersion, 0.1},
+                {Misbehaviour::None, SimNotOpen, SimOk, 0.1}};
+    inprocess::Reset();
+    ResetProgramState();
+    std::size_t writes = 0;
+    Simulator simulator({}, std::numeric_limits<double>::infinity(), [&](const std::string& line) {
+        writes += line.find(" 0x3102 1 0 Battery") != line.npos;
+    });
+    Wire wire(simulator, "UIPCMAIN");
+    ASSERT_TRUE(wire.Open());
+    auto* row = std::begin(rows);
+    bool begun = false, acting = false;
+    auto act = [&] {
+        if (!std::exchange(begun, true))
+            return simulator.Apply({Verb::Misbehave, static_cast<int>(row->Kind)});
+        SCOPED_TRACE(MisbehaviourNames[static_cast<int>(row->Kind)]);
+        double start = inprocess::Elapsed();
+        std::int32_t result = 0;
+        writes = 0;
+        std::uint8_t off = 0;
+        if (SimWrite(0x3102, 1, &off, result)) SimProcess(result);
+        EXPECT_EQ(result, row->Written);
+        EXPECT_EQ(writes, row->Written == SimOk) << "the batch is carried out or not";
+        SimClose();
+        SimInit();
+        SimOpen(0, result);
+        EXPECT_EQ(result, row->Connected);
+        EXPECT_NEAR(inprocess::Elapsed() - start, row->Seconds, 0.06);
+        begun = false;
+        if (++row == std::end(rows)) simulator.End();
+    };
+    inprocess::WhenAsleep([&, silent = 0]() mutable {
+        if (acting) {
+            if (row->Kind == Misbehaviour::Silent && ++silent == 60)
+                simulator.Apply({Verb::Misbehave});
+            return;
+        }
+        acting = true;
+        act();
+        acting = false;
+    });
+    wire.Serve();
+    EXPECT_EQ(row, std::end(rows));
+    ResetProgramState();
+    EXPECT_EQ(inprocess::HeldObjects(), 0) << "the window is dropped at the end";
 }
 
 TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {

@@ -2,6 +2,7 @@
 // Quirkmeter passes means nothing.
 #include <chrono>
 #include <cstdlib>
+#include <iostream>
 
 #include "companion.h"
 
@@ -22,7 +23,12 @@ void ServeUntil(Clock::time_point end) {
 int main() {
     using namespace quirkmeter;
     Companion companion("\\" QUIRKMETER_PROGRAM);
-    if (companion.Start() != platform::InstanceClaim::Claimed) return EXIT_SUCCESS;
+    platform::InstanceClaim claim = companion.Start();
+    if (claim == platform::InstanceClaim::Failed) {
+        std::cerr << "fsqmhc: " << platform::LastErrorText() << std::endl;
+        return EXIT_FAILURE;
+    }
+    if (claim == platform::InstanceClaim::Taken) return EXIT_SUCCESS;
     do ServeUntil(Clock::now() + std::chrono::seconds(1));
     while (!platform::TerminationRequested() && companion.Tick());
 }

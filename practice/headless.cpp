@@ -24,15 +24,15 @@ void PrintLine(const std::string& line) {
     std::cout << line << '\n' << std::flush;
 }
 
-bool RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className) {
+std::string RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className) {
     Wire wire(*simulator, className);
-    if (!wire.Open()) return false;
+    if (!wire.Open()) return platform::LastErrorText();
     // Nothing can wake a thread that waits for a line, so it is left behind at the end. It must not
     // hold up standard input's lock of the C library then.
     std::ios::sync_with_stdio(false);
     std::thread([simulator] { TakeCommands(*simulator); }).detach();
     wire.Serve();
-    return true;
+    return {};
 }
 
 }  // namespace quirkmeter::practice

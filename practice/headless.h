@@ -11,7 +11,7 @@ namespace quirkmeter::practice {
 /// Prints a line on standard output at once.
 void PrintLine(const std::string& line);
 
-/// Runs until the simulator has ended. False when the window of that class could not be made.
-bool RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className);
+/// Runs until the simulator has ended. Returns why it could not start, empty when it could.
+std::string RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className);
 
 }  // namespace quirkmeter::practice

@@ -116,11 +116,11 @@ int Run(const Options& options) {
     Running = simulator.get();
     std::signal(SIGINT, EndRunning);
     std::signal(SIGTERM, EndRunning);
-    bool ran = options.Headless ? RunHeadless(simulator, options.ClassName)
-                                : RunWindow(*simulator, options.ClassName);
+    std::string fault = options.Headless ? RunHeadless(simulator, options.ClassName)
+                                         : RunWindow(*simulator, options.ClassName);
     Running = nullptr;
-    if (!ran) std::cerr << "practice-simulator: cannot make its window\n";
-    return ran ? 0 : 1;
+    if (!fault.empty()) std::cerr << "practice-simulator: " << fault << "\n";
+    return fault.empty() ? 0 : 1;
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 #include <wx/spinctrl.h>
 #include <wx/wx.h>
 
-#include <atomic>
 #include <cmath>
+#include <csignal>
 #include <thread>
 #include <vector>
 
@@ -221,18 +221,21 @@ void PracticeFrame::OnTimer(wxTimerEvent&) {
 
 class PracticeApp : public wxApp {
    public:
-    PracticeApp(Simulator& simulator, const std::string& className, std::atomic<bool>& wireFailed)
-        : simulator_(simulator), className_(className), wireFailed_(wireFailed) {}
+    PracticeApp(Simulator& simulator, const std::string& className, std::string& fault)
+        : simulator_(simulator), className_(className), fault_(fault) {}
 
     // Options are no business of the widget set: nothing is parsed here.
     bool OnInit() override {
+        MakeFrame(simulator_);
         wire_ = std::thread([this] {
             Wire wire(simulator_, className_);
-            if (wire.Open()) return wire.Serve();
-            wireFailed_ = true;
-            simulator_.End();
+            if (wire.Open()) {
+                CallAfter([this] { ShowWindow(); });
+                wire.Serve();
+            } else {
+                CallAfter([this, fault = platform::LastErrorText()] { ShowFault(fault); });
+            }
         });
-        MakeFrame(simulator_)->Show();
         return true;
     }
 
@@ -243,10 +246,22 @@ class PracticeApp : public wxApp {
     }
 
    private:
+    void ShowWindow() {
+        if (GetTopWindow()) GetTopWindow()->Show();
+    }
+
+    void ShowFault(const std::string& fault) {
+        fault_ = fault;
+        // The message box does not look whether the simulator has ended.
+        for (int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
+        wxMessageBox(wxString(fault.data(), *wxConvFileName), "Practice Simulator");
+        simulator_.End();
+    }
+
     Simulator& simulator_;
     std::string className_;
     std::thread wire_;
-    std::atomic<bool>& wireFailed_;
+    std::string& fault_;
 };
 
 }  // namespace
@@ -255,17 +270,18 @@ wxFrame* MakeFrame(Simulator& simulator) {
     return new PracticeFrame(simulator);
 }
 
-bool RunWindow(Simulator& simulator, const std::string& className) {
+std::string RunWindow(Simulator& simulator, const std::string& className) {
     char name[] = "practice-simulator";
     char* arguments[] = {name, nullptr};
     int count = 1;
-    std::atomic<bool> wireFailed = false;
+    std::string fault;
     platform::CloseOwnConsole();
     platform::PreferX11();
     // Where there is no display, the widget set's own target dies while it tries to show that.
     delete wxLog::SetActiveTarget(new wxLogStderr);
-    wxApp::SetInstance(new PracticeApp(simulator, className, wireFailed));
-    return wxEntry(count, arguments) == 0 && !wireFailed;
+    wxApp::SetInstance(new PracticeApp(simulator, className, fault));
+    if (wxEntry(count, arguments) != 0) fault = "cannot open the display";
+    return fault;
 }
 
 }  // namespace quirkmeter::practice

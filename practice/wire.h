@@ -15,7 +15,8 @@ class Wire {
    public:
     Wire(Simulator& simulator, std::string className);
 
-    /// Makes the window and starts the flight. False when the window could not be made.
+    /// Makes the window and starts the flight. False, with the last error set, when the window could
+    /// not be made.
     bool Open();
     /// Answers messages until the simulator has ended, then drops the window.
     void Serve();

@@ -23,6 +23,7 @@ using testing::Lt;
 
 constexpr char Program[] = "Quirkmeter";
 constexpr char Companion[] = "fsqmhc.exe";
+constexpr char Simulator[] = "practice-simulator";
 
 // What one pilot has: a program folder, a folder in which the processes meet, and a simulator.
 // Nothing that was started from it outlives it. What does not come in time is thrown.
@@ -31,13 +32,13 @@ class Cockpit {
     Cockpit() {
         // Not by this process: a program cannot be started while a file that is open for writing is
         // being inherited by what another thread starts.
-        Process copy({"cp", Built(Program), Built(Companion), folder_});
+        Process copy({"cp", Built(Program), Built(Companion), Built(Simulator), folder_});
         EXPECT_EQ(copy.ExitCode(), 0);
     }
     ~Cockpit() {
         started_.clear();
         // The companion first, for it starts the program.
-        for (const char* program : {Companion, Program}) {
+        for (const char* program : {Companion, Program, Simulator}) {
             for (pid_t process : Running(program)) {
                 kill(process, SIGKILL);
                 ExitCode(process);
@@ -71,7 +72,7 @@ class Cockpit {
 
     Process& StartSimulator(std::vector<std::string> options = {"--headless"},
                             const char* takeOffAfter = "1000000") {
-        options.insert(options.begin(), Built("practice-simulator"));
+        options.insert(options.begin(), Built(Simulator));
         options.insert(options.end(), {"--takeoff-after", takeOffAfter});
         simulator_.emplace(Here(options));
         Await("# ready");
@@ -272,6 +273,19 @@ TEST(Keyboard, WindowsArePaintedHoweverSlowTheSimulatorIs) {
         Press(dialog, "Escape");
         Windows(slow.Pid(), "Help", 0);
     }
+}
+
+TEST(Keyboard, WhatCannotStartSaysWhy) {
+    Cockpit cockpit;
+    Write(cockpit.File("quirkmeter"), "no folder to meet in");
+    std::pair<const char*, const char*> titles[] = {{Program, "FS2002 Quirkmeter"},
+                                                    {Simulator, "Practice Simulator"}};
+    for (auto [program, title] : titles) {
+        Process& process = cockpit.Start(program);
+        Press(Windows(process.Pid(), title, 1)[0], "Return");
+        EXPECT_EQ(process.ExitCode(), 1) << program;
+    }
+    EXPECT_EQ(cockpit.Start(Companion).ExitCode(), 1) << "it has no user to tell";
 }
 
 TEST(Keyboard, TheCompanionEndsWhenItIsClosedOnTheTaskBar) {

@@ -27,8 +27,11 @@ namespace quirkmeter::platform {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 using enum InstanceClaim;
 
 void Print(auto value) {
@@ -154,6 +157,7 @@ TEST_F(LinuxLayer, ALockedFolderHidesNobody) {
 
     auto start = Clock::now();
     EXPECT_EQ(ClaimSingleInstance("other"), Failed) << "nobody knows whether it runs";
+    EXPECT_THAT(LastErrorText(), HasSubstr("locked"));
     EXPECT_LT(Clock::now() - start, std::chrono::seconds(5)) << "the wait has an end";
     start = Clock::now();
     TerminationRequested();
@@ -250,8 +254,9 @@ TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
     fs::path elsewhere = root_ / "elsewhere";
     fs::create_directory(elsewhere);
     fs::permissions(elsewhere, fs::perms::owner_all);
-    auto expectRefused = [] {
+    auto expectRefused = [this] {
         EXPECT_EQ(OwnWindow("Window", "", {}), 0u);
+        EXPECT_THAT(LastErrorText(), AllOf(StartsWith(Folder().string()), HasSubstr("mode 700")));
         EXPECT_EQ(GlobalAddAtomA("atom"), 0);
         EXPECT_EQ(ClaimSingleInstance("Quirkmeter"), Failed);
     };
@@ -266,12 +271,18 @@ TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
     }
     fs::permissions(Folder(), fs::perms::group_exec, fs::perm_options::add);
     expectRefused();
+    fs::remove(Folder());
+    Write(Folder(), "");
+    expectRefused();
 
     setenv("XDG_RUNTIME_DIR", (root_ / "missing").c_str(), 1);
     setenv("TMPDIR", root_.c_str(), 1);
     EXPECT_NE(RegisterWindowMessageA("message"), 0u);
     fs::path fallback = root_ / ("quirkmeter-" + std::to_string(geteuid()));
     EXPECT_EQ(fs::status(fallback).permissions(), fs::perms::owner_all);
+    setenv("TMPDIR", (root_ / "missing").c_str(), 1);
+    EXPECT_EQ(ClaimSingleInstance("Quirkmeter"), Failed);
+    EXPECT_THAT(LastErrorText(), HasSubstr("cannot be made"));
     unsetenv("TMPDIR");
 }
 

@@ -367,12 +367,17 @@ TEST_F(HardcoreWindowTest, MissingCompanionClosesTheWindow) {
 TEST_F(WindowTest, StartUpReadsWhatWasSavedAndSecondInstanceDoesNothing) {
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav"));
     Close();
-    inprocess::FailCalls("ClaimSingleInstance", 1, 1, 0);
-    auto* second = new frmMain;
-    EXPECT_FALSE(second->Load());
-    EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
-    second->Destroy();
-    AwaitEnd();
+    for (auto [error, exitCode] : {std::pair{0u, 0}, std::pair{8u, 1}}) {
+        inprocess::FailCalls("ClaimSingleInstance", 1, 1, error);
+        auto* second = new frmMain;
+        EXPECT_FALSE(second->Load());
+        EXPECT_EQ(second->ExitCode(), exitCode);
+        EXPECT_THAT(inprocess::TakeSounds(), IsEmpty());
+        second->Destroy();
+        AwaitEnd();
+    }
+    EXPECT_THAT(modals_.TakeMessages(), ElementsAre("FS2002 Quirkmeter cannot start. Error 8."))
+        << "a second instance says nothing";
 
     TestSimulator simulator;
     simulator.Space.SetValue(0x0366, 2, 1);

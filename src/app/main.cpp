@@ -17,8 +17,9 @@ class App final : public wxApp {
     int OnRun() override {
         auto* window = new frmMain;
         if (!window->Load()) {
+            int exitCode = window->ExitCode();
             window->Destroy();
-            return EXIT_SUCCESS;  // a second instance is no fault
+            return exitCode;
         }
         window->ShowAndStart();
         return wxApp::OnRun();

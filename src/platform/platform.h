@@ -175,6 +175,10 @@ InstanceClaim ClaimSingleInstance(const char* program);
 /// found out.
 std::optional<std::uint32_t> InstanceProcess(const char* program);
 
+/// What is wrong and what the user can do about it, by the last error of this thread, where a call
+/// has failed without which a program cannot start.
+std::string LastErrorText();
+
 /// True once the user or the system has asked the process to end: on Linux by an interrupt, a
 /// termination or a hang-up signal, which do not end it by themselves after the first call; on
 /// Windows by a request to close an owned window, which does not close it.

@@ -6,6 +6,7 @@
 #include <wx/stockitem.h>
 
 #include <cstdlib>
+#include <iostream>
 #include <utility>
 
 #include "engine/connection.h"
@@ -79,8 +80,9 @@ frmMain::~frmMain() {
 
 bool frmMain::Load() {
     platform::TerminationRequested();  // from here on a request is heard
-    if (platform::ClaimSingleInstance("Quirkmeter") != platform::InstanceClaim::Claimed)
-        return false;
+    auto claim = platform::ClaimSingleInstance("Quirkmeter");
+    if (claim == platform::InstanceClaim::Failed) SayWhyItCannotStart();
+    if (claim != platform::InstanceClaim::Claimed) return false;
     if (!ReadSettings()) return false;
     BuildCatalogue();
     for (int s = 1; s < static_cast<int>(std::size(SystemTitles)); ++s)
@@ -113,6 +115,14 @@ void frmMain::Start() {
     phase_ = Phase::Ticking;
     nextTick_ = std::chrono::steady_clock::now();
     Tick();
+}
+
+void frmMain::SayWhyItCannotStart() {
+    std::string text = std::string(ProgramTitle) + " cannot start. " + platform::LastErrorText();
+    if (platform::TerminationRequested()) return;  // which ended the wait
+    exitCode_ = EXIT_FAILURE;
+    if (platform::OnTerminal(2)) std::cerr << text << std::endl;
+    ShowMessage(text, MessageIcon::None);
 }
 
 void frmMain::CreateControls() {

@@ -25,13 +25,15 @@ class frmMain final : public wxFrame, public MainWindow {
     ~frmMain() override;
 
     /// Start-up as far as the last profile, before the window is shown. False when the program is to
-    /// end at once.
+    /// end at once, with ExitCode.
     bool Load();
     /// Shows the window, which calls Start once it has been painted.
     void ShowAndStart();
     /// The rest of start-up, once. It connects to the simulator, which takes minutes if that does not
     /// answer.
     void Start();
+    /// EXIT_FAILURE when Load could not start the program, for a reason that it has told the user.
+    int ExitCode() const { return exitCode_; }
 
     void RefreshSubsystems() override;
     void SetStatusCaption(const std::string& caption) override;
@@ -55,6 +57,7 @@ class frmMain final : public wxFrame, public MainWindow {
     wxTimer tmrTimer;
 
    private:
+    void SayWhyItCannotStart();
     void CreateControls();
     /// In the place of the list of sub-systems.
     void CreateHardcoreNotice(const wxRect& place);
@@ -110,6 +113,7 @@ class frmMain final : public wxFrame, public MainWindow {
     enum class Phase { Loading, Loaded, Ticking, Closing };
     Phase phase_ = Phase::Loading;
     std::chrono::steady_clock::time_point nextTick_;  // when that is or was due
+    int exitCode_ = EXIT_SUCCESS;
     int LastClickedItem = 0;
     int pressedRow_ = 0;  // under the mouse button, or chosen by key, and not yet opened; 0: none
     wxString cdlDialogPath_;  // the file chosen last in this run; at first the program's folder

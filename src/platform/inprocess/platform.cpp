@@ -353,6 +353,10 @@ std::optional<std::uint32_t> InstanceProcess(const char* program) {
     return instance == TheWorld.Instances.end() ? 0 : instance->second;
 }
 
+std::string LastErrorText() {
+    return "Error " + std::to_string(TheWorld.LastError) + ".";
+}
+
 bool TerminationRequested() {
     return false;
 }

@@ -193,4 +193,25 @@ bool LiveFiles::Next() {
     return false;
 }
 
+std::string LastErrorText() {
+    std::string folder = FolderPath().data();
+    switch (GetLastError()) {
+        case ErrorAccessDenied:
+            return folder +
+                   " must be a folder that belongs to you and that nobody else can enter (mode "
+                   "700). Remove what is there and start again.";
+        case ErrorPathNotFound:
+            return "The folder " + folder +
+                   " cannot be made. See that the folder above it is there and that you may write "
+                   "to it, then start again.";
+        case ErrorNotEnoughMemory:
+            return "There is no room left for " + folder + ". Make room and start again.";
+        case ErrorLockViolation:
+            return "Another program keeps the folder " + folder +
+                   " locked. End programs that do not answer, then start again.";
+        default:
+            return "Error " + std::to_string(GetLastError()) + " in " + folder + ".";
+    }
+}
+
 }  // namespace quirkmeter::platform

@@ -89,6 +89,13 @@ std::optional<std::uint32_t> InstanceProcess(const char* program) {
     return process;
 }
 
+std::string LastErrorText() {
+    char text[512];
+    DWORD length = ::FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                    nullptr, ::GetLastError(), 0, text, sizeof text, nullptr);
+    return {text, length};
+}
+
 std::string ProgramFile(std::string_view name) {
     static std::string folder = [] {
         std::string path = InAnsi(ExecutablePath());

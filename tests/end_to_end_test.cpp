@@ -24,6 +24,7 @@ using testing::Lt;
 constexpr char Program[] = "Quirkmeter";
 constexpr char Companion[] = "fsqmhc.exe";
 constexpr char Simulator[] = "practice-simulator";
+const std::string ProgramTitle = "FS2002 Quirkmeter";
 
 // What one pilot has: a program folder, a folder in which the processes meet, and a simulator.
 // Nothing that was started from it outlives it. What does not come in time is thrown.
@@ -152,6 +153,12 @@ std::vector<std::string> Windows(pid_t program, const std::string& title, std::s
     return found;
 }
 
+// The colours in a window: one until it is painted.
+int Colours(const std::string& window) {
+    Process import({"import", "-window", window, "-format", "%k", "info:"});
+    return std::atoi(import.Line().c_str());
+}
+
 void Press(const std::string& window, const std::string& key) {
     Process xdotool({"xdotool", "windowactivate", "--sync", window, "key", key});
     EXPECT_EQ(xdotool.ExitCode(), 0) << key;
@@ -227,26 +234,45 @@ TEST(Flight, ConnectsFailsSystemsAndEnds) {
 
 // --- Starting and ending -----------------------------------------------------------------------
 
-TEST(Keyboard, TheProgramEndsAlsoWhileADialogIsOpen) {
-    std::pair<const char*, const char*> dialogs[] = {{"alt+p", "Help"}, {"alt+s", "Save As"}};
-    for (const auto& [key, title] : dialogs) {
+void ExpectEnd(Process& program, int signal, const std::string& where) {
+    auto asked = Clock::now();
+    program.Signal(signal);
+    EXPECT_EQ(program.ExitCode(), 0) << where;
+    EXPECT_LT(Clock::now() - asked, std::chrono::seconds(2)) << where;
+}
+
+TEST(Keyboard, EverySignalEndsTheProgramWhateverIsOpen) {
+    struct {
+        const char *Key, *Title;
+        int Signal;
+        bool Writable;  // else a message follows the signal
+    } dialogs[] = {{"alt+p", "Help", SIGTERM, true},
+                   {"alt+s", "Save As", SIGINT, false},
+                   {"alt+F4", "FS2002 Quirkmeter", SIGHUP, false}};
+    for (const auto& [key, title, signal, writable] : dialogs) {
         Cockpit cockpit;
         Process& program = cockpit.Start(Program);
-        std::string main = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
+        std::string main = Windows(program.Pid(), ProgramTitle, 1)[0];
+        if (!writable) fs::create_directory(cockpit.Settings());
         Press(main, key);
-        Windows(program.Pid(), title, 1);
-        fs::create_directory(cockpit.Settings());
-        program.Signal(SIGTERM);
-        for (const std::string& window : Windows(program.Pid(), "FS2002 Quirkmeter", 2))
-            if (window != main) Press(window, "Return");  // they could not be written
-        EXPECT_EQ(program.ExitCode(), 0) << title;
+        Windows(program.Pid(), title, title == ProgramTitle ? 2 : 1);
+        ExpectEnd(program, signal, title);
     }
 }
 
-// The colours in a window: one until it is painted.
-int Colours(const std::string& window) {
-    Process import({"import", "-window", window, "-format", "%k", "info:"});
-    return std::atoi(import.Line().c_str());
+TEST(Keyboard, ASignalEndsTheProgramAlsoBeforeItIsShownAndBesideASilentSimulator) {
+    Cockpit cockpit;
+    Write(cockpit.Settings(), "LASTPROFILE=missing.qmp\r\nSTATUS_HK=83\r\n");
+    Process& unshown = cockpit.Start(Program);
+    Windows(unshown.Pid(), ProgramTitle, 1);
+    ExpectEnd(unshown, SIGTERM, "a profile that cannot be read");
+    EXPECT_EQ(Content(cockpit.Settings()), "LASTPROFILE=\r\nSTATUS_HK=83\r\nSTATUS_HKCS=0\r\n");
+
+    cockpit.StartSimulator().Signal(SIGSTOP);
+    Process& waiting = cockpit.Start(Program);
+    std::string window = Windows(waiting.Pid(), ProgramTitle, 1)[0];
+    EXPECT_TRUE(Becomes([&] { return Colours(window) > 1; }));
+    ExpectEnd(waiting, SIGTERM, "a simulator that was stopped");
 }
 
 TEST(Keyboard, WindowsArePaintedHoweverSlowTheSimulatorIs) {
@@ -254,7 +280,7 @@ TEST(Keyboard, WindowsArePaintedHoweverSlowTheSimulatorIs) {
     Process& simulator = cockpit.StartSimulator();
     simulator.Signal(SIGSTOP);  // no answer to connecting, for minutes
     auto isPainted = [](Process& program) {
-        std::string window = Windows(program.Pid(), "FS2002 Quirkmeter", 1)[0];
+        std::string window = Windows(program.Pid(), ProgramTitle, 1)[0];
         EXPECT_TRUE(Becomes([&] { return Colours(window) > 1; }));
         return window;
     };
@@ -278,7 +304,7 @@ TEST(Keyboard, WindowsArePaintedHoweverSlowTheSimulatorIs) {
 TEST(Keyboard, WhatCannotStartSaysWhy) {
     Cockpit cockpit;
     Write(cockpit.File("quirkmeter"), "no folder to meet in");
-    std::pair<const char*, const char*> titles[] = {{Program, "FS2002 Quirkmeter"},
+    std::pair<const char*, const char*> titles[] = {{Program, ProgramTitle.c_str()},
                                                     {Simulator, "Practice Simulator"}};
     for (auto [program, title] : titles) {
         Process& process = cockpit.Start(program);
@@ -290,7 +316,7 @@ TEST(Keyboard, WhatCannotStartSaysWhy) {
 
 TEST(Keyboard, TheCompanionEndsWhenItIsClosedOnTheTaskBar) {
     Cockpit cockpit;
-    Windows(cockpit.Start(Program).Pid(), "FS2002 Quirkmeter", 1);
+    Windows(cockpit.Start(Program).Pid(), ProgramTitle, 1);
     Process& companion = cockpit.Start(Companion);
     EXPECT_TRUE(Becomes([] {
         Process xdotool({"xdotool", "search", "--name", "^FSQMHC$", "windowactivate", "--sync",

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <optional>
 
+#include "model/engine_state.h"
+
 namespace quirkmeter {
 
 using namespace platform;
@@ -102,12 +104,17 @@ bool WindowIsGone() {
     return GetLastError() == ErrorInvalidWindowHandle;
 }
 
+// Nothing is sent then: a silent simulator would hold up the end. The price of a flight still is.
+bool ProgramIsEnding() {
+    return TerminationRequested() && !HardcoreLock();
+}
+
 // The last retry comes too late even when it was delivered.
 bool DeliverWithRetries(std::uintptr_t& reply) {
     constexpr int MaxRetries = 40;
-    bool delivered = Deliver(reply);
+    bool delivered = !ProgramIsEnding() && Deliver(reply);
     int retries = 0;
-    for (; !delivered && !WindowIsGone() && retries < MaxRetries; ++retries) {
+    for (; !delivered && !WindowIsGone() && !ProgramIsEnding() && retries < MaxRetries; ++retries) {
         Sleep(100);
         delivered = Deliver(reply);
     }

@@ -80,10 +80,12 @@ frmMain::~frmMain() {
 
 bool frmMain::Load() {
     platform::TerminationRequested();  // from here on a request is heard
+    tmrTimer.StartOnce(TickMilliseconds);  // ends the program while a message is open
     auto claim = platform::ClaimSingleInstance("Quirkmeter");
     if (claim == platform::InstanceClaim::Failed) SayWhyItCannotStart();
     if (claim != platform::InstanceClaim::Claimed) return false;
     if (!ReadSettings()) return false;
+    phase_ = Phase::Loading;
     BuildCatalogue();
     for (int s = 1; s < static_cast<int>(std::size(SystemTitles)); ++s)
         lstSystems->Append(wxString(SystemTitles[s].data(), SystemTitles[s].size()));
@@ -98,7 +100,6 @@ bool frmMain::Load() {
 
 void frmMain::ShowAndStart() {
     panel_->Bind(wxEVT_PAINT, &frmMain::OnFirstPaint, this);
-    tmrTimer.StartOnce(TickMilliseconds);  // for a window that is minimised at once, never painted
     Show();
 }
 
@@ -511,10 +512,13 @@ void frmMain::OnActivate(wxActivateEvent& event) {
 
 void frmMain::OnTimer() {
     if (platform::TerminationRequested()) {
+        tmrTimer.StartOnce(TickMilliseconds / 2);  // a message of the closing sequence
         Close(true);
         return;
     }
-    // GTK runs timers before it paints, and this after.
+    tmrTimer.StartOnce(TickMilliseconds);
+    // GTK runs timers before it paints, and this after. A window that is minimised from the beginning
+    // is never painted.
     CallAfter(phase_ == Phase::Ticking ? &frmMain::Tick : &frmMain::Start);
 }
 
@@ -537,14 +541,19 @@ void frmMain::Unload() {
 }
 
 void frmMain::OnClose() {
-    phase_ = Phase::Closing;
-    tmrTimer.Stop();
-    LeaveFlight();
-    WriteSettings();
+    EndFlight();
     // A dialog that is open has a loop and a handler of its own, which would go on without their
     // window; everything is done, so the program ends here.
     if (modals_.Open > 0) std::_Exit(EXIT_SUCCESS);
     Destroy();
+}
+
+// Once, and only if the settings have been read.
+void frmMain::EndFlight() {
+    Phase ended = std::exchange(phase_, Phase::Closing);
+    if (ended == Phase::Starting || ended == Phase::Closing) return;
+    LeaveFlight();
+    WriteSettings();
 }
 
 }  // namespace quirkmeter

@@ -88,6 +88,7 @@ class frmMain final : public wxFrame, public MainWindow {
     void OnTimer();
     void Tick();
     void OnClose();
+    void EndFlight();
 
     void OnReliabilitiesChanged();
     void TestFailure(int system, int subsystem);
@@ -110,8 +111,8 @@ class frmMain final : public wxFrame, public MainWindow {
     wxWindow* panel_;
     wxWindow* notice_;
     std::unique_ptr<wxStaticBoxSizer> statusSizer_;
-    enum class Phase { Loading, Loaded, Ticking, Closing };
-    Phase phase_ = Phase::Loading;
+    enum class Phase { Starting, Loading, Loaded, Ticking, Closing };  // Loading: settings are read
+    Phase phase_ = Phase::Starting;
     std::chrono::steady_clock::time_point nextTick_;  // when that is or was due
     int exitCode_ = EXIT_SUCCESS;
     int LastClickedItem = 0;

@@ -115,9 +115,13 @@ FileDescriptor Connect(WindowHandle window, const Deadline& deadline) {
     return FileDescriptor();
 }
 
+// A request to end the program cuts the wait short.
 bool WaitForAnswer(int connection, const Deadline& deadline) {
     pollfd waiting{connection, POLLIN, 0};
-    return TEMP_FAILURE_RETRY(poll(&waiting, 1, deadline.MillisecondsLeft())) > 0;
+    int ready;
+    do ready = poll(&waiting, 1, deadline.MillisecondsLeft());
+    while (ready < 0 && errno == EINTR && !TerminationRequested());
+    return ready > 0;
 }
 
 // --- Owning ---

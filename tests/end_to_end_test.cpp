@@ -53,6 +53,13 @@ class Cockpit {
     fs::path File(const char* name) const { return folder_ / name; }
     fs::path Settings() const { return File("Quirkmeter.ini"); }
 
+    // A display of this cockpit's own, for what is started from now on.
+    void StartDisplay() {
+        display_.emplace(std::vector<std::string>{"Xvfb", "-noreset", "-displayfd", "1"});
+        displayName_ = ":" + display_->Line();
+    }
+    void EndDisplay() { display_.reset(); }
+
     Process& Start(const char* program) { return started_.emplace_back(Here({File(program)})); }
 
     // The processes that run a program of this cockpit, whoever started it.
@@ -116,7 +123,7 @@ class Cockpit {
         std::string environment[] = {"env", "XDG_RUNTIME_DIR=" + folder_.string(),
                                      "HOME=" + folder_.string(), "LC_ALL=C.UTF-8",
                                      "CANBERRA_DRIVER=null", "GDK_BACKEND=x11", "NO_AT_BRIDGE=1",
-                                     "GSETTINGS_BACKEND=memory",
+                                     "GSETTINGS_BACKEND=memory", "DISPLAY=" + displayName_,
                                      // The widget set does not give everything back at the end.
                                      "ASAN_OPTIONS=detect_leaks=0"};
         command.insert(command.begin(), std::begin(environment), std::end(environment));
@@ -130,6 +137,8 @@ class Cockpit {
     }
 
     fs::path folder_ = MakeFolder();
+    std::optional<Process> display_;
+    std::string displayName_ = std::getenv("DISPLAY");
     std::deque<Process> started_;
     std::optional<Process> simulator_;
     std::vector<std::string> lines_;
@@ -183,13 +192,17 @@ void FlyUntilSystemsFail() {
     EXPECT_THAT(Seconds(flags.at(0)) - tookOff, AllOf(Ge(9), Lt(60)));
 }
 
+enum class Leave { OnGroundBySignal, InAirWithoutCompanion, InAirWithoutDisplay };
+
 // The user's one start: it starts the companion and ends, and the companion starts the program
-// again. Then one of the two ends, and the other with it.
-void LeaveHardcoreMode(bool airborne) {
+// again. Then one of the two or their display ends, and the rest with it.
+void LeaveHardcoreMode(Leave how) {
+    bool airborne = how != Leave::OnGroundBySignal;
     std::string settings = "DISPLAYUPDATE=YES\r\nHARDCOREMODE=YES\r\n";
     std::string onHold = "\"QM:  On hold (not airborne). Hardcore Mode.\"";
     Cockpit cockpit;
     Write(cockpit.Settings(), settings);
+    if (how == Leave::InAirWithoutDisplay) cockpit.StartDisplay();
     cockpit.StartSimulator();
     EXPECT_EQ(cockpit.Start(Program).ExitCode(), 0);
     cockpit.Await(onHold);
@@ -205,9 +218,19 @@ void LeaveHardcoreMode(bool airborne) {
     }
     pid_t program = cockpit.TheOne(Program);
     pid_t companion = cockpit.TheOne(Companion);
-    kill(airborne ? companion : program, airborne ? SIGKILL : SIGTERM);
-    EXPECT_EQ(ExitCode(program), 0);
-    EXPECT_EQ(ExitCode(companion), airborne ? -SIGKILL : 0);
+    int programCode = 0;
+    int companionCode = 0;
+    if (how == Leave::OnGroundBySignal) {
+        kill(program, SIGTERM);
+    } else if (how == Leave::InAirWithoutCompanion) {
+        kill(companion, SIGKILL);
+        companionCode = -SIGKILL;
+    } else {
+        cockpit.EndDisplay();
+        programCode = companionCode = 1;
+    }
+    EXPECT_EQ(ExitCode(program), programCode);
+    EXPECT_EQ(ExitCode(companion), companionCode);
     EXPECT_EQ(Content(cockpit.Settings()), "LASTPROFILE=\r\n" + settings);
     cockpit.EndSimulator();
     EXPECT_THAT(cockpit.Running(Program), IsEmpty());
@@ -220,8 +243,9 @@ void LeaveHardcoreMode(bool airborne) {
 // At the same time, because a flight lasts for seconds in most of which nothing happens.
 TEST(Flight, ConnectsFailsSystemsAndEnds) {
     std::vector<std::jthread> flights;
-    for (auto fly : {FlyUntilSystemsFail, +[] { LeaveHardcoreMode(false); },
-                     +[] { LeaveHardcoreMode(true); }}) {
+    for (auto fly : {FlyUntilSystemsFail, +[] { LeaveHardcoreMode(Leave::OnGroundBySignal); },
+                     +[] { LeaveHardcoreMode(Leave::InAirWithoutCompanion); },
+                     +[] { LeaveHardcoreMode(Leave::InAirWithoutDisplay); }}) {
         flights.emplace_back([fly] {
             try {
                 fly();

@@ -147,6 +147,10 @@ std::intptr_t ShellExecuteA(WindowHandle owner, const char* operation, const cha
 /// typed into another program's window cannot be seen. Call it before wxWidgets starts.
 void PreferX11();
 
+/// Calls `end` when the display is lost (the X server or the compositor has ended), then ends the
+/// process with status 1. `end` must not touch a window. Call it once there is a display.
+void WhenDisplayIsLost(std::function<void()> end);
+
 // --- For every pair of eyes -------------------------------------------------------------------
 
 /// How much larger than usual the user wants texts, 1 or more, beside the scale of the display.

@@ -75,11 +75,16 @@ frmMain::frmMain()
 }
 
 frmMain::~frmMain() {
+    platform::WhenDisplayIsLost([] {});
     if (TheMainWindow == this) TheMainWindow = nullptr;
 }
 
 bool frmMain::Load() {
     platform::TerminationRequested();  // from here on a request is heard
+    platform::WhenDisplayIsLost([this] {
+        displayIsLost_ = true;
+        EndFlight();
+    });
     tmrTimer.StartOnce(TickMilliseconds);  // ends the program while a message is open
     auto claim = platform::ClaimSingleInstance("Quirkmeter");
     if (claim == platform::InstanceClaim::Failed) SayWhyItCannotStart();
@@ -497,7 +502,7 @@ void frmMain::ShowSubsystemList(bool show) {
 }
 
 void frmMain::ShowMessage(const std::string& text, MessageIcon icon) {
-    look::ShowMessage(this, look::Shown(text), icon);
+    if (!displayIsLost_) look::ShowMessage(this, look::Shown(text), icon);
 }
 
 // The list may have been hidden since it had the keyboard here, which then nothing has.

@@ -115,6 +115,7 @@ class frmMain final : public wxFrame, public MainWindow {
     Phase phase_ = Phase::Starting;
     std::chrono::steady_clock::time_point nextTick_;  // when that is or was due
     int exitCode_ = EXIT_SUCCESS;
+    bool displayIsLost_ = false;
     int LastClickedItem = 0;
     int pressedRow_ = 0;  // under the mouse button, or chosen by key, and not yet opened; 0: none
     wxString cdlDialogPath_;  // the file chosen last in this run; at first the program's folder

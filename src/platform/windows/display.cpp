@@ -4,4 +4,6 @@ namespace quirkmeter::platform {
 
 void PreferX11() {}
 
+void WhenDisplayIsLost(std::function<void()>) {}
+
 }  // namespace quirkmeter::platform

@@ -299,32 +299,6 @@ TEST(Keyboard, ASignalEndsTheProgramAlsoBeforeItIsShownAndBesideASilentSimulator
     ExpectEnd(waiting, SIGTERM, "a simulator that was stopped");
 }
 
-TEST(Keyboard, WindowsArePaintedHoweverSlowTheSimulatorIs) {
-    Cockpit cockpit;
-    Process& simulator = cockpit.StartSimulator();
-    simulator.Signal(SIGSTOP);  // no answer to connecting, for minutes
-    auto isPainted = [](Process& program) {
-        std::string window = Windows(program.Pid(), ProgramTitle, 1)[0];
-        EXPECT_TRUE(Becomes([&] { return Colours(window) > 1; }));
-        return window;
-    };
-    Process& program = cockpit.Start(Program);
-    isPainted(program);
-    program.Kill();
-
-    cockpit.StartSimulator({"--headless", "--misbehave", "late"});  // ticks of 1.5 s
-    Process& slow = cockpit.Start(Program);
-    std::string window = isPainted(slow);
-    for (int i = 0; i < 3; ++i) {
-        auto pressed = Clock::now();
-        Press(window, "alt+p");
-        std::string dialog = Windows(slow.Pid(), "Help", 1)[0];
-        EXPECT_LT(Clock::now() - pressed, std::chrono::seconds(5)) << "opens within a tick";
-        Press(dialog, "Escape");
-        Windows(slow.Pid(), "Help", 0);
-    }
-}
-
 TEST(Keyboard, WhatCannotStartSaysWhy) {
     Cockpit cockpit;
     Write(cockpit.File("quirkmeter"), "no folder to meet in");

@@ -1,4 +1,5 @@
 // The main window.
+#include <wx/dcclient.h>
 #include <wx/panel.h>
 
 #include "ui/frm_options.h"
@@ -83,6 +84,28 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
         testing::HasSubstr(" Radio|Hardcore Mode ON.|The following options are not available while "
                            "airborne:|Sub-systems display|Reliability setting|Failure clearing|"
                            "Failure displaying|Profile opening|Deactivating|Sub-systems|"));
+}
+
+// On Linux a timer that is due comes before painting.
+TEST_F(WindowTest, IsPaintedBetweenTwoTicksThatTakeLongerThanASecond) {
+    TestSimulator simulator;
+    Tick();  // connects
+    std::string order;
+    simulator.Spoil = [&order](std::byte*) {
+        order += "t";
+        if (std::ranges::count(order, 't') < 4) wxMilliSleep(1100);
+    };
+    auto* painted = new wxWindow(main_, wxID_ANY, {0, 0}, {8, 8});
+    painted->Bind(wxEVT_PAINT, [&order, painted](wxPaintEvent&) {
+        wxPaintDC dc(painted);
+        order += "p";
+        painted->CallAfter([painted] { painted->Refresh(); });
+    });
+    main_->tmrTimer.StartOnce(1);
+    EXPECT_TRUE(Until([&] { return std::ranges::count(order, 't') >= 4; }));
+    main_->tmrTimer.Stop();
+    EXPECT_EQ(order.find("tt"), order.npos) << "order of ticks (t) and paintings (p): " << order;
+    painted->Destroy();
 }
 
 TEST_F(WindowTest, RowsShowWhatCanFailAndWhatHas) {

@@ -69,6 +69,7 @@ TEST_F(ModelTest, AFailureRangeIsAsWideAsTheReliabilitySaysWhereverItLies) {
                 {"99.999", 50000, 50001},
                 {"99", 49500, 50500},
                 {"90", 45000, 55000},
+                {"0.053", 27, 99974},  // as single precision rounds it
                 {"0", 0, 100000}};
     for (auto [reliability, low, high] : rows) {
         SCOPED_TRACE(reliability);

@@ -14,7 +14,7 @@ std::int32_t RandomDrawAt(const SubsystemEntry& entry) {
 }
 
 void ComputeFailureRange(SubsystemEntry& entry) {
-    // In single precision, in which 99.999 % leaves a range one wide; in double it would leave none.
+    // In single precision: in double some reliabilities, such as 0.053 %, get a range one wider.
     auto halfWidth = static_cast<float>((100 - ReliabilityOf(entry)) / 100 * MaxDraw / 2);
     auto low = static_cast<std::int32_t>(std::floor(50000.5 - halfWidth));
     auto high = static_cast<std::int32_t>(std::floor(halfWidth + 50000.5));

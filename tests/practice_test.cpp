@@ -94,6 +94,7 @@ TEST_F(FlightTest, TakesOffRetractsAndLandsAndShowsATextForItsSeconds) {
     flight_.Apply({Verb::Land});
     EXPECT_NE(Read(0x0BE8, 4), 0u);
     EXPECT_NE(Read(0x0366, 2), 0u);
+    EXPECT_NEAR(flight_.View().Altitude, 110, 1) << "landed";
 }
 
 TEST_F(FlightTest, AFailureIsInForceForAsLongAsItsWritesKeepComing) {
@@ -122,16 +123,26 @@ TEST_F(FlightTest, AFailureIsInForceForAsLongAsItsWritesKeepComing) {
 }
 
 TEST_F(FlightTest, BurnsFuelAndMovesOnlyWhileItFlies) {
-    std::pair<Verb, bool> rows[] = {
-        {Verb::Land, false}, {Verb::TakeOff, true}, {Verb::Pause, false}, {Verb::Resume, true}};
-    for (auto [verb, flies] : rows) {
-        flight_.Apply({verb});
+    Write(0x0B7C, 4, 1);
+    struct {
+        Verb Told;
+        bool Slew, Burns, Moves;
+    } rows[] = {{Verb::Land, false, false, false},
+                {Verb::TakeOff, false, true, true},
+                {Verb::Pause, false, false, false},
+                {Verb::Resume, true, true, false}};
+    for (auto [told, slew, burns, moves] : rows) {
+        flight_.Apply({told});
+        Write(0x05DC, 2, slew);
         std::uint32_t level = Read(0x0B74, 4);
         double longitude = flight_.View().Longitude;
         flight_.Advance(flight_.Now() + 4);
-        EXPECT_EQ(Read(0x0B74, 4) < level, flies) << "fuel, after " << printed_.back();
-        EXPECT_EQ(flight_.View().Longitude > longitude, flies) << "after " << printed_.back();
+        std::string rule = "on the ground";
+        if (!printed_.empty()) rule = printed_.back();
+        EXPECT_EQ(Read(0x0B74, 4) < level, burns) << rule;
+        EXPECT_EQ(flight_.View().Longitude > longitude, moves) << rule;
     }
+    EXPECT_EQ(Read(0x0B7C, 4), 0u) << "no tank holds less than nothing";
 }
 
 TEST_F(FlightTest, UnderstandsItsCommandsAndNothingElse) {
@@ -156,6 +167,7 @@ TEST_F(FlightTest, UnderstandsItsCommandsAndNothingElse) {
         flight_.Apply(*command);
         EXPECT_EQ(printed_.back(), std::string("0.000 # ") + event) << line;
     }
+    EXPECT_EQ(Read(0x0B84, 4), 3355444u) << "40 percent";
     for (const char* line :
          {"", "gear", "gear sideways", "takeoff now", "engines 5", "engines -1", "engines 2x",
           "fuel 0 1", "fuel 12 1", "fuel 1 101", "fuel 1", "misbehave badly", "Quit"})

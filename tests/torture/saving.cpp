@@ -1,15 +1,16 @@
-// Killed while saving: settings and profile are whole, old or new, whenever the process that saves
-// them is killed, also on a full disk and in a folder that takes no new file.
+// Killed while saving: a profile is whole, old or new, whenever the process that saves it is killed,
+// also in a folder that takes no new file and, as root, on a full disk.
+#include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include <cmath>
 #include <iostream>
 #include <random>
 
 #include "model/catalogue.h"
 #include "model/settings.h"
 #include "persist/profile.h"
-#include "persist/settings_file.h"
 #include "process.h"
 #include "rehearse/no_window.h"
 
@@ -20,63 +21,81 @@ namespace {
 
 std::string Folder;
 
+// A profile whose first and last line tell that time.
 void Save(int time) {
-    Settings.LastProfile = Folder + "/a.qmp";
-    Settings.StatusHotkey.Key = time;
-    Settings.DisplayUpdate = time % 2 != 0;
-    Catalogue[1][1].Hours = Catalogue[7][4].Hours = std::to_string(37 * time % 900);
+    Catalogue[1][1].Reliability = NumberText(static_cast<float>(time) / 100000);
+    Catalogue[7][4].Reliability = Catalogue[1][1].Reliability.Text();
     WriteProfile();
-    WriteSettings();
 }
 
-// Kills a process that goes on saving; whether both files are whole then, and no older than before.
-bool Survives(int time, unsigned long microseconds) {
+// The time of the profile that is there; 0 for one that is not whole.
+int Saved() {
+    Catalogue[1][1].Reliability = "";
+    Catalogue[7][4].Reliability = "unread";
+    bool whole = !ApplyProfile(Settings.LastProfile) &&
+                 Catalogue[1][1].Reliability == Catalogue[7][4].Reliability.Text();
+    auto time = static_cast<int>(std::lround(Catalogue[1][1].Reliability.ValueOr(0) * 100000));
+    return whole ? time : 0;
+}
+
+// Kills a process that goes on saving; the time of what it leaves.
+int SaveAndKill(int time, unsigned long microseconds) {
     Process saver([time]() mutable {
-        while (setuid(65534) == 0) Save(++time);
+        while (geteuid() != 0 || setuid(65534) == 0) Save(++time);
     });
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
     saver.Kill();
     while (wait(nullptr) > 0) continue;  // for a child of its own that still writes
     for (const auto& file : fs::directory_iterator(Folder))
         if (file.path().extension() == ".tmp") fs::remove(file);  // what it had not finished
-    BuildCatalogue();
-    Settings = {};
-    return ReadSettings() && !ApplyProfile(Folder + "/a.qmp") &&
-           Settings.StatusHotkey.Key >= time &&
-           Settings.DisplayUpdate == (Settings.StatusHotkey.Key % 2 != 0) &&
-           Catalogue[1][1].Hours == Catalogue[7][4].Hours.Text();
+    return Saved();
+}
+
+// Kills a thousand times in a folder of that kind; how many profiles were lost.
+int SaveIn(const std::string& kind, const std::function<unsigned long(unsigned long)>& below,
+           unsigned long seconds) {
+    Settings.LastProfile = Folder + "/a.qmp";
+    Save(1);
+    if (kind == "read-only folder") fs::permissions(Folder, fs::perms(0555));
+    int lost = 0, time = 1;
+    for (int kill = 1; kill <= 1000; ++kill) {
+        if (kind == "full disk")
+            std::ofstream(Folder + "/ballast") << std::string(below(2) * 65536, 'b');
+        int saved = SaveAndKill(time, below(667 * seconds));
+        lost += saved < time;
+        time = std::max(time, saved);
+        if (isatty(STDERR_FILENO)) std::cerr << "\rsaving: " << kill << " of 1000";
+    }
+    fs::permissions(Folder, fs::perms(0777));
+    return lost + (time == 1);  // nothing was saved
 }
 
 }  // namespace
 
-// The program's own path, beside which it has its settings.
-extern "C" ssize_t readlink(const char*, char* path, size_t size) {
-    return static_cast<ssize_t>((Folder + "/program").copy(path, size));
-}
-
 int main(int, char** arguments) {
     std::mt19937 random(static_cast<unsigned>(std::stoul(arguments[1])));
+    auto below = [&random](unsigned long end) { return random() % end; };
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     umask(0);
     static rehearse::NoWindow window;
     TheMainWindow = &window;
-    for (std::string where : {"folder", "full disk", "read-only folder"}) {
-        Folder = MakeFolder();
-        if (mount("none", Folder.c_str(), "tmpfs", 0, "size=64k") != 0) return perror("mount"), 2;
-        Save(1);
-        fs::permissions(Folder, fs::perms(where == "read-only folder" ? 0555 : 0777));
-        int lost = 0;
-        for (int kill = 1; kill <= 1000; ++kill) {
-            if (where == "full disk")
-                std::ofstream(Folder + "/ballast") << std::string(random() % 2 * 65536, 'b');
-            lost +=
-                !Survives(Settings.StatusHotkey.Key, random() % (667 * std::stoul(arguments[2])));
-            if (isatty(STDERR_FILENO)) std::cerr << "\rsaving: " << kill << " of 1000";
-        }
-        if (Settings.StatusHotkey.Key == 1) ++lost;  // nothing was saved
-        std::cout << "saving: killed, " << where << "|1000|" << lost << std::endl;
-        umount(Folder.c_str());
-        fs::remove_all(Folder);
+    BuildCatalogue();
+    bool root = geteuid() == 0;
+    if (!root) std::cerr << "saving: the full disk is left out, for it takes root\n";
+    // The disk is this process's own: nobody else sees it, and it goes with the process.
+    if (root && (unshare(CLONE_NEWNS) != 0 ||
+                 mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0))
+        return perror("saving"), 2;
+    for (std::string kind : {"folder", "full disk", "read-only folder"}) {
+        if (kind == "full disk" && !root) continue;
+        Folder = root ? "/tmp" : MakeFolder().string();
+        if (root && mount("none", "/tmp", "tmpfs", 0, "size=64k") != 0) return perror("saving"), 2;
+        int lost = SaveIn(kind, below, std::stoul(arguments[2]));
+        std::cout << "saving: killed, " << kind << "|1000|" << lost << std::endl;
+        if (root)
+            umount("/tmp");
+        else
+            fs::remove_all(Folder);
         if (lost != 0) return 1;
     }
 }

@@ -318,6 +318,13 @@ TEST_F(LinuxLayer, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
     EXPECT_EQ(GetAsyncKeyState('S'), 0);
     EXPECT_EQ(GetAsyncKeyState(16), 1) << "tapped since it was asked for";
     EXPECT_EQ(GetAsyncKeyState(16), 0);
+    press(XK_Shift_R, true);
+    EXPECT_EQ(GetAsyncKeyState(16), DownAndPressed) << "on either side";
+    EXPECT_EQ(Process({"setxkbmap", "fr"}).ExitCode(), 0);
+    constexpr unsigned FirstOfTheDigits = 10;  // its digit takes SHIFT on a French keyboard
+    XTestFakeKeyEvent(display, FirstOfTheDigits, True, CurrentTime);
+    XSync(display, False);
+    EXPECT_EQ(GetAsyncKeyState('1'), DownAndPressed) << "on a French keyboard";
 
     server.Kill();
     testing::internal::CaptureStderr();

@@ -24,7 +24,6 @@
 #include "model/failure_list.h"
 #include "model/failure_range.h"
 #include "model/main_window.h"
-#include "persist/profile.h"
 #include "persist/settings_file.h"
 #include "platform/inprocess/inprocess.h"
 #include "practice/request_block.h"
@@ -89,43 +88,40 @@ class Flight final : public MainWindow {
     std::string Broken;
 
     void RefreshSubsystems() override {}
-    void SetStatusCaption(const std::string& caption) override { captions_.push_back(caption); }
+    void SetStatusCaption(const std::string& caption) override { caption_ = caption; }
     void SetSubSystemsHeading(const std::string&) override {}
-    void ShowSubsystemList(bool show) override { listShown_ = show; }
+    void ShowSubsystemList(bool) override {}
     platform::WindowHandle Handle() const override { return 0; }
     void Unload() override { unloaded_ = true; }
     void ShowMessage(const std::string&, MessageIcon) override {}
 
    private:
+    using Rows = std::vector<FailureRow>;
+
     void Start() {
-        ResetProgramState();
         Note("start");
+        ResetProgramState();
+        BuildCatalogue();
         space_ = {};
         space_.SetValue(variable::ModuleVersion, 4, 0x19980005);
         space_.SetValue(variable::SimulatorVersion, 4, 0xFADE0007);
         for (const practice::Variable& tank : practice::VariablesOf(practice::VariableKind::Tank))
             space_.SetValue(tank.Offset, tank.Size, practice::FullTank);
-        listShown_ = true;
         SetFault(Choose(4) == 3 ? Gone : Good);
         SetCompanion(true);
         ChangeSettings();
-        SettingsRecord written = Settings;
         WriteSettings();
-        Settings = {};
         ReadSettings();
-        Check("settings are read as they were written", Settings == written);
         Settings.HardcoreActive = Choose(2) == 0;
         inprocess::SetDecimalSeparator(Choose(2) == 0 ? '.' : ',');
-        BuildCatalogue();
         ConnectToSimulator(false);
         ComputeFailureRanges();
-        inprocess::TakeSounds();
     }
 
     // --- Invariants ---------------------------------------------------------------------------
-    void Check(const std::string& invariant, bool holds, const std::string& seen = {}) {
+    void Check(const char* invariant, bool holds, std::string_view seen = "no") {
         if (holds || !Broken.empty()) return;
-        Broken = invariant + (seen.empty() ? "" : ", but: " + seen) + "; tick " +
+        Broken = std::string(invariant) + ": " + std::string(seen) + "; tick " +
                  std::to_string(Ticks) + "; last actions:";
         for (const std::string& action : lastActions_) Broken += " [" + action + "]";
     }
@@ -133,32 +129,26 @@ class Flight final : public MainWindow {
         lastActions_.push_back(action);
         if (lastActions_.size() > 5) lastActions_.pop_front();
     }
-
-    static std::string Label(const FailureRow& row) {
-        return std::string(SystemNames[row.System]) + "(" +
-               std::string(Catalogue[row.System][row.SubSystem].Name) + ")";
-    }
-    static const FailureRow* Find(const std::vector<FailureRow>& rows, const FailureRow& row) {
-        for (const FailureRow& other : rows)
-            if (other.System == row.System && other.SubSystem == row.SubSystem) return &other;
+    static const FailureRow* Find(const Rows& rows, int s, int n) {
+        for (const FailureRow& row : rows)
+            if (row.System == s && row.SubSystem == n) return &row;
         return nullptr;
     }
 
     void Tick() {
-        std::vector<FailureRow> before(FailureList + 1, FailureList + FailureCount + 1);
+        Rows before(FailureList + 1, FailureList + FailureCount + 1);
         bool connected = EngineState.Connected;
         int sends = inprocess::CallCount("SendMessageTimeoutA");
         batches_ = 0;
         written_.clear();
-        captions_.clear();
+        caption_.clear();
         inprocess::TakeSounds();
         ++Ticks;
         EngineTick();
-        std::vector<FailureRow> after(FailureList + 1, FailureList + FailureCount + 1);
-        CheckFailureList(before, after);
+        Rows after(FailureList + 1, FailureList + FailureCount + 1);
+        CheckList(before, after);
         if (connected && EngineState.Connected && !unloaded_) {
-            for (const FailureRow& row : after)
-                if (!Find(before, row)) CheckNewFailure(row);
+            CheckNewFailures(before, after);
             // What the hotkey clears may fail again in the same tick.
             if (fault_ == Good && !IsDown(Settings.ClearHotkey) &&
                 inprocess::CallCount("SendMessageTimeoutA") - sends == batches_)
@@ -166,98 +156,86 @@ class Flight final : public MainWindow {
             CheckBatches(before, after);
         }
         CheckWhatIsSwitchedOff(before, after);
-        if (unloaded_) Start();
-        unloaded_ = false;
+        if (std::exchange(unloaded_, false)) Start();
     }
 
-    void CheckFailureList(const std::vector<FailureRow>& before,
-                          const std::vector<FailureRow>& after) {
+    void CheckList(const Rows& before, const Rows& after) {
         std::size_t failed = 0;
         ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
             failed += entry.Failed;
-            FailureRow row{s, n};
             Check("an entry is failed exactly while it has a row",
-                  entry.Failed == (Find(after, row) != nullptr), Label(row));
+                  entry.Failed == (Find(after, s, n) != nullptr), entry.Name);
         });
         Check("no failure has two rows", failed == after.size());
-        Check("rows out of use are empty",
-              std::all_of(FailureList + FailureCount + 1, std::end(FailureList),
-                          [](const FailureRow& row) { return row == FailureRow{}; }));
         const FailureRow* last = nullptr;
         for (const FailureRow& row : before)
-            if (const FailureRow* now = Find(after, row)) {
-                Check("rows keep their order", last < now, Label(row));
+            if (auto* now = Find(after, row.System, row.SubSystem)) {
+                Check("rows keep their order", last < now);
                 last = now;
             }
         Check("after losing the simulator no failure is left",
-              EngineState.Connected || HardcoreLock() || after.empty(),
-              std::to_string(after.size()) + " failures");
-        Check("the list is hidden in a Hardcore flight", listShown_ || Settings.HardcoreActive);
+              EngineState.Connected || HardcoreLock() || after.empty());
     }
 
-    void CheckNewFailure(const FailureRow& row) {
-        const SubsystemEntry& entry = Catalogue[row.System][row.SubSystem];
-        Check("nothing fails on hold",
-              Value(variable::Pause, 2) == 0 && Value(variable::OnGround, 2) == 0 &&
-                  !EngineState.Deactivated,
-              Label(row));
-        Check("at 100 % nothing fails", entry.Reliability.Text() != "100", Label(row));
-        Check("gear and flaps never fail while they are out",
-              !IsRetractable(entry) || Value(static_cast<std::uint32_t>(entry.Offset), 4) <= 0,
-              Label(row));
-        Check("an engine beyond the count never fails",
-              entry.Engine <= static_cast<int>(Value(variable::Engines, 2)), Label(row));
-    }
-
-    void CheckForce(const std::vector<FailureRow>& before, const std::vector<FailureRow>& after) {
-        for (const FailureRow& row : after) {
-            const SubsystemEntry& entry = Catalogue[row.System][row.SubSystem];
-            const FailureRow* was = Find(before, row);
-            bool started = was && was->Started();
-            if (started ? entry.Mode == FailureMode::Stall : entry.Mode == FailureMode::Leak)
-                continue;
-            Check("every failure in force is written in every connected tick",
-                  std::ranges::count(written_, entry.Offset) > 0, Label(row));
+    void CheckNewFailures(const Rows& before, const Rows& after) {
+        bool onHold = Value(variable::Pause, 2) != 0 || Value(variable::OnGround, 2) != 0 ||
+                      EngineState.Deactivated;
+        for (auto [s, n, counter] : after) {
+            if (Find(before, s, n)) continue;
+            const SubsystemEntry& entry = Catalogue[s][n];
+            bool isOut = IsRetractable(entry) && Level(entry) > 0;
+            Check("nothing fails on hold", !onHold, entry.Name);
+            Check("at 100 % nothing fails", entry.Reliability.Text() != "100", entry.Name);
+            Check("gear and flaps never fail while they are out", !isOut, entry.Name);
+            Check("an engine beyond the count never fails",
+                  entry.Engine <= Value(variable::Engines, 2), entry.Name);
         }
     }
 
-    void CheckBatches(const std::vector<FailureRow>& before, const std::vector<FailureRow>& after) {
-        int allowed = 2 + Messages() + IsDown(Settings.ClearHotkey);
-        ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
-            bool was = Find(before, {s, n}), is = Find(after, {s, n});
-            bool leaks = is || Value(static_cast<std::uint32_t>(entry.Offset), 4) <= 0;
-            allowed += (was && !is) || (entry.Mode == FailureMode::Leak && leaks);
-        });
-        Check("a tick sends two batches, and one for each leak, clearing and message",
-              batches_ <= allowed, std::to_string(batches_) + " batches");
+    void CheckForce(const Rows& before, const Rows& after) {
+        for (auto [s, n, counter] : after) {
+            const SubsystemEntry& entry = Catalogue[s][n];
+            auto* was = Find(before, s, n);
+            auto silent = was && was->Started() ? FailureMode::Stall : FailureMode::Leak;
+            Check("every failure in force is written in every connected tick",
+                  entry.Mode == silent || std::ranges::count(written_, entry.Offset), entry.Name);
+        }
     }
 
-    void CheckWhatIsSwitchedOff(const std::vector<FailureRow>& before,
-                                const std::vector<FailureRow>& after) {
-        Check("nothing is shown in the simulator that the user did not wish or ask for",
+    void CheckBatches(const Rows& before, const Rows& after) {
+        int allowed = 2 + Messages() + IsDown(Settings.ClearHotkey);
+        ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
+            bool was = Find(before, s, n), is = Find(after, s, n);
+            bool leaks = entry.Mode == FailureMode::Leak && (is || Level(entry) <= 0);
+            allowed += leaks || (was && !is);
+        });
+        Check("a tick sends two batches, and one for each leak, clearing and message",
+              batches_ <= allowed, std::to_string(batches_));
+    }
+
+    void CheckWhatIsSwitchedOff(const Rows& before, const Rows& after) {
+        Check("a message is shown only when the user wishes or asks for it",
               Messages() == 0 || Settings.DisplayUpdate || IsDown(Settings.StatusHotkey));
-        auto fails = [this](const FailureRow& row) {
-            std::erase(written_, Catalogue[row.System][row.SubSystem].Offset);
-        };
-        std::ranges::for_each(before, fails);
-        std::ranges::for_each(after, fails);
-        std::erase(written_, MessageText);
-        std::erase(written_, MessageSeconds);
-        Check("only failures are written", written_.empty(),
-              "offset " + (written_.empty() ? "" : std::to_string(written_.front())));
-        auto sounds = inprocess::TakeSounds();
+        for (const Rows* rows : {&before, &after})
+            for (auto [s, n, counter] : *rows) std::erase(written_, Catalogue[s][n].Offset);
+        std::erase_if(written_, [](auto at) { return at == MessageText || at == MessageSeconds; });
+        Check("only failures are written", written_.empty());
         Check("a failure sounds only when the user wishes",
-              Settings.PlayFailureSound || !std::ranges::count(sounds, "sound_failure.wav"));
-        bool told = Settings.DisplayFailures && !Settings.HardcoreActive;
-        if (!captions_.empty())
-            Check("failures are told only when the user wishes",
-                  told || captions_.back().find("failures") == std::string::npos, captions_.back());
+              Settings.PlayFailureSound ||
+                  !std::ranges::count(inprocess::TakeSounds(), "sound_failure.wav"));
+        Check("failures are told only when the user wishes",
+              (Settings.DisplayFailures && !Settings.HardcoreActive) ||
+                  caption_.find("failures") == std::string::npos,
+              caption_);
     }
 
     bool IsDown(const Hotkey& hotkey) { return hotkey.Key != 0 && keys_[hotkey.Key] < 0; }
     int Messages() const { return static_cast<int>(std::ranges::count(written_, MessageText)); }
     std::int32_t Value(std::uint32_t offset, std::uint32_t size) const {
         return static_cast<std::int32_t>(space_.Value(offset, size));
+    }
+    std::int32_t Level(const SubsystemEntry& entry) const {
+        return Value(static_cast<std::uint32_t>(entry.Offset), 4);
     }
 
     // --- The world ----------------------------------------------------------------------------
@@ -283,69 +261,42 @@ class Flight final : public MainWindow {
         if (there) companion_ = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", nullptr);
     }
     void ChangeWorld() {
-        constexpr int Variables[][6] = {{870, 2, 0, 0, 0, 1},
-                                        {612, 2, 0, 0, 0, 1},
-                                        {3048, 4, 0, 0, 16383, -1},
-                                        {3036, 4, 0, 0, 16383, -1},
-                                        {2796, 2, 0, 1, 2, 4},
-                                        {2932, 4, 0, 9000, 8388608, -5},
-                                        {2940, 4, 8388608, 7000, 0, 5000},
-                                        {4700, 4, 8388608, 1, 6000, 2000000000}};
-        int what = Choose(11);
-        if (what < 8) {
-            auto [offset, size, value] =
-                std::array{Variables[what][0], Variables[what][1], Variables[what][2 + Choose(4)]};
-            space_.SetValue(static_cast<unsigned>(offset), static_cast<unsigned>(size),
-                            static_cast<unsigned>(value));
-            Note("variable " + std::to_string(offset) + " is " + std::to_string(value));
-        }
-        if (what == 8) {
-            SetFault(Choose(3) == 0 ? static_cast<Fault>(Choose(6)) : Good);
-            Note("simulator fault " + std::to_string(fault_));
-        }
-        if (what == 9) SetCompanion(Choose(4) != 0);
-        if (what > 8) Note(what == 9 ? "companion" : "keys");
+        constexpr unsigned Variables[][6] = {
+            {870, 2, 0, 0, 0, 1},           {612, 2, 0, 0, 0, 1},
+            {3048, 4, 0, 0, 16383, ~0u},    {3036, 4, 0, 0, 16383, ~0u},
+            {2796, 2, 0, 1, 2, 4},          {2932, 4, 0, 9000, 8388608, ~4u},
+            {2940, 4, 8388608, 7000, 0, 1}, {4700, 4, 8388608, 1, 6000, 2000000000}};
+        int what = Choose(11), value = Choose(4);
+        Note("world " + std::to_string(what) + " " + std::to_string(value));
+        if (what < 8)
+            space_.SetValue(Variables[what][0], Variables[what][1], Variables[what][2 + value]);
+        if (what == 8) SetFault(Choose(3) == 0 ? static_cast<Fault>(Choose(6)) : Good);
+        if (what == 9) SetCompanion(value != 0);
         for (int key : {65, 66, 16, 17}) {
-            constexpr int States[] = {0, 0, 0, 1, -32768, -32767};
-            if (what != 10) continue;
-            keys_[key] = static_cast<std::int16_t>(States[Choose(6)]);
-            inprocess::SetKey(key, keys_[key]);
+            constexpr std::int16_t States[] = {0, 0, 0, 1, -32768, -32767};
+            if (what == 10) inprocess::SetKey(key, keys_[key] = States[Choose(6)]);
         }
     }
 
     // --- The user -----------------------------------------------------------------------------
     void Act() {
         ++Actions;
-        int what = Choose(12), s = 1 + Choose(7), n = 1 + Choose(SubsystemCount(s));
+        constexpr const char* Names[] = {"reliability", "reliabilities", "all reliabilities",
+                                         "test",        "clear",         "clear all",
+                                         "settings",    "restart",       "connect"};
+        int what = Choose(9), s = 1 + Choose(7), n = 1 + Choose(SubsystemCount(s));
         // Ticks go on while a dialog is open.
-        for (int ticks = what < 7 ? Choose(4) : 0; ticks > 0; --ticks) Tick();
-        bool refused = HardcoreLock() && (what == 1 || what == 2 || what == 5);
-        constexpr const char* Names[] = {"reliability of one",
-                                         "reliabilities of a system",
-                                         "reliabilities of all",
-                                         "test failure",
-                                         "clear failure",
-                                         "open profile",
-                                         "save profile",
-                                         "clear all failures",
-                                         "settings",
-                                         "end and start",
-                                         "connect",
-                                         "nothing"};
-        Note(std::string(Names[what]) + " " + std::to_string(s) + "#" + std::to_string(n) +
-             (refused ? " (refused)" : ""));
-        if (what < 3 && !refused) SetReliabilities(what == 2 ? 0 : s, what == 0 ? n : 0);
+        for (int ticks = what < 5 ? Choose(4) : 0; ticks > 0; --ticks) Tick();
+        Note(Names[what] + (" " + std::to_string(s)) + "#" + std::to_string(n));
+        if (what == 0) SetReliabilities(s, n);
+        if (what == 1 && !HardcoreLock()) SetReliabilities(s, 0);
+        if (what == 2 && !HardcoreLock()) SetReliabilities(0, 0);
         if (what == 3 && EngineState.Connected && !Catalogue[s][n].Failed) AddFailure(s, n);
         if (what == 4) ClearFailure(s, n);
-        if (what == 5 && !refused) OpenProfile();
-        if (what == 6) {
-            Settings.LastProfile = folder_ + (Choose(4) ? "/saved.qmp" : "/nowhere/saved.qmp");
-            WriteProfile();
-        }
-        if (what == 7) ClearAllFailures(false);
-        if (what == 8) ChangeSettings();
-        if (what == 9 && Choose(5) == 0) Start();
-        if (what == 10) ConnectToSimulator(false);
+        if (what == 5) ClearAllFailures(false);
+        if (what == 6) ChangeSettings();
+        if (what == 7 && Choose(5) == 0) Start();
+        if (what == 8) ConnectToSimulator(false);
     }
     // Of one sub-system, of one system or of all: what is not meant is 0.
     void SetReliabilities(int system, int subsystem) {
@@ -359,26 +310,6 @@ class Flight final : public MainWindow {
             entry.Hours = NumberText(hours);
         });
         ComputeFailureRanges();
-    }
-    void OpenProfile() {
-        constexpr const char* Fields[] = {"100", "0",   "50",   "99.5", "99,999", " 12 ", "150",
-                                          "-1",  "1e1", "0.25", "7",    "x",      ""};
-        Settings.LastProfile = folder_ + (Choose(4) ? "/opened.qmp" : "/saved.qmp");
-        if (Settings.LastProfile.ends_with("opened.qmp")) {
-            std::ofstream file(Settings.LastProfile, std::ios::binary);
-            for (int lines = Choose(6); lines > 0; --lines) {
-                int s = Choose(10), n = Choose(17);
-                const char* reliability = Fields[Choose(12)];
-                file << s << '#' << n << '#' << reliability << '#' << Fields[Choose(13)] << "\r\n";
-            }
-        }
-        ReadProfile();
-        ForEachSubsystem([this](int, int, const SubsystemEntry& entry) {
-            Check("reliabilities are 0 to 100 and hours 0 to 999",
-                  entry.Reliability.ValueOr(-1) >= 0 && entry.Reliability.ValueOr(-1) <= 100 &&
-                      entry.Hours.ValueOr(-1) >= 0 && entry.Hours.ValueOr(-1) <= 999,
-                  std::string(entry.Name));
-        });
     }
     void ChangeSettings() {
         Settings.DisplayUpdate = Choose(2) == 0;
@@ -400,11 +331,11 @@ class Flight final : public MainWindow {
     platform::WindowHandle simulator_ = 0, companion_ = 0;
     std::map<int, std::int16_t> keys_;
     std::deque<std::string> lastActions_;
-    bool listShown_ = true, unloaded_ = false;
+    bool unloaded_ = false;
     // What the tick did.
     int batches_ = 0;
     std::vector<std::int32_t> written_;
-    std::vector<std::string> captions_;
+    std::string caption_;
 };
 
 }  // namespace quirkmeter::torture

@@ -312,6 +312,29 @@ TEST(Keyboard, WhatCannotStartSaysWhy) {
     EXPECT_EQ(cockpit.Start(Companion).ExitCode(), 1) << "it has no user to tell";
 }
 
+TEST(Keyboard, TheMainWindowHasTheKeyboardAfterSettingsNotAnotherProgram) {
+    Cockpit cockpit;
+    cockpit.StartSimulator({});
+    cockpit.Start(Program);
+    auto awaitActive = [](const std::string& title) {
+        EXPECT_TRUE(Becomes([&title] {
+            Process active({"xdotool", "getactivewindow", "getwindowname"});
+            return active.Line() == title;
+        })) << title;
+    };
+    // Without activating a window, which would change what the window manager turns to.
+    auto press = [](const char* key) { Process({"xdotool", "key", key}).ExitCode(); };
+    awaitActive(ProgramTitle);
+    for (int i = 0; i < 3; ++i) {
+        press("alt+p");
+        awaitActive("Help");
+        press("alt+s");
+        awaitActive("Settings");
+        press("alt+o");
+        awaitActive(ProgramTitle);
+    }
+}
+
 TEST(Keyboard, TheCompanionEndsWhenItIsClosedOnTheTaskBar) {
     Cockpit cockpit;
     Windows(cockpit.Start(Program).Pid(), ProgramTitle, 1);

@@ -482,6 +482,7 @@ void frmMain::OnOptions() {
     dialog.SetVersion(
         wxString::Format("FSQM Version %d.%d", QUIRKMETER_VERSION_MAJOR, QUIRKMETER_VERSION_MINOR));
     dialog.ShowModal();
+    Raise();  // with two dialogs closed at once, openbox turns to another program's window
 }
 
 // --- What the rooms below ask for -------------------------------------------------------------

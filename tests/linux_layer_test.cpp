@@ -193,20 +193,34 @@ std::string AtomName(int atom) {
 }
 
 TEST_F(LinuxLayer, AtomsAreSharedAndCounted) {
-    int atom = Elsewhere([] { return GlobalAddAtomA("FSASMLIB:IPC:1A4:1"); });
+    int before = OpenDescriptors();
+    std::optional<Process> first([] { Print(GlobalAddAtomA("FSASMLIB:IPC:1A4:1")); });
+    int atom = first->Number();
     EXPECT_GE(atom, 0xC000);
-    EXPECT_EQ(GlobalAddAtomA("fsasmlib:ipc:1a4:1"), atom);
+    for (int added : {1, 2}) EXPECT_EQ(GlobalAddAtomA("fsasmlib:ipc:1a4:1"), atom) << added;
     int other = GlobalAddAtomA("FSASMLIB:IPC:1A4:2");
-    GlobalDeleteAtom(static_cast<std::uint16_t>(atom));
-    EXPECT_EQ(AtomName(atom), "FSASMLIB:IPC:1A4:1") << "deleted once less than added";
+    EXPECT_NE(other, atom);
+    first.reset();
+    EXPECT_EQ(GlobalAddAtomA("FSASMLIB:IPC:1A4:1"), atom);
+    for (int left : {2, 1}) {
+        GlobalDeleteAtom(static_cast<std::uint16_t>(atom));
+        EXPECT_EQ(AtomName(atom), "FSASMLIB:IPC:1A4:1") << left << " left";
+    }
     GlobalDeleteAtom(static_cast<std::uint16_t>(atom));
     EXPECT_EQ(AtomName(atom), "");
     EXPECT_EQ(GetLastError(), ErrorInvalidHandle);
     EXPECT_EQ(AtomName(other), "FSASMLIB:IPC:1A4:2");
+    GlobalDeleteAtom(static_cast<std::uint16_t>(other));
+    EXPECT_EQ(GlobalAddAtomA(std::string(256, 'x').c_str()), 0) << "too long";
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_THAT(PassingFiles(runtime_), IsEmpty());
 
     auto message = static_cast<int>(RegisterWindowMessageA("FSASMLIB:IPC"));
     EXPECT_GE(message, 0xC000);
     EXPECT_EQ(Elsewhere([] { return RegisterWindowMessageA("fsasmlib:ipc"); }), message);
+    EXPECT_NE(static_cast<int>(RegisterWindowMessageA("another")), message);
+    RegisterWindowMessageA("FSASMLIB:IPC");
+    EXPECT_EQ(OpenDescriptors(), before + 2) << "held once, however often it was asked for";
 }
 
 MappingHandle Create(const char* name, std::uint32_t sizeHigh = 0) {

@@ -67,7 +67,7 @@ inline std::vector<std::string> PassingFiles(const std::filesystem::path& folder
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder / "quirkmeter")) {
         std::string name = entry.path().filename();
-        for (const char* prefix : {"window-", "mapping-", "instance-"})
+        for (const char* prefix : {"window-", "mapping-", "instance-", "atom-"})
             if (name.starts_with(prefix)) names.push_back(name);
     }
     return names;

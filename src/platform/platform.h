@@ -55,7 +55,7 @@ WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const c
 WindowHandle FindWindowA(const char* className, const char* title);
 
 /// The number of the message of that name, 0xC000 to 0xFFFF, the same in every process of the
-/// user; 0 on failure.
+/// user for as long as one of them runs that has asked for it; 0 on failure.
 std::uint32_t RegisterWindowMessageA(const char* name);
 
 /// Sends a message to the window of another thread or process and waits at most
@@ -91,6 +91,8 @@ void ServeMessages(std::uint32_t milliseconds);
 std::uint32_t GetCurrentProcessId();
 
 /// Atoms are 0xC000 to 0xFFFF; 0 on failure. Names compare without letter case, at most 255 bytes.
+/// Only a process that has added an atom deletes it, as often as that. On Linux an atom goes with the
+/// last process that holds it.
 std::uint16_t GlobalAddAtomA(const char* name);
 std::uint16_t GlobalDeleteAtom(std::uint16_t atom);
 /// Copies at most `size` - 1 bytes of the name and a zero; returns the bytes copied without the

@@ -131,11 +131,7 @@ bool FliesWell() {
 std::map<std::string, long> Held() {
     EngineTick();
     EngineTick();
-    std::string slots = Content(Home / "quirkmeter/atoms");
-    long atoms = 0;
-    for (std::size_t slot = 0; slot < slots.size(); slot += 512) atoms += slots[slot];
-    return {{"mappings", std::ssize(PassingFiles(Home))},
-            {"atoms", atoms},
+    return {{"held files", std::ssize(PassingFiles(Home))},
             {"descriptors", std::ranges::distance(fs::directory_iterator("/proc/self/fd"))},
             {"KiB", static_cast<long>(mallinfo2().uordblks) / 1024}};
 }

@@ -1,13 +1,11 @@
-// Atoms and registered messages: a file each, an array of slots in which the place of a name is its
-// number. A slot is written by one call and lies within one page, so that it is either old or new
-// when a process is killed; nothing read from the file is believed beyond that.
-#include <fcntl.h>
+// Atoms and registered messages: each is a held file that is called by its number and contains its
+// name.
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
-#include <limits>
-#include <optional>
+#include <array>
+#include <cerrno>
+#include <unordered_map>
 
 #include "platform/linux/last_error.h"
 #include "platform/linux/names.h"
@@ -18,106 +16,75 @@ namespace quirkmeter::platform {
 
 namespace {
 
-constexpr int FirstNumber = 0xC000;
-constexpr int SlotCount = 0x4000;
-constexpr std::size_t MostNameBytes = 255;
+constexpr char AtomPrefix[] = "atom-";
+constexpr char MessagePrefix[] = "message-";
+constexpr std::uint64_t FirstNumber = 0xC000;
+constexpr std::uint64_t LastNumber = 0xFFFF;
+constexpr std::size_t MaxNameBytes = 255;
 
-struct Slot {
-    std::uint32_t Count;  // 0: free
-    char Name[MostNameBytes + 1];
-    char Unused[252];
+// What this process holds, by its number; an atom once for each time that it was added.
+std::unordered_multimap<std::uint64_t, HeldFile> Atoms;
+std::unordered_map<std::uint64_t, HeldFile> Messages;
 
-    bool IsUsed() const { return Count != 0 && memchr(Name, '\0', sizeof Name); }
-};
-static_assert(sizeof(Slot) == 512);
-
-// Empty when there is none, with the last error set. Only to be used under the folder's lock.
-FileDescriptor OpenTable(const FolderLock& lock, const char* table) {
-    if (!lock) return FileDescriptor();
-    FileDescriptor file = OpenIn(lock.Folder(), table, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
-    if (!file) SetLastError(ErrorNotEnoughMemory);
-    return file;
+// Returns the bytes of the name, which go to `name`; 0 while it is not written yet.
+std::size_t ReadName(int file, std::array<char, MaxNameBytes>& name) {
+    ssize_t length = pread(file, name.data(), name.size(), 0);
+    return static_cast<std::size_t>(std::max<ssize_t>(length, 0));
 }
 
-// Nothing behind the end of the table.
-std::optional<Slot> ReadSlot(const FileDescriptor& table, int index) {
-    Slot slot;
-    off_t place = static_cast<off_t>(sizeof slot) * index;
-    if (pread(table.Number(), &slot, sizeof slot, place) != sizeof slot) return std::nullopt;
-    return slot;
+// The number of the live file with that name; 0 when there is none.
+std::uint64_t FindNumber(const char* prefix, std::string_view name) {
+    std::array<char, MaxNameBytes> found;
+    LiveFiles files(prefix);
+    while (files.Next())
+        if (EqualNames({found.data(), ReadName(files.File(), found)}, name)) return files.Number();
+    return 0;
 }
 
-bool WriteSlot(const FileDescriptor& table, int index, const Slot& slot) {
-    off_t place = static_cast<off_t>(sizeof slot) * index;
-    return pwrite(table.Number(), &slot, sizeof slot, place) == sizeof slot;
-}
-
-// The index of the name's slot, else of the first free one; SlotCount when all are used.
-int FindSlot(const FileDescriptor& table, std::string_view name) {
-    int firstFree = SlotCount;
-    for (int index = 0; index < SlotCount; ++index) {
-        std::optional<Slot> slot = ReadSlot(table, index);
-        if (!slot) return std::min(firstFree, index);
-        if (!slot->IsUsed())
-            firstFree = std::min(firstFree, index);
-        else if (EqualNames(slot->Name, name))
-            return index;
-    }
-    return firstFree;
-}
-
-// The number of the name, which then counts one more; 0 on failure.
-int AddName(const char* tableName, const char* text) {
+// Holds the file of that name, after making it with the first free number if need be. Returns the
+// number; 0 on failure.
+std::uint64_t HoldName(const char* prefix, const char* text, HeldFile& file) {
     std::string_view name = text ? text : "";
-    if (name.empty() || name.size() > MostNameBytes) {
+    if (name.empty() || name.size() > MaxNameBytes) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
     FolderLock lock;
-    FileDescriptor table = OpenTable(lock, tableName);
-    if (!table) return 0;
-    int index = FindSlot(table, name);
-    Slot slot = ReadSlot(table, index).value_or(Slot{});
-    if (!slot.IsUsed()) {
-        slot = Slot{};
-        name.copy(slot.Name, MostNameBytes);
+    if (!lock) return 0;
+    if (std::uint64_t number = FindNumber(prefix, name)) {
+        file = HeldFile::Share(lock, prefix + std::to_string(number));
+        if (file) return number;
     }
-    if (slot.Count < std::numeric_limits<std::uint32_t>::max()) ++slot.Count;
-    if (index == SlotCount || !WriteSlot(table, index, slot)) {
-        SetLastError(ErrorNotEnoughMemory);
-        return 0;
-    }
-    return FirstNumber + index;
-}
-
-// The slot of an atom that exists; else nothing, with the last error set.
-std::optional<Slot> AtomSlot(const FileDescriptor& table, std::uint16_t atom) {
-    if (atom >= FirstNumber) {
-        std::optional<Slot> slot = ReadSlot(table, atom - FirstNumber);
-        if (slot && slot->IsUsed()) return slot;
-    }
-    SetLastError(ErrorInvalidHandle);
-    return std::nullopt;
+    std::uint64_t number = FirstNumber;
+    do file = HeldFile::Create(lock, prefix + std::to_string(number));
+    while (!file && errno == EEXIST && ++number <= LastNumber);
+    if (file && write(file.Number(), name.data(), name.size()) == std::ssize(name)) return number;
+    SetLastError(ErrorNotEnoughMemory);
+    return 0;
 }
 
 }  // namespace
 
 std::uint32_t RegisterWindowMessageA(const char* name) {
-    return static_cast<std::uint32_t>(AddName("messages", name));
+    HeldFile file;
+    std::uint64_t number = HoldName(MessagePrefix, name, file);
+    if (number != 0) Messages.try_emplace(number, std::move(file));
+    return static_cast<std::uint32_t>(number);
 }
 
 std::uint16_t GlobalAddAtomA(const char* name) {
-    return static_cast<std::uint16_t>(AddName("atoms", name));
+    HeldFile file;
+    std::uint64_t number = HoldName(AtomPrefix, name, file);
+    if (number != 0) Atoms.emplace(number, std::move(file));
+    return static_cast<std::uint16_t>(number);
 }
 
 std::uint16_t GlobalDeleteAtom(std::uint16_t atom) {
-    FolderLock lock;
-    FileDescriptor table = OpenTable(lock, "atoms");
-    if (!table) return 0;
-    std::optional<Slot> slot = AtomSlot(table, atom);
-    if (!slot) return 0;
-    --slot->Count;
-    WriteSlot(table, atom - FirstNumber, *slot);
+    auto found = Atoms.find(atom);
+    if (found == Atoms.end())
+        SetLastError(ErrorInvalidHandle);
+    else
+        Atoms.erase(found);
     return 0;
 }
 
@@ -126,15 +93,17 @@ std::uint32_t GlobalGetAtomNameA(std::uint16_t atom, char* buffer, int size) {
         SetLastError(ErrorInvalidParameter);
         return 0;
     }
-    FolderLock lock;
-    FileDescriptor table = OpenTable(lock, "atoms");
-    if (!table) return 0;
-    std::optional<Slot> slot = AtomSlot(table, atom);
-    if (!slot) return 0;
-    std::size_t length =
-        std::string_view(slot->Name).copy(buffer, static_cast<std::size_t>(size) - 1);
-    buffer[length] = '\0';
-    return static_cast<std::uint32_t>(length);
+    std::array<char, MaxNameBytes> name;
+    LiveFiles atoms(AtomPrefix);
+    while (atoms.Next()) {
+        if (atoms.Number() != atom) continue;
+        std::size_t length = std::string_view(name.data(), ReadName(atoms.File(), name))
+                                 .copy(buffer, static_cast<std::size_t>(size) - 1);
+        buffer[length] = '\0';
+        return static_cast<std::uint32_t>(length);
+    }
+    SetLastError(ErrorInvalidHandle);
+    return 0;
 }
 
 }  // namespace quirkmeter::platform

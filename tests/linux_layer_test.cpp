@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <new>
 
 #include "platform/platform.h"
 #include "process.h"
@@ -21,6 +22,20 @@
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 // clang-format on
+
+static int Allocations = 0;
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    ++Allocations;
+    if (void* memory = std::malloc(size)) return memory;
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
 
 namespace quirkmeter::platform {
 
@@ -95,6 +110,11 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     EXPECT_EQ(reply, 0xFFFFFFFF0000C002 + 0xC001 + 5);
 
     EXPECT_NE(Send(window, -3, 60000), 0) << "late";
+
+    int allocations = Allocations;
+    Send(window, 5, 60000);
+    FindWindowA("UIPCMAIN", nullptr);
+    EXPECT_EQ(Allocations - allocations, 0) << "what a tick does allocates nothing";
 
     auto start = Clock::now();
     EXPECT_EQ(Send(window, -1, 30), 0);

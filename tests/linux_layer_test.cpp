@@ -437,6 +437,20 @@ TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
     close(400);
 }
 
+TEST_F(LinuxLayer, OnlyARegularFileIsRead) {
+    Write(root_ / "file", "content");
+    ASSERT_EQ(mkfifo((root_ / "pipe").c_str(), 0600), 0);
+    for (const char* name : {"file", "pipe", "missing"})
+        fs::create_symlink(name, root_ / ("link to " + std::string(name)));
+    fs::create_symlink("/dev/zero", root_ / "link to device");
+    for (const char* name : {"file", "link to file"})
+        EXPECT_TRUE(OpenRegularFile(root_ / name)) << name;
+    for (const char* name :
+         {"pipe", "link to pipe", "missing", "link to missing", "link to device", ""})
+        EXPECT_FALSE(OpenRegularFile(root_ / name)) << name;
+    EXPECT_TRUE(FileExists(root_ / "pipe")) << "so it is no missing file";
+}
+
 // Replaces it as a user who may write files of root's, but not everywhere as root may, with room for
 // a thousand bytes.
 bool UserReplaces(const fs::path& path, const std::string& content) {

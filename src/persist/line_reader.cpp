@@ -7,9 +7,8 @@ namespace quirkmeter {
 
 int LineReader::Peek() {
     if (at_ == size_) {
-        file_.read(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
         at_ = 0;
-        size_ = static_cast<std::size_t>(file_.gcount());
+        size_ = file_ ? std::fread(buffer_.data(), 1, buffer_.size(), file_.get()) : 0;
         if (size_ == 0) return EndOfFile;
     }
     return static_cast<unsigned char>(buffer_[at_]);

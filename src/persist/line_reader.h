@@ -2,8 +2,9 @@
 #pragma once
 
 #include <array>
-#include <fstream>
 #include <string>
+
+#include "platform/platform.h"
 
 namespace quirkmeter {
 
@@ -12,10 +13,12 @@ class LineReader {
     /// A longer line can be none of ours and reads as an empty one.
     static constexpr std::size_t MaxLine = 1 << 20;
 
-    explicit LineReader(const std::string& path) : file_(path, std::ios::binary) { Peek(); }
+    explicit LineReader(const std::string& path) : file_(platform::OpenRegularFile(path)) {
+        Peek();
+    }
 
-    /// The file could be opened, and read so far without an error.
-    bool Ok() const { return file_.is_open() && !file_.bad(); }
+    /// It is a regular file that could be opened, and read so far without an error.
+    bool Ok() const { return file_ && std::ferror(file_.get()) == 0; }
 
     /// The next line without its end, which is CR LF, LF, CR or the end of the file; false when
     /// there is no more.
@@ -26,7 +29,7 @@ class LineReader {
     int Peek();
     int Get();
 
-    std::ifstream file_;
+    platform::RegularFile file_;
     std::array<char, 65536> buffer_;
     std::size_t at_ = 0;
     std::size_t size_ = 0;

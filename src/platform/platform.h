@@ -12,8 +12,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -205,7 +207,17 @@ std::string ProgramFile(std::string_view name);
 /// The part of a path behind its last separator, all of it when there is none.
 std::string FileName(const std::string& path);
 
+/// True when there is anything of that name, a folder or a device as well.
 bool FileExists(const std::string& path);
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using RegularFile = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Opens a file for reading. Null when that fails and for anything else than a regular file or a
+/// link to one: reading a pipe or a device might never end.
+RegularFile OpenRegularFile(const std::string& path);
 
 /// True when this system's texts can hold the path letter for letter: on Windows when all of its
 /// letters are in the ANSI code page.

@@ -75,7 +75,7 @@ std::string FileName(const std::string& path) {
 
 bool FileExists(const std::string& path) {
     std::error_code error;
-    return std::filesystem::is_regular_file(path, error);
+    return std::filesystem::exists(path, error);
 }
 
 bool HoldsPath(const std::wstring&) {

@@ -114,8 +114,7 @@ std::string FileName(const std::string& path) {
 }
 
 bool FileExists(const std::string& path) {
-    // An invalid result has all of its bits set.
-    return (::GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    return ::GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 bool HoldsPath(const std::wstring& path) {

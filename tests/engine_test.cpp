@@ -58,11 +58,7 @@ TEST_F(EngineTest, ATickReadsItsFiveVariablesInOneBatch) {
 }
 
 TEST_F(EngineTest, HoldsWhilePausedOnTheGroundOrDeactivated) {
-    struct {
-        int Pause, OnGround;
-        bool Deactivated;
-        const char* Status;
-    } rows[] = {
+    std::tuple<int, int, bool, const char*> rows[] = {
         {0, 0, false, "Operational."},
         {1, 0, false, "On hold (sim paused)."},
         {2, 0, false, "On hold (sim paused)."},
@@ -74,8 +70,7 @@ TEST_F(EngineTest, HoldsWhilePausedOnTheGroundOrDeactivated) {
         {1, 1, false, "On hold (sim paused)(not airborne)."},
         {1, 0, true, "On hold (sim paused)(deactivated)."},
         {0, 1, true, "On hold (not airborne)(deactivated)."},
-        {1, 1, true, "On hold (sim paused)(not airborne)(deactivated)."},
-    };
+        {1, 1, true, "On hold (sim paused)(not airborne)(deactivated)."}};
     SubsystemEntry& entry = Entry("Inst(Vacuum)");
     Fail("Radio(ADF)");
     for (auto [pause, onGround, deactivated, status] : rows) {
@@ -129,19 +124,17 @@ TEST_F(EngineTest, TheStatusLineCountsTheFailures) {
 TEST_F(EngineTest, ARiseOfTheFailureCountSoundsAndEveryChangeRefreshes) {
     auto fail = [](const char* label) { return [label] { Fail(label); }; };
     auto clear = [](int s, int n) { return [s, n] { ClearFailure(s, n); }; };
-    struct {
-        const char* Rule;
-        std::vector<std::function<void()>> Acts;
-        bool PlayFailureSound;
-        int Refreshes;
-        std::vector<std::string> Sounds;
-    } rows[] = {
-        {"nothing", {}, true, 0, {}},
-        {"one failed", {fail("Radio(ADF)")}, true, 1, {"sound_failure.wav"}},
-        {"two failed", {fail("Radio(COM)"), fail("Radio(NAV)")}, true, 1, {"sound_failure.wav"}},
-        {"one cleared", {clear(7, 1)}, true, 1, {}},
-        {"one failed, one cleared", {fail("Radio(ADF)"), clear(7, 2)}, true, 0, {}},
-        {"one failed, its sound switched off", {fail("Radio(COM)")}, false, 1, {}}};
+    std::tuple<const char*, std::vector<std::function<void()>>, bool, int, std::vector<std::string>>
+        rows[] = {{"nothing", {}, true, 0, {}},
+                  {"one failed", {fail("Radio(ADF)")}, true, 1, {"sound_failure.wav"}},
+                  {"two failed",
+                   {fail("Radio(COM)"), fail("Radio(NAV)")},
+                   true,
+                   1,
+                   {"sound_failure.wav"}},
+                  {"one cleared", {clear(7, 1)}, true, 1, {}},
+                  {"one failed, one cleared", {fail("Radio(ADF)"), clear(7, 2)}, true, 0, {}},
+                  {"one failed, its sound switched off", {fail("Radio(COM)")}, false, 1, {}}};
     for (auto& [rule, acts, playFailureSound, refreshes, sounds] : rows) {
         Settings.PlayFailureSound = playFailureSound;
         window_.Refreshes = 0;
@@ -319,11 +312,8 @@ class HotkeyTest : public EngineTest {
 };
 
 TEST_F(HotkeyTest, ModifiersOfTheCombinationAreDownAndOthersNotEvenTapped) {
-    struct {
-        int Mods;
-        bool Ctrl, Shift;
-    } rows[] = {{0, false, false}, {1, true, false},   {2, false, true},
-                {3, true, true},   {-1, false, false}, {4, false, false}};
+    std::tuple<int, bool, bool> rows[] = {{0, false, false}, {1, true, false},   {2, false, true},
+                                          {3, true, true},   {-1, false, false}, {4, false, false}};
     for (auto [mods, withCtrl, withShift] : rows)
         for (std::int16_t ctrl : {Clear, Tapped, Down, DownAndTapped})
             for (std::int16_t shift : {Clear, Tapped, Down, DownAndTapped}) {

@@ -112,14 +112,11 @@ TEST_F(HardcoreTest, AFlightWithoutTheCompanionEndsTheProgram) {
 TEST_F(HardcoreTest, TheLockRefusesInFlightWhatWouldAvoidOrUndoFailures) {
     Settings.ActiveHotkey.Key = 'A';
     inprocess::SetKey('A', -1);
-    struct {
-        const char* Operation;
-        std::function<void()> Act;
-        std::function<bool()> Done;
-    } rows[] = {{"clear all", [] { ClearAllFailures(false); }, [] { return FailureCount == 0; }},
-                {"clear the last", [] { ClearLastFailure(); }, [] { return FailureCount == 1; }},
-                {"deactivate", [] { PollHotkeys(); }, [] { return EngineState.Deactivated; }},
-                {"lose the link", [] { SetDisconnected(); }, [] { return FailureCount == 0; }}};
+    std::tuple<const char*, std::function<void()>, std::function<bool()>> rows[] = {
+        {"clear all", [] { ClearAllFailures(false); }, [] { return FailureCount == 0; }},
+        {"clear the last", [] { ClearLastFailure(); }, [] { return FailureCount == 1; }},
+        {"deactivate", [] { PollHotkeys(); }, [] { return EngineState.Deactivated; }},
+        {"lose the link", [] { SetDisconnected(); }, [] { return FailureCount == 0; }}};
     for (auto& [operation, act, done] : rows)
         for (auto [hardcore, airborne] : {std::pair{true, true}, {true, false}, {false, true}}) {
             Settings.HardcoreActive = hardcore;

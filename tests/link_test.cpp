@@ -88,8 +88,7 @@ TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
         {"MapViewOfFile", 1, 8, SimNoView},
         {"SendMessageTimeoutA", 41, 0, SimTimeout},
         {"SendMessageTimeoutA", 41, 5, SimSendFailed},
-        {"SendMessageTimeoutA", 1, platform::ErrorInvalidWindowHandle, SimSendFailed},
-    };
+        {"SendMessageTimeoutA", 1, platform::ErrorInvalidWindowHandle, SimSendFailed}};
     for (auto [function, calls, lastError, result] : cases) {
         SCOPED_TRACE(function);
         inprocess::FailCalls(function, 1, calls, lastError);
@@ -226,9 +225,7 @@ class ActuationTest : public LinkedTest {
 };
 
 TEST_F(ActuationTest, EveryModeWritesItsValueInEveryTickAndUndoesAFlagOnly) {
-    struct {
-        const char *Label, *InForce, *Undone;
-    } rows[] = {
+    std::tuple<const char*, const char*, const char*> rows[] = {
         {"AP(Heading)", "0x07C8 4 0 Heading (autopilot switch)", ""},
         {"Ctrl(Elevator Trim)", "0x0BC0 2 0 Elevator Trim (control)", ""},
         {"Elec(Battery)", "0x3102 1 0 Battery (electrical switch)", ""},
@@ -238,8 +235,7 @@ TEST_F(ActuationTest, EveryModeWritesItsValueInEveryTickAndUndoesAFlagOnly) {
         {"Elec(Entire System)", "0x0B6A 1 1 Entire System (failure flag)",
          "0x0B6A 1 0 Entire System (failure flag)"},
         {"Eng(Engine 3 (Fail))", "0x0B6B 1 4 Engines (failure bits)",
-         "0x0B6B 1 0 Engines (failure bits)"},
-    };
+         "0x0B6B 1 0 Engines (failure bits)"}};
     for (auto [label, inForce, undone] : rows) {
         SCOPED_TRACE(label);
         Fail(label);
@@ -339,14 +335,11 @@ TEST_F(ActuationTest, ClearingRefreshesTheListAndSounds) {
     ClearLastFailure();
     EXPECT_THAT(inprocess::TakeSounds(), IsEmpty()) << "with nothing to clear";
     EXPECT_EQ(simulator_.Batches + window_.Refreshes, 0) << "with nothing to clear";
-    struct {
-        const char* Rule;
-        std::function<void()> Clear;
-        std::vector<std::string> Left, Sounds;
-        std::size_t Draws;
-    } rows[] = {{"all", [] { ClearAllFailures(false); }, {}, {"sound_ok.wav"}, 3 * 62},
-                {"all, quietly", [] { ClearAllFailures(true); }, {}, {}, 3 * 62},
-                {"the newest", [] { ClearLastFailure(); }, {"AP(Mach)"}, {"sound_ok.wav"}, 0}};
+    std::tuple<const char*, std::function<void()>, std::vector<std::string>,
+               std::vector<std::string>, std::size_t>
+        rows[] = {{"all", [] { ClearAllFailures(false); }, {}, {"sound_ok.wav"}, 3 * 62},
+                  {"all, quietly", [] { ClearAllFailures(true); }, {}, {}, 3 * 62},
+                  {"the newest", [] { ClearLastFailure(); }, {"AP(Mach)"}, {"sound_ok.wav"}, 0}};
     for (auto& [rule, clear, left, sounds, draws] : rows) {
         SCOPED_TRACE(rule);
         ClearAllFailures(true);
@@ -400,12 +393,10 @@ TEST_F(StatusTest, NamesTheFailuresNewestFirstUntilTheLineIsFull) {
 }
 
 TEST_F(StatusTest, IsShownWhenItChangesAndInTheSimulatorIfTheUserWishes) {
-    struct {
-        const char* Line;
-        bool DisplayUpdate, Force, InWindow, InSimulator;
-    } rows[] = {{"a", false, false, true, false}, {"a", false, false, false, false},
-                {"a", false, true, true, true},   {"b", true, false, true, true},
-                {"b", true, false, false, false}, {"b", true, true, true, true}};
+    std::tuple<const char*, bool, bool, bool, bool> rows[] = {
+        {"a", false, false, true, false}, {"a", false, false, false, false},
+        {"a", false, true, true, true},   {"b", true, false, true, true},
+        {"b", true, false, false, false}, {"b", true, true, true, true}};
     for (auto [line, displayUpdate, force, inWindow, inSimulator] : rows) {
         Settings.DisplayUpdate = displayUpdate;
         window_.Captions.clear();

@@ -62,15 +62,10 @@ TEST_F(ModelTest, RowsOfTheFailureListKeepTheirOrder) {
 }
 
 TEST_F(ModelTest, AFailureRangeIsAsWideAsTheReliabilitySaysWhereverItLies) {
-    struct {
-        const char* Reliability;
-        int Low, High;  // before the shift
-    } rows[] = {{"100", 50000, 50000},
-                {"99.999", 50000, 50001},
-                {"99", 49500, 50500},
-                {"90", 45000, 55000},
-                {"0.053", 27, 99974},  // as single precision rounds it
-                {"0", 0, 100000}};
+    std::tuple<const char*, int, int> rows[] = {
+        {"100", 50000, 50000}, {"99.999", 50000, 50001}, {"99", 49500, 50500},
+        {"90", 45000, 55000},  {"0.053", 27, 99974},  // as single precision rounds it
+        {"0", 0, 100000}};
     for (auto [reliability, low, high] : rows) {
         SCOPED_TRACE(reliability);
         SubsystemEntry& entry = Catalogue[1][1];

@@ -138,6 +138,7 @@ class Flight final : public MainWindow {
     void Tick() {
         Rows before(FailureList + 1, FailureList + FailureCount + 1);
         bool connected = EngineState.Connected;
+        gear_ = Value(variable::Gear, 4), flaps_ = Value(variable::Flaps, 4);
         int sends = inprocess::CallCount("SendMessageTimeoutA");
         batches_ = 0;
         written_.clear();
@@ -183,7 +184,8 @@ class Flight final : public MainWindow {
         for (auto [s, n, counter] : after) {
             if (Find(before, s, n)) continue;
             const SubsystemEntry& entry = Catalogue[s][n];
-            bool isOut = IsRetractable(entry) && Level(entry) > 0;
+            bool isOut = (entry.Offset == GearOffset && gear_ > 0) ||
+                         (entry.Offset == FlapsOffset && flaps_ > 0);
             Check("nothing fails on hold", !onHold, entry.Name);
             Check("at 100 % nothing fails", entry.Reliability.Text() != "100", entry.Name);
             Check("gear and flaps never fail while they are out", !isOut, entry.Name);
@@ -332,6 +334,7 @@ class Flight final : public MainWindow {
     std::map<int, std::int16_t> keys_;
     std::deque<std::string> lastActions_;
     bool unloaded_ = false;
+    std::int32_t gear_ = 0, flaps_ = 0;  // as the tick finds them
     // What the tick did.
     int batches_ = 0;
     std::vector<std::int32_t> written_;

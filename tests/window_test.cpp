@@ -48,11 +48,15 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
               " Radio|Sub-systems|Component|Reliability|Based on|Failed|Set &All Reliabilities|"
               "Set Autopilot &Reliabilities|&Clear All Failures|&Save Profile|&Open Profile|"
               "O&ptions|Status|FSUIPC - No connection to Flight Simulator.");
+    EXPECT_LE(main_->lstSystems->GetBestSize().y, main_->lstSystems->GetSize().y) << "seven show";
     for (int system = 1; system <= 7; ++system) {
         ChooseSystem(system);
         EXPECT_EQ(native::Text(main_->cmdSetSystemRel),
                   "Set" + std::string(SystemTitles[system]) + " &Reliabilities");
         EXPECT_EQ(main_->lvwSubSystems->GetItemCount(), SubsystemCount(system));
+        wxRect lastRow;
+        main_->lvwSubSystems->GetItemRect(SubsystemCount(system) - 1, lastRow);
+        EXPECT_LT(lastRow.GetBottom(), main_->lvwSubSystems->GetSize().y) << "all rows show";
         for (int row = 1; row <= SubsystemCount(system); ++row)
             EXPECT_EQ(Row(row), "green " + std::string(Catalogue[system][row].Name) +
                                     "|100%|1 hour of flight|Never");

@@ -1,10 +1,12 @@
 #include "ui/frm_main.h"
 
+#include <wx/display.h>
 #include <wx/filedlg.h>
 #include <wx/filename.h>
 #include <wx/panel.h>
 #include <wx/stockitem.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <utility>
@@ -97,6 +99,7 @@ bool frmMain::Load() {
     MakeRoomForSystems();
     lstSystems->SetSelection(0);
     FillSubsystemList();
+    MakeRoomForSubsystems();  // of the autopilot, which has the most
     if (!Settings.LastProfile.empty()) ReadProfile();
     lstSystems->SetFocus();
     phase_ = Phase::Loaded;
@@ -204,18 +207,29 @@ void frmMain::CreateControls() {
     statusSizer_->SetDimension(inside.GetPosition(), inside.GetSize());
 }
 
-// Where the system's list rows are taller than the layout allows for, what lies below the systems
-// list moves down, so that all seven show.
+// Where the system's list rows are taller than the layout allows for, the lists grow, so that all
+// seven systems show, and all sub-systems of the one that is selected.
 void frmMain::MakeRoomForSystems() {
-    wxRect systems = lstSystems->GetRect();
-    int extra = lstSystems->GetBestSize().GetHeight() - systems.GetHeight();
+    int extra = lstSystems->GetBestSize().GetHeight() - lstSystems->GetSize().GetHeight();
     if (extra <= 0) return;
     // The estimate leaves out the lines between the rows.
-    extra += FromDIP(2) * static_cast<int>(lstSystems->GetCount() + 1);
+    Grow(lstSystems, extra + FromDIP(2) * static_cast<int>(lstSystems->GetCount() + 1));
+}
+
+void frmMain::MakeRoomForSubsystems() {
+    wxRect lastRow;
+    lvwSubSystems->GetItemRect(lvwSubSystems->GetItemCount() - 1, lastRow);
+    int extra = lastRow.GetBottom() + FromDIP(2) - lvwSubSystems->GetSize().GetHeight();
+    int room = wxDisplay(this).GetClientArea().GetHeight() - GetSize().GetHeight();
+    Grow(lvwSubSystems, std::clamp(extra, 0, std::max(room, 0)));
+}
+
+// Moves down what lies below.
+void frmMain::Grow(wxWindow* list, int extra) {
+    int bottom = list->GetRect().GetBottom();
     for (wxWindow* child : panel_->GetChildren())
-        if (child->GetPosition().y > systems.GetBottom())
-            child->Move(child->GetPosition() + wxPoint(0, extra));
-    lstSystems->SetSize(systems.GetWidth(), systems.GetHeight() + extra);
+        if (child->GetPosition().y > bottom) child->Move(child->GetPosition() + wxPoint(0, extra));
+    list->SetSize(list->GetSize() + wxSize(0, extra));
     SetClientSize(GetClientSize() + wxSize(0, extra));
 }
 

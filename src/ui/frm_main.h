@@ -62,6 +62,8 @@ class frmMain final : public wxFrame, public MainWindow {
     /// In the place of the list of sub-systems.
     void CreateHardcoreNotice(const wxRect& place);
     void MakeRoomForSystems();
+    void MakeRoomForSubsystems();
+    void Grow(wxWindow* list, int extra);
     void BindHandlers();
 
     void FillSubsystemList();

@@ -17,6 +17,9 @@ wxString Text(const wxWindow* window);
 /// The text of a message box that is open.
 wxString Text(const wxMessageDialogBase* box);
 
+/// Whether a message box that is open shows the icon of a warning.
+bool ShowsWarning(const wxMessageDialogBase* box);
+
 /// Whether keys go to that window, which is shown.
 bool HasKeyboard(const wxTopLevelWindow* window);
 

@@ -28,6 +28,21 @@ wxString Text(const wxMessageDialogBase* box) {
     return box->GetMessage();
 }
 
+bool ShowsWarning(const wxMessageDialogBase* box) {
+    struct List {
+        void* Data;
+        List* Next;
+    };
+    void* text = Gtk<void*(void*)>("gtk_message_dialog_get_message_area")(box->GetHandle());
+    void* row = Gtk<void*(void*)>("gtk_widget_get_parent")(text);
+    const char* icon = nullptr;
+    for (auto* part = Gtk<List*(void*)>("gtk_container_get_children")(row); part; part = part->Next)
+        if (part->Data != text && Gtk<int(void*)>("gtk_widget_get_mapped")(part->Data))
+            Gtk<void(void*, const char**, int*)>("gtk_image_get_icon_name")(part->Data, &icon,
+                                                                            nullptr);
+    return icon && std::string(icon) == "dialog-warning";
+}
+
 bool HasKeyboard(const wxTopLevelWindow* window) {
     return Gtk<int(void*)>("gtk_window_is_active")(window->GetHandle());
 }

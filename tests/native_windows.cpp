@@ -37,6 +37,13 @@ wxString Text(const wxMessageDialogBase*) {
     return TextOf(text);
 }
 
+bool ShowsWarning(const wxMessageDialogBase*) {
+    HWND icon = nullptr;
+    do icon = ::FindWindowExW(SystemsDialog(), icon, L"Static", nullptr);
+    while (icon && (::GetWindowLongW(icon, GWL_STYLE) & SS_TYPEMASK) != SS_ICON);
+    return ::IsWindowVisible(icon);
+}
+
 bool HasKeyboard(const wxTopLevelWindow* window) {
     HWND own = window->GetHandle();
     return own ? ::GetForegroundWindow() == own : SystemsDialog() != nullptr;

@@ -149,6 +149,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         EXPECT_EQ(box->GetMessageDialogStyle() & (wxYES_NO | wxCANCEL), 0);
         long icon = box->GetMessageDialogStyle() & wxICON_MASK;
         EXPECT_TRUE(icon == wxICON_NONE || icon == wxICON_WARNING) << icon;
+        EXPECT_EQ(native::ShowsWarning(box), icon == wxICON_WARNING) << "an exclamation mark";
         messages_.push_back((icon == wxICON_WARNING ? "! " : "") + look::Stored(native::Text(box)));
         Meanwhile(box);
         Hands().Char(WXK_RETURN);

@@ -155,6 +155,9 @@ void PreferX11();
 /// process with status 1. `end` must not touch a window. Call it once there is a display.
 void WhenDisplayIsLost(std::function<void()> end);
 
+/// Makes message boxes with the style of a warning show its icon, which GTK 3 leaves out.
+void ShowWarningIcons();
+
 // --- For every pair of eyes -------------------------------------------------------------------
 
 /// How much larger than usual the user wants texts, 1 or more, beside the scale of the display.

@@ -120,6 +120,7 @@ void MakeRoomForText(wxWindow* control) {
 
 void ShowMessage(wxWindow* parent, const wxString& text, MessageIcon icon) {
     long style = wxOK | (icon == MessageIcon::Warning ? wxICON_WARNING : wxICON_NONE);
+    platform::ShowWarningIcons();
     wxMessageBox(text, ProgramTitle, style, parent);
 }
 

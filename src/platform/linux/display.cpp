@@ -37,6 +37,21 @@ GLogWriterOutput WriteLog(GLogLevelFlags level, const GLogField* fields, gsize c
     return G_LOG_WRITER_HANDLED;
 }
 
+gboolean AddWarningIcon(GSignalInvocationHint*, guint, const GValue* shown, gpointer) {
+    gpointer widget = g_value_get_object(shown);
+    if (!GTK_IS_MESSAGE_DIALOG(widget)) return TRUE;
+    GtkMessageType type;
+    g_object_get(widget, "message-type", &type, nullptr);
+    if (type != GTK_MESSAGE_WARNING) return TRUE;
+    GtkWidget* text = gtk_message_dialog_get_message_area(GTK_MESSAGE_DIALOG(widget));
+    GtkBox* row = GTK_BOX(gtk_widget_get_parent(text));
+    GtkWidget* icon = gtk_image_new_from_icon_name("dialog-warning", GTK_ICON_SIZE_DIALOG);
+    gtk_box_pack_start(row, icon, FALSE, FALSE, 0);
+    gtk_box_reorder_child(row, icon, 0);
+    gtk_widget_show(icon);
+    return TRUE;  // also for the next box
+}
+
 }  // namespace
 
 // GDK tries these in order, or the backends in GDK_BACKEND if the user has set it.
@@ -48,6 +63,12 @@ void WhenDisplayIsLost(std::function<void()> end) {
     if (!EndProgram) g_log_set_writer_func(WriteLog, nullptr, nullptr);  // allowed only once
     EndProgram = std::move(end);
     XSetIOErrorHandler([](Display*) -> int { End(); });
+}
+
+void ShowWarningIcons() {
+    static gulong hook = g_signal_add_emission_hook(g_signal_lookup("show", GTK_TYPE_WIDGET), 0,
+                                                    AddWarningIcon, nullptr, nullptr);
+    static_cast<void>(hook);
 }
 
 }  // namespace quirkmeter::platform

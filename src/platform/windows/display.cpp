@@ -6,4 +6,6 @@ void PreferX11() {}
 
 void WhenDisplayIsLost(std::function<void()>) {}
 
+void ShowWarningIcons() {}
+
 }  // namespace quirkmeter::platform

@@ -203,6 +203,24 @@ TEST_F(SettingsWindowTest, OkStoresEverythingAndCancelNothing) {
               "ACTIVE_HK=48\r\nACTIVE_HKCS=2\r\nDISPLAYUPDATE=YES\r\nPLAYFAILURESOUND=YES\r\n");
 }
 
+TEST_F(SettingsWindowTest, CheckBoxesThatAreOffCanBeSeenInADarkTheme) {
+    native::PreferDarkTheme(true);
+    Edit([this](frmSettings* dialog) {
+        for (wxCheckBox* option : Switches(dialog)) {
+            EXPECT_TRUE(Until([option] {
+                for (int x = 0; x < 10; ++x) {
+                    wxPoint place(x, option->GetSize().y / 2);
+                    if (native::ColourAt(option->ClientToScreen(place)).GetLuminance() > 0.6)
+                        return true;
+                }
+                return false;
+            })) << option->GetLabel();
+        }
+        Click(dialog->cmdCancel);
+    });
+    native::PreferDarkTheme(false);
+}
+
 TEST_F(SettingsWindowTest, LettersTypedOneAfterAnotherEachPickAKey) {
     Edit([this](frmSettings* dialog) {
         EXPECT_EQ(dialog->Status.cboKey->GetCount(), 37u);

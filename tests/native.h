@@ -26,6 +26,9 @@ bool HasKeyboard(const wxTopLevelWindow* window);
 /// Whether the system's file dialog has that name for chosen.
 bool ShowsFile(const wxFileDialog* dialog, const std::string& name);
 
+/// Asks for the dark theme, or no longer, where the theme is the program's to choose.
+void PreferDarkTheme(bool dark);
+
 /// The colour of that place of the display.
 wxColour ColourAt(wxPoint place);
 

@@ -51,6 +51,12 @@ bool ShowsFile(const wxFileDialog* dialog, const std::string& name) {
     return dialog->GetPath().AfterLast('/') == name;
 }
 
+void PreferDarkTheme(bool dark) {
+    void* settings = Gtk<void*()>("gtk_settings_get_default")();
+    Gtk<void(void*, const char*, ...)>("g_object_set")(
+        settings, "gtk-application-prefer-dark-theme", int{dark}, nullptr);
+}
+
 wxColour ColourAt(wxPoint place) {
     Display* server = XOpenDisplay(nullptr);
     XImage* image =

@@ -53,6 +53,8 @@ bool ShowsFile(const wxFileDialog*, const std::string&) {
     return true;
 }
 
+void PreferDarkTheme(bool) {}
+
 wxColour ColourAt(wxPoint place) {
     HDC display = ::GetDC(nullptr);
     COLORREF colour = ::GetPixel(display, place.x, place.y);

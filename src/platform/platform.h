@@ -158,6 +158,10 @@ void WhenDisplayIsLost(std::function<void()> end);
 /// Makes message boxes with the style of a warning show its icon, which GTK 3 leaves out.
 void ShowWarningIcons();
 
+/// Gives a check box an edge that can be seen on a dark ground, whatever the theme, if the theme
+/// draws the box. `checkBox` is wxWidgets' handle.
+void EdgeOnDarkGround(WindowHandle checkBox);
+
 // --- For every pair of eyes -------------------------------------------------------------------
 
 /// How much larger than usual the user wants texts, 1 or more, beside the scale of the display.

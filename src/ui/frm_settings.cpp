@@ -103,9 +103,15 @@ void frmSettings::CreateControls() {
     SetSizerAndFit(margin);
 }
 
-wxCheckBox* frmSettings::AddSwitch(wxSizer* column, const char* caption) {
+wxCheckBox* frmSettings::AddCheckBox(const char* caption) {
     auto* box = new wxCheckBox(this, wxID_ANY, caption);
     box->SetForegroundColour(look::White);
+    platform::EdgeOnDarkGround(reinterpret_cast<platform::WindowHandle>(box->GetHandle()));
+    return box;
+}
+
+wxCheckBox* frmSettings::AddSwitch(wxSizer* column, const char* caption) {
+    wxCheckBox* box = AddCheckBox(caption);
     column->Add(box, wxSizerFlags().Border(wxBOTTOM, FromDIP(4)));
     return box;
 }
@@ -121,9 +127,8 @@ frmSettings::HotkeyControls frmSettings::AddHotkey(wxSizer* column, const char* 
     auto middle = wxSizerFlags().CenterVertical().Border(wxRIGHT, FromDIP(12));
     row->Add(list, middle);
     auto modifier = [this, title, row, middle](const char* caption) {
-        auto* box = new wxCheckBox(this, wxID_ANY, caption);
+        wxCheckBox* box = AddCheckBox(caption);
         look::Describe(box, platform::ControlKind::Native, wxString(title) + ", " + caption);
-        box->SetForegroundColour(look::White);
         row->Add(box, middle);
         return box;
     };

@@ -34,6 +34,7 @@ class frmSettings final : public wxDialog {
 
    private:
     void CreateControls();
+    wxCheckBox* AddCheckBox(const char* caption);
     wxCheckBox* AddSwitch(wxSizer* column, const char* caption);
     HotkeyControls AddHotkey(wxSizer* column, const char* title);
     void OnOK();

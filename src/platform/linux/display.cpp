@@ -71,4 +71,15 @@ void ShowWarningIcons() {
     static_cast<void>(hook);
 }
 
+void EdgeOnDarkGround(WindowHandle checkBox) {
+    static GtkCssProvider* style = [] {
+        GtkCssProvider* made = gtk_css_provider_new();
+        gtk_css_provider_load_from_data(made, "check { border: 1px solid #c0c0c0; }", -1, nullptr);
+        return made;
+    }();
+    auto* context = gtk_widget_get_style_context(reinterpret_cast<GtkWidget*>(checkBox));
+    gtk_style_context_add_provider(context, GTK_STYLE_PROVIDER(style),
+                                   GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+}
+
 }  // namespace quirkmeter::platform

@@ -8,4 +8,6 @@ void WhenDisplayIsLost(std::function<void()>) {}
 
 void ShowWarningIcons() {}
 
+void EdgeOnDarkGround(WindowHandle) {}
+
 }  // namespace quirkmeter::platform

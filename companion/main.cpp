@@ -1,8 +1,8 @@
 // fsqmhc.exe: a minimised window for as long as Quirkmeter runs in Hardcore Mode. The parameter that
 // Quirkmeter passes means nothing.
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
-#include <iostream>
 
 #include "companion.h"
 
@@ -25,7 +25,7 @@ int main() {
     Companion companion("\\" QUIRKMETER_PROGRAM);
     platform::InstanceClaim claim = companion.Start();
     if (claim == platform::InstanceClaim::Failed) {
-        std::cerr << "fsqmhc: " << platform::LastErrorText() << std::endl;
+        std::fprintf(stderr, "fsqmhc: %s\n", platform::LastErrorText().c_str());
         return EXIT_FAILURE;
     }
     if (claim == platform::InstanceClaim::Taken) return EXIT_SUCCESS;

@@ -26,7 +26,7 @@ void PrintLine(const std::string& line) {
 
 std::string RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className) {
     Wire wire(*simulator, className);
-    if (!wire.Open()) return platform::LastErrorText();
+    if (std::string fault = wire.Open(); !fault.empty()) return fault;
     // Nothing can wake a thread that waits for a line, so it is left behind at the end. It must not
     // hold up standard input's lock of the C library then.
     std::ios::sync_with_stdio(false);

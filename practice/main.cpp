@@ -1,8 +1,6 @@
 // practice-simulator: stands in for the flight simulator and its interface module.
-#include <atomic>
 #include <charconv>
 #include <cmath>
-#include <csignal>
 #include <fstream>
 #include <iostream>
 #include <limits>
@@ -96,13 +94,6 @@ std::optional<Script> ReadScript(const std::string& path) {
     return script;
 }
 
-std::atomic<Simulator*> Running;
-static_assert(std::atomic<Simulator*>::is_always_lock_free);
-
-void EndRunning(int) {
-    if (Simulator* simulator = Running) simulator->End();
-}
-
 int Run(const Options& options) {
     std::optional<Script> script = Script{{options.TakeOffAfter, Command{Verb::TakeOff}}};
     if (!options.ScriptFile.empty()) script = ReadScript(options.ScriptFile);
@@ -113,12 +104,8 @@ int Run(const Options& options) {
     }
 
     auto simulator = std::make_shared<Simulator>(std::move(*script), options.Duration, PrintLine);
-    Running = simulator.get();
-    std::signal(SIGINT, EndRunning);
-    std::signal(SIGTERM, EndRunning);
     std::string fault = options.Headless ? RunHeadless(simulator, options.ClassName)
                                          : RunWindow(*simulator, options.ClassName);
-    Running = nullptr;
     if (!fault.empty()) std::cerr << "practice-simulator: " << fault << "\n";
     return fault.empty() ? 0 : 1;
 }

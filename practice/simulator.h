@@ -30,7 +30,7 @@ class Simulator {
     Misbehaviour CurrentMisbehaviour();
 
     bool Ended() const { return ended_; }
-    void End() { ended_ = true; }  // also from a signal handler
+    void End() { ended_ = true; }
 
    private:
     using Clock = std::chrono::steady_clock;
@@ -39,7 +39,6 @@ class Simulator {
     void PrintEvent(double time, const std::string& event);
     void PrintWrite(const AppliedWrite& write);
 
-    static_assert(std::atomic<bool>::is_always_lock_free);
     std::atomic<bool> ended_ = false;
     std::mutex mutex_;
     LinePrinter print_;

@@ -229,12 +229,10 @@ class PracticeApp : public wxApp {
         MakeFrame(simulator_);
         wire_ = std::thread([this] {
             Wire wire(simulator_, className_);
-            if (wire.Open()) {
-                CallAfter([this] { ShowWindow(); });
-                wire.Serve();
-            } else {
-                CallAfter([this, fault = platform::LastErrorText()] { ShowFault(fault); });
-            }
+            if (std::string fault = wire.Open(); !fault.empty())
+                return CallAfter([this, fault] { ShowFault(fault); });
+            CallAfter([this] { ShowWindow(); });
+            wire.Serve();
         });
         return true;
     }

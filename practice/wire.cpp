@@ -44,20 +44,28 @@ class MappedBlock {
 Wire::Wire(Simulator& simulator, std::string className)
     : simulator_(simulator), className_(std::move(className)) {}
 
-bool Wire::Open() {
-    message_ = platform::RegisterWindowMessageA(MessageName);
-    if (message_ == 0 || !MakeWindow()) return false;
+std::string Wire::Open() {
+    platform::InstanceClaim claim = platform::ClaimSingleInstance("practice-simulator");
+    if (claim == platform::InstanceClaim::Taken) return "A practice simulator runs already.";
+    if (claim == platform::InstanceClaim::Claimed)
+        message_ = platform::RegisterWindowMessageA(MessageName);
+    if (message_ == 0 || !MakeWindow()) return platform::LastErrorText();
     simulator_.Start("ready " + className_);
-    return true;
+    return {};
 }
 
 void Wire::Serve() {
-    while (!simulator_.Ended()) {
+    while (!Ended()) {
         KeepOrDropWindow();
         platform::ServeMessages(ServeMilliseconds);
         simulator_.Advance();
     }
     if (window_) platform::DropWindow(window_);
+}
+
+bool Wire::Ended() {
+    if (platform::TerminationRequested()) simulator_.End();
+    return simulator_.Ended();
 }
 
 bool Wire::MakeWindow() {
@@ -88,7 +96,7 @@ bool Wire::WaitBeforeAnswer() {
     if (kind != Misbehaviour::Silent && kind != Misbehaviour::Late) return true;
     for (std::uint32_t waited = 0; simulator_.CurrentMisbehaviour() == kind;
          waited += WaitMilliseconds) {
-        if (simulator_.Ended()) return false;
+        if (Ended()) return false;
         if (kind == Misbehaviour::Late && waited >= LateMilliseconds) return true;
         platform::Sleep(WaitMilliseconds);
         simulator_.Advance();

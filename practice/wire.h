@@ -15,13 +15,15 @@ class Wire {
    public:
     Wire(Simulator& simulator, std::string className);
 
-    /// Makes the window and starts the flight. False, with the last error set, when the window could
-    /// not be made.
-    bool Open();
-    /// Answers messages until the simulator has ended, then drops the window.
+    /// Makes the window and starts the flight. Returns why it could not, empty when it could: another
+    /// practice simulator of the user runs, or the window could not be made.
+    std::string Open();
+    /// Answers messages until the simulator has ended, or the process was asked to end, then drops
+    /// the window.
     void Serve();
 
    private:
+    bool Ended();
     bool MakeWindow();
     void KeepOrDropWindow();
     std::intptr_t Answer(std::uint32_t message, std::uintptr_t wParam);

@@ -310,6 +310,12 @@ TEST(Keyboard, WhatCannotStartSaysWhy) {
         EXPECT_EQ(process.ExitCode(), 1) << program;
     }
     EXPECT_EQ(cockpit.Start(Companion).ExitCode(), 1) << "it has no user to tell";
+
+    fs::remove(cockpit.File("quirkmeter"));
+    cockpit.StartSimulator();
+    Process& second = cockpit.Start(Simulator);
+    Press(Windows(second.Pid(), "Practice Simulator", 1)[0], "Return");
+    EXPECT_EQ(second.ExitCode(), 1) << "a second simulator";
 }
 
 TEST(Keyboard, TheMainWindowHasTheKeyboardAfterSettingsNotAnotherProgram) {

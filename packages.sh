@@ -22,9 +22,9 @@ need() {
     ((${#missing[@]})) || return 0
     echo "Installing: ${missing[*]}"
     ((EUID == 0)) || sudo=(sudo)
-    "${sudo[@]}" apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends \
-        "${missing[@]}" >/dev/null
+    # apt refuses to run twice at a time.
+    flock "${BASH_SOURCE[0]}" "${sudo[@]}" sh -c 'apt-get update -qq && DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "$@" >/dev/null' sh "${missing[@]}"
 }
 
 # configure FOLDER OPTION...: CMake refuses a build folder that was moved or copied here with its
@@ -36,11 +36,16 @@ configure() {
     cmake "${fresh[@]}" -B "$@" >/dev/null
 }
 
-# build PRESET TESTING [TARGET...]: builds what has changed, with (ON) or without (OFF) the tests.
+# build PRESET TESTING [TARGET...]: builds what has changed, with (ON) or without (OFF) the tests. Two
+# scripts that build in the same folder take turns.
 build() {
-    local preset=$1 testing=$2
+    local preset=$1 testing=$2 lock
     shift 2
+    mkdir -p "build/$preset"
+    exec {lock}<"build/$preset"
+    flock "$lock"
     echo "Building ($preset)"
     configure "build/$preset" --preset "$preset" -DBUILD_TESTING="$testing"
     cmake --build --preset "$preset" ${1+--target "$@"} -- --quiet
+    exec {lock}<&-
 }

@@ -48,6 +48,9 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
               " Radio|Sub-systems|Component|Reliability|Based on|Failed|Set &All Reliabilities|"
               "Set Autopilot &Reliabilities|&Clear All Failures|&Save Profile|&Open Profile|"
               "O&ptions|Status|FSUIPC - No connection to Flight Simulator.");
+    EXPECT_EQ(main_->lblStatus->GetToolTipText(), "FSUIPC - No connection to Flight Simulator.");
+    EXPECT_FALSE(main_->GetIcons().IsEmpty()) << "the program's icon";
+    EXPECT_EQ(main_->GetWindowStyle() & (wxRESIZE_BORDER | wxMAXIMIZE_BOX), 0) << "a fixed size";
     EXPECT_LE(main_->lstSystems->GetBestSize().y, main_->lstSystems->GetSize().y) << "seven show";
     for (int system = 1; system <= 7; ++system) {
         ChooseSystem(system);
@@ -179,6 +182,10 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     AwaitFocus(main_->lvwSubSystems);
     EXPECT_EQ(Selected(), 3);
     PointAt(main_->lvwSubSystems, RowPlace(2));
+    Hands().MouseClick(wxMOUSE_BTN_RIGHT);
+    HandleEvents();
+    EXPECT_EQ(Selected(), 3) << "a right click changes nothing";
+    PointAt(main_->lvwSubSystems, RowPlace(2));
     Hands().MouseDown();
     PointAt(main_->lvwSubSystems, RowPlace(4));
     Release();
@@ -282,7 +289,7 @@ TEST_F(WindowTest, ButtonsSetASystemOrAll) {
         });
     };
     AddFailure(2, 3);
-    ClickRow(12, Cancel());
+    ClickRow(14, Cancel());
     ChooseSystem(2);
     Catalogue[2][1].Reliability = "42.5";
     Catalogue[2][1].Hours = "24";
@@ -302,7 +309,7 @@ TEST_F(WindowTest, ButtonsSetASystemOrAll) {
     EXPECT_EQ(Row(3), "red Elevator Trim|0%|1 hour of flight|Yes");
     ChooseSystem(1);
     main_->RefreshSubsystems();
-    EXPECT_EQ(Selected(), 12);
+    EXPECT_EQ(Selected(), 14) << "again";
     inprocess::TakeSounds();
     Click(main_->cmdClearFailures);
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_ok.wav"));

@@ -458,10 +458,18 @@ bool UserReplaces(const fs::path& path, const std::string& content) {
     if (user == 0) {
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit limit{1000, 1000};
+        // From within the folder, since those above it may be closed to that user.
+        fs::current_path(path.parent_path());
         bool ready = setrlimit(RLIMIT_FSIZE, &limit) == 0 && (geteuid() != 0 || setuid(65534) == 0);
-        _exit(!ready || !ReplaceFile(path, content));
+        _exit(!ready || !ReplaceFile(path.filename(), content));
     }
     return ExitCode(user) == 0;
+}
+
+std::pair<uid_t, gid_t> OwnerOf(const fs::path& path) {
+    struct stat status;
+    stat(path.c_str(), &status);
+    return {status.st_uid, status.st_gid};
 }
 
 TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrStands) {
@@ -476,6 +484,20 @@ TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrStands) {
     EXPECT_TRUE(fs::is_symlink(root_ / "link"));
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
     EXPECT_EQ(Content(file), "second");
+    fs::create_hard_link(file, root_ / "second name");
+    EXPECT_TRUE(ReplaceFile(file, "both"));
+    EXPECT_EQ(Content(root_ / "second name"), "both");
+    fs::remove(root_ / "second name");
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(file.c_str(), 12345, 12346), 0);
+        EXPECT_TRUE(ReplaceFile(file, "root's"));
+        EXPECT_EQ(OwnerOf(file), std::pair(12345u, 12346u));
+        EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
+        ASSERT_EQ(chown(file.c_str(), 0, 0), 0);
+    }
+    // A process that cannot be running, and one that does.
+    Write(root_ / ".quirkmeter-99999999-0.tmp", "killed while saving");
+    Write(root_ / (".quirkmeter-" + std::to_string(getppid()) + "-0.tmp"), "still saving");
     fs::path home = fs::current_path();
     fs::current_path(root_);
     EXPECT_TRUE(ReplaceFile("file", "old"));
@@ -486,11 +508,11 @@ TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrStands) {
     for (const char* name : {"file", "folder", "missing/file", "circle"})
         EXPECT_FALSE(ReplaceFile(root_ / name, "new")) << name;
     EXPECT_EQ(Content(file), "old");
-    EXPECT_EQ(std::ranges::distance(fs::directory_iterator(root_)), 5) << "no temporary file stays";
+    EXPECT_EQ(std::ranges::distance(fs::directory_iterator(root_)), 6)
+        << "of the temporary files that of the running process stays";
 }
 
 TEST_F(LinuxLayer, AFileIsWrittenInPlaceIfItsFolderTakesNoOther) {
-    fs::permissions(root_, fs::perms(0755));
     // A folder that takes none at all, one in which everybody's files stay, and one like any other.
     for (auto permissions : {fs::perms(0555), fs::perms(01777), fs::perms(0777)}) {
         fs::path folder = root_ / std::to_string(static_cast<int>(permissions));
@@ -503,6 +525,7 @@ TEST_F(LinuxLayer, AFileIsWrittenInPlaceIfItsFolderTakesNoOther) {
         EXPECT_TRUE(UserReplaces(folder / "file", "short")) << folder;
         EXPECT_FALSE(UserReplaces(folder / "file", std::string(5000, 'n'))) << folder;
         EXPECT_EQ(Content(folder / "file"), "short") << folder;
+        EXPECT_EQ(OwnerOf(folder / "file"), std::pair(geteuid(), getegid())) << folder;
         EXPECT_EQ(std::ranges::distance(fs::directory_iterator(folder)), 2) << folder;
         EXPECT_EQ(UserReplaces(folder / "protected", "new"), geteuid() != 0) << folder;
         EXPECT_EQ(UserReplaces(folder / "new", "new"), permissions != fs::perms(0555)) << folder;

@@ -233,12 +233,15 @@ bool HoldsPath(const std::wstring& path);
 /// The decimal separator of the user's regional settings.
 char DecimalSeparator();
 
-/// Replaces a file's content, or makes the file; a link is followed and stays, also where the file
-/// that it leads to is not there yet. As one step, if the folder lets a new file take the old one's
-/// place: whatever fails and whenever the process ends, the file then holds either all of its old
-/// content or all of the new one. Else the file is written in place, after all that can be known
-/// beforehand has been seen to. False when it could not be written; a file or folder that may not
-/// be written and a disk without room leave the old content as it is.
+/// Replaces a file's content, or makes the file. A link is followed and stays, also where the file
+/// that it leads to is not there yet; further names of a file (hard links) keep leading to it. On
+/// Linux, owner, group and permissions stay; on Windows a folder gives its permissions to the file.
+/// As one step, if the folder lets a new file take the old one's place: whatever fails and whenever
+/// the process ends, the file then holds either all of its old content or all of the new one. Else,
+/// or where a new file would change the owner or leave another name behind, the file is written in
+/// place, after all that can be known beforehand has been seen to. Only a process that is killed in
+/// the millisecond that this takes leaves a mixture of both. False when it could not be written; a
+/// file or folder that may not be written and a disk without room leave the old content as it is.
 bool ReplaceFile(const std::string& path, std::string_view content);
 
 }  // namespace quirkmeter::platform

@@ -1,9 +1,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 
@@ -16,12 +16,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int MostLinks = 40;  // as many as the system follows
+constexpr int MaxLinks = 40;  // as many as the system follows
 
 // What a link leads to, whether that is there or not.
 fs::path BehindLinks(fs::path path) {
     std::error_code error;
-    for (int links = 0; links < MostLinks && fs::is_symlink(path, error); ++links)
+    for (int links = 0; links < MaxLinks && fs::is_symlink(path, error); ++links)
         path = path.parent_path() / fs::read_symlink(path, error);
     return path;
 }
@@ -31,17 +31,46 @@ bool MayBeWritten(const fs::path& path, const struct stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) && access(path.c_str(), W_OK) == 0;
 }
 
-// A new file beside `path`; its name, which does not grow with that of `path`, goes to `temporary`.
-FileDescriptor CreateBeside(const fs::path& path, fs::path& temporary) {
+// The process that made a temporary file and a number of its own.
+constexpr char TemporaryName[] = ".quirkmeter-%d-%d.tmp";
+
+std::string NameOf(pid_t process, int number) {
+    char name[64];
+    std::snprintf(name, sizeof name, TemporaryName, process, number);
+    return name;
+}
+
+bool IsRunning(pid_t process) {
+    return kill(process, 0) == 0 || errno != ESRCH;
+}
+
+// Removes the temporary files of processes that were killed while they wrote one.
+void RemoveLeftovers(const fs::path& folder) {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
+        std::string name = entry.path().filename();
+        int process = 0, number = 0;
+        if (std::sscanf(name.c_str(), TemporaryName, &process, &number) == 2 && process > 0 &&
+            name == NameOf(process, number) && !IsRunning(process))
+            unlink(entry.path().c_str());
+    }
+}
+
+// A new file in that folder; its path goes to `temporary`.
+FileDescriptor CreateIn(const fs::path& folder, fs::path& temporary) {
     FileDescriptor file;
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        temporary = path.parent_path() / (".quirkmeter-" + std::to_string(getpid()) + "-" +
-                                          std::to_string(attempt) + ".tmp");
+    for (int number = 0; number < 100; ++number) {
+        temporary = folder / NameOf(getpid(), number);
         file =
             FileDescriptor(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (file || errno != EEXIST) break;
     }
     return file;
+}
+
+// Fails where the old file is another user's, who would lose it.
+bool TakeAfter(int file, const struct stat& old) {
+    return fchown(file, old.st_uid, old.st_gid) == 0 && fchmod(file, old.st_mode & 07777) == 0;
 }
 
 bool WriteAll(int file, std::string_view content) {
@@ -54,7 +83,7 @@ bool WriteAll(int file, std::string_view content) {
 }
 
 // Takes the room first: with none left, the old content stands.
-bool WriteOver(const fs::path& path, const struct stat& old, std::string_view content) {
+bool WriteInPlace(const fs::path& path, const struct stat& old, std::string_view content) {
     FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
     if (!file) return false;
     if (!Reserve(file.Number(), content.size())) {
@@ -66,15 +95,6 @@ bool WriteOver(const fs::path& path, const struct stat& old, std::string_view co
            fsync(file.Number()) == 0;
 }
 
-// By a child, which goes on when this process is killed: else the file might keep both the new
-// content and the end of a longer old one.
-bool WriteInPlace(const fs::path& path, const struct stat& old, std::string_view content) {
-    pid_t writer = fork();
-    if (writer == 0) _exit(WriteOver(path, old, content) ? 0 : 1);
-    int status = 1;
-    return writer > 0 && TEMP_FAILURE_RETRY(waitpid(writer, &status, 0)) == writer && status == 0;
-}
-
 }  // namespace
 
 bool ReplaceFile(const std::string& path, std::string_view content) {
@@ -82,11 +102,15 @@ bool ReplaceFile(const std::string& path, std::string_view content) {
     struct stat old;
     bool exists = stat(target.c_str(), &old) == 0;
     if (exists ? !MayBeWritten(target, old) : errno != ENOENT) return false;
+    // A new file would take the place under one of several names only.
+    if (exists && old.st_nlink > 1) return WriteInPlace(target, old, content);
 
+    fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
+    RemoveLeftovers(folder);
     fs::path temporary;
-    FileDescriptor file = CreateBeside(target, temporary);
+    FileDescriptor file = CreateIn(folder, temporary);
     if (!file) return exists && WriteInPlace(target, old, content);
-    bool alike = !exists || fchmod(file.Number(), old.st_mode & 07777) == 0;
+    bool alike = !exists || TakeAfter(file.Number(), old);
     bool written = WriteAll(file.Number(), content) && fsync(file.Number()) == 0;
     if (alike && written && std::rename(temporary.c_str(), target.c_str()) == 0) return true;
     unlink(temporary.c_str());

@@ -28,6 +28,12 @@ class OpenFile {
                ::FlushFileBuffers(handle_);
     }
 
+    bool HasOtherNames() const {
+        BY_HANDLE_FILE_INFORMATION information;
+        return ::GetFileInformationByHandle(handle_, &information) &&
+               information.nNumberOfLinks > 1;
+    }
+
    private:
     bool SetSize(DWORD size) const {
         return ::SetFilePointer(handle_, static_cast<LONG>(size), nullptr, FILE_BEGIN) == size &&
@@ -39,11 +45,15 @@ class OpenFile {
 
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// A folder's own permissions would let a write-protected file be replaced, but it means it.
-bool MayBeWritten(const std::string& path, DWORD attributes) {
-    if (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) return false;
+enum class Way { None, InPlace, ByNewFile };
+
+Way WayToReplace(const std::string& path, DWORD attributes) {
+    if (attributes & FILE_ATTRIBUTE_REPARSE_POINT) return Way::InPlace;
+    // A folder's own permissions would let a write-protected file be replaced, but it means it.
+    if (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) return Way::None;
     OpenFile existing(path, ShareAll, OPEN_EXISTING);
-    return static_cast<bool>(existing);
+    if (!existing) return Way::None;
+    return existing.HasOtherNames() ? Way::InPlace : Way::ByNewFile;
 }
 
 // Makes an empty file beside `path` and returns its path, empty on failure.
@@ -70,9 +80,9 @@ bool WriteNew(const std::string& path, std::string_view content) {
 bool ReplaceFile(const std::string& path, std::string_view content) {
     DWORD attributes = ::GetFileAttributesA(path.c_str());
     bool exists = attributes != INVALID_FILE_ATTRIBUTES;
-    bool isLink = exists && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
-    if (isLink) return WriteInPlace(path, content);
-    if (exists && !MayBeWritten(path, attributes)) return false;
+    Way way = exists ? WayToReplace(path, attributes) : Way::ByNewFile;
+    if (way == Way::None) return false;
+    if (way == Way::InPlace) return WriteInPlace(path, content);
     std::string temporary = CreateBeside(path);
     if (temporary.empty()) return exists && WriteInPlace(path, content);
     bool written = WriteNew(temporary, content);

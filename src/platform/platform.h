@@ -207,6 +207,14 @@ bool OnTerminal(int stream);
 /// Closes a console of that kind. Elsewhere there is none.
 void CloseOwnConsole();
 
+/// True when the user sent standard output into a file or a pipe. The log of a desktop session, a
+/// file that grows by both standard output and errors, does not count.
+bool OutputRedirected();
+
+/// True when the path names no file but what is written to as it is: a device, a pipe, one of the
+/// process's own streams such as /dev/stdout.
+bool IsStream(const std::string& path);
+
 /// The path of a file in the folder of the running executable; `name` begins with a backslash,
 /// which becomes the system's own separator.
 std::string ProgramFile(std::string_view name);
@@ -243,5 +251,8 @@ char DecimalSeparator();
 /// the millisecond that this takes leaves a mixture of both. False when it could not be written; a
 /// file or folder that may not be written and a disk without room leave the old content as it is.
 bool ReplaceFile(const std::string& path, std::string_view content);
+
+/// True when ReplaceFile will write there, as far as can be told beforehand. Changes nothing.
+bool CanReplaceFile(const std::string& path);
 
 }  // namespace quirkmeter::platform

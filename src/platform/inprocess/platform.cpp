@@ -397,4 +397,8 @@ bool ReplaceFile(const std::string& path, std::string_view content) {
     return file.good();
 }
 
+bool CanReplaceFile(const std::string&) {
+    return !Fails("CanReplaceFile");
+}
+
 }  // namespace quirkmeter::platform

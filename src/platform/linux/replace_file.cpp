@@ -117,4 +117,12 @@ bool ReplaceFile(const std::string& path, std::string_view content) {
     return exists && written && WriteInPlace(target, old, content);
 }
 
+bool CanReplaceFile(const std::string& path) {
+    fs::path target = BehindLinks(path);
+    struct stat old;
+    if (stat(target.c_str(), &old) == 0) return MayBeWritten(target, old);
+    fs::path folder = target.parent_path();
+    return errno == ENOENT && access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+}
+
 }  // namespace quirkmeter::platform

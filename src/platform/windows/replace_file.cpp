@@ -93,4 +93,11 @@ bool ReplaceFile(const std::string& path, std::string_view content) {
     return exists && written && WriteInPlace(path, content);
 }
 
+bool CanReplaceFile(const std::string& path) {
+    DWORD attributes = ::GetFileAttributesA(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES) return MayBeWritten(path, attributes);
+    std::string temporary = CreateBeside(path);
+    return !temporary.empty() && ::DeleteFileA(temporary.c_str());
+}
+
 }  // namespace quirkmeter::platform

@@ -24,4 +24,16 @@ void CloseOwnConsole() {
     if (OwnConsole()) ::FreeConsole();
 }
 
+bool OutputRedirected() {
+    DWORD type = ::GetFileType(::GetStdHandle(STD_OUTPUT_HANDLE));
+    return type == FILE_TYPE_DISK || type == FILE_TYPE_PIPE;
+}
+
+bool IsStream(const std::string& path) {
+    char full[MAX_PATH];
+    DWORD length = ::GetFullPathNameA(path.c_str(), MAX_PATH, full, nullptr);
+    // The names of devices, such as NUL, lie there.
+    return length > 0 && length < MAX_PATH && std::string_view(full).starts_with(R"(\\.\)");
+}
+
 }  // namespace quirkmeter::platform

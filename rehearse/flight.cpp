@@ -106,7 +106,7 @@ RehearsalAircraft::~RehearsalAircraft() {
 
 void RehearsalAircraft::FlyBatch(std::int64_t batch, Tally& tally) {
     // Seeds of neighbouring plans share no batch.
-    ResetRandom(plan_.Seed * 0x9E3779B97F4A7C15 + static_cast<std::uint64_t>(batch));
+    StartSequence(plan_.Seed * 0x9E3779B97F4A7C15 + static_cast<std::uint64_t>(batch));
     std::int64_t first = batch * FlightsPerBatch;
     for (auto n = std::min(FlightsPerBatch, plan_.Flights - first); n > 0; --n) Fly(tally);
 }

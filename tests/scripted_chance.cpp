@@ -8,6 +8,6 @@ std::int32_t RandomInRange(std::int32_t high, std::int32_t low) {
     return ScriptedDraw(high, low);
 }
 
-void ResetRandom(std::uint64_t) {}
+void ResetRandom() {}
 
 }  // namespace quirkmeter

@@ -15,8 +15,6 @@ namespace quirkmeter {
 
 namespace {
 
-constexpr std::int32_t StallTicks = 30;
-
 std::int32_t Write(std::int32_t offset, std::int32_t size, const void* source) {
     std::int32_t result = 0;
     SimWrite(offset, size, source, result);

@@ -11,6 +11,9 @@ namespace quirkmeter {
 /// throttle.
 inline bool DisconnectFlags[4] = {};
 
+/// A stall ends by itself so many ticks after the one in which it began.
+inline constexpr std::int32_t StallTicks = 30;
+
 /// The one place that knows how a catalogue value becomes bytes in the simulator. `size` is 1, 2 or
 /// 4, and 1 for Disconnect. Only queues; returns the result code of the SimWrite.
 std::int32_t WriteFailureValue(std::int32_t offset, std::int32_t state, std::int32_t size,

@@ -10,6 +10,7 @@ namespace {
 
 std::uint64_t State = 0;
 std::uint32_t SeededWith = 0;
+bool FollowsClock = true;
 
 // SplitMix64. A new seed costs it nothing, where most generators fill a table with each.
 std::uint64_t NextBits() {
@@ -31,15 +32,21 @@ void SeedFromClock() {
 }  // namespace
 
 std::int32_t RandomInRange(std::int32_t high, std::int32_t low) {
-    SeedFromClock();
+    if (FollowsClock) SeedFromClock();
     double r = static_cast<double>(NextBits() >> 11) * 0x1p-53;
     double width = static_cast<double>(high) - low + 1;
     return static_cast<std::int32_t>(static_cast<std::int64_t>(r * width) + low);
 }
 
-void ResetRandom(std::uint64_t sequence) {
-    State = sequence;
+void ResetRandom() {
+    State = 0;
     SeededWith = 0;
+    FollowsClock = true;
+}
+
+void StartSequence(std::uint64_t number) {
+    State = number;
+    FollowsClock = false;
 }
 
 }  // namespace quirkmeter

@@ -10,7 +10,11 @@ namespace quirkmeter {
 /// call; within one clock reading the sequence goes on.
 std::int32_t RandomInRange(std::int32_t high, std::int32_t low);
 
-/// Back to the beginning of the sequence of that number, 0 being the one with which every run begins.
-void ResetRandom(std::uint64_t sequence = 0);
+/// Back to the beginning, where every run starts.
+void ResetRandom();
+
+/// Starts the sequence of that number. From now on nothing is seeded from the clock: the same number
+/// gives the same draws.
+void StartSequence(std::uint64_t number);
 
 }  // namespace quirkmeter

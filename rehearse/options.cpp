@@ -30,14 +30,6 @@ bool ParseNumber(std::string_view text, Number low, Number high, Number& number)
            number <= high;
 }
 
-// "SHARE/SHARES".
-bool ParseShare(std::string_view text, Options& options) {
-    std::size_t slash = text.find('/');
-    return slash != text.npos &&
-           ParseNumber<std::int64_t>(text.substr(slash + 1), 1, 1 << 16, options.Shares) &&
-           ParseNumber<std::int64_t>(text.substr(0, slash), 0, options.Shares - 1, options.Share);
-}
-
 bool TakeText(const std::string& value, std::string& text) {
     text = value;
     return !text.empty();
@@ -48,19 +40,19 @@ bool TakeValue(std::string_view option, const std::string& value, Options& optio
     if (option == "--hours") return ParseNumber(value, 0.01, 1000.0, plan.Hours);
     if (option == "--flights")
         return ParseNumber<std::int64_t>(value, 1, 1'000'000'000, plan.Flights);
-    if (option == "--engines") return ParseNumber(value, 0, 4, plan.Engines);
+    if (option == "--engines") return ParseNumber<std::int64_t>(value, 0, 4, plan.Engines);
     if (option == "--gear-up") return ParseNumber(value, 0.0, 60000.0, plan.RetractedAfterTakeOff);
     if (option == "--gear-down")
         return ParseNumber(value, 0.0, 60000.0, plan.ExtendedBeforeLanding);
     if (option == "--seed") return ParseNumber<std::uint64_t>(value, 0, ~0ull, plan.Seed);
     if (option == "--html") return TakeText(value, options.HtmlFile);
     if (option == "--csv") return TakeText(value, options.CsvFile);
-    return option == "--share" && ParseShare(value, options);
+    return false;
 }
 
 }  // namespace
 
-bool ParseOptions(int argc, char** argv, Options& options, std::string& fault) {
+std::string ParseOptions(int argc, char** argv, Options& options) {
     options.Plan.Seed = std::random_device()();
     for (int i = 1; i < argc; ++i) {
         std::string argument = argv[i];
@@ -71,17 +63,13 @@ bool ParseOptions(int argc, char** argv, Options& options, std::string& fault) {
         } else if (argument == "--check") {
             options.Check = true;
         } else if (!isOption) {
-            if (!options.Profile.empty()) {
-                fault = "one profile at a time";
-                return false;
-            }
+            if (!options.Profile.empty()) return "one profile at a time";
             options.Profile = argument;
         } else if (++i == argc || !TakeValue(argument, argv[i], options)) {
-            fault = argument + (i < argc ? std::string(" cannot be ") + argv[i] : " lacks a value");
-            return false;
+            return argument + (i < argc ? std::string(" cannot be ") + argv[i] : " lacks a value");
         }
     }
-    return true;
+    return {};
 }
 
 }  // namespace quirkmeter::rehearse

@@ -1,94 +1,138 @@
 #include "rehearse/report.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <iomanip>
-#include <sstream>
+#include <iterator>
+#include <numeric>
 
 #include "rehearse/exact.h"
-#include "rehearse/summary.h"
 
 namespace quirkmeter::rehearse {
 
 namespace {
 
-constexpr int BarWidth = 40;
+constexpr std::size_t MaxBars = 12;
+constexpr std::size_t MaxLikeliest = 10;
 
-double Longest(const std::vector<Bar>& bars) {
-    return bars.empty() ? 1 : std::max(1e-9, std::ranges::max(bars, {}, &Bar::Chance).Chance);
+std::string Decimal(double value, int digits) {
+    char text[64];
+    char* end = std::to_chars(text, std::end(text), value, std::chars_format::fixed, digits).ptr;
+    return {text, end};
 }
 
-void WriteBars(std::ostream& out, const std::string& heading, const std::vector<Bar>& bars) {
-    if (bars.empty()) return;
-    std::size_t nameWidth = 0;
-    for (const Bar& bar : bars) nameWidth = std::max(nameWidth, bar.Name.size());
-    out << "\n" << heading << "\n";
-    for (const Bar& bar : bars) {
-        auto length = std::lround(bar.Chance / Longest(bars) * BarWidth);
-        out << "  " << std::left << std::setw(static_cast<int>(nameWidth)) << bar.Name << "  "
-            << std::right << std::setw(9) << Percent(bar.Chance);
-        if (length > 0) out << "  " << std::string(static_cast<std::size_t>(length), '#');
-        out << "\n";
+// Two decimals at most, and no zeros at their end.
+std::string Short(double value) {
+    std::string text = Decimal(value, 2);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.ends_with('.')) text.pop_back();
+    return text;
+}
+
+std::string Counted(double count, const std::string& what) {
+    return Short(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+std::string Grouped(std::int64_t number) {
+    std::string text = std::to_string(number);
+    for (auto at = static_cast<std::ptrdiff_t>(text.size()) - 3; at > 0; at -= 3)
+        text.insert(static_cast<std::size_t>(at), 1, ',');
+    return text;
+}
+
+std::string Duration(double hours) {
+    auto minutes = std::lround(hours * 60);
+    std::string rest = std::to_string(minutes % 60);
+    return std::to_string(minutes / 60) + (rest.size() == 1 ? ":0" : ":") + rest;
+}
+
+std::string SystemName(int system) {
+    return std::string(SystemTitles[system].substr(1));
+}
+
+// "Instrument - Vacuum".
+std::string SubsystemName(int system, int subsystem) {
+    return SystemName(system) + " - " + std::string(Catalogue[system][subsystem].Name);
+}
+
+std::int64_t FlightsWith(const Tally& flown, int system) {
+    return flown.BySystem[static_cast<std::size_t>(system)];
+}
+
+std::int64_t FlightsWith(const Tally& flown, int system, int subsystem) {
+    return flown.BySubsystem[static_cast<std::size_t>(system)][static_cast<std::size_t>(subsystem)];
+}
+
+std::size_t MostFailures(const Tally& flown) {
+    std::size_t most = Tally::MaxFailures;
+    while (most > 0 && flown.ByFailures[most] == 0) --most;
+    return most;
+}
+
+std::string FirstFailure(const Tally& flown, double hours) {
+    if (flown.Flights == flown.ByFailures[0]) return "never";
+    auto by = [&](double share) { return Duration(flown.FirstFailureBy(share) * hours); };
+    return "by " + by(0.5) + " in half of the flights that have one (a quarter by " + by(0.25) +
+           ", three quarters by " + by(0.75) + ")";
+}
+
+// The share of flights by their number of failures.
+Report::Chart FailuresPerFlight(const Tally& flown) {
+    Report::Chart chart{"Failures in a flight", "Failures", {}};
+    std::size_t most = MostFailures(flown);
+    std::size_t width = most / MaxBars + 1;  // of the range of numbers that share a bar
+    for (std::size_t first = 0; first <= most; first += width) {
+        std::size_t last = std::min(first + width - 1, most);
+        auto begin = flown.ByFailures.begin() + static_cast<std::ptrdiff_t>(first);
+        auto flights = std::accumulate(begin, begin + static_cast<std::ptrdiff_t>(last - first + 1),
+                                       std::int64_t{0});
+        std::string name = std::to_string(first);
+        if (last > first) name.append(" to ").append(std::to_string(last));
+        chart.Bars.push_back({name, flown.ShareOfFlights(flights)});
     }
+    return chart;
 }
 
-std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (char c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
+// The sub-systems that failed, the likeliest first.
+Report::Chart Likeliest(const Tally& flown) {
+    Report::Chart chart{"Likeliest to fail", "Sub-system", {}};
+    ForEachSubsystem([&](int s, int n, const SubsystemEntry&) {
+        std::int64_t flights = FlightsWith(flown, s, n);
+        if (flights > 0) chart.Bars.push_back({SubsystemName(s, n), flown.ShareOfFlights(flights)});
+    });
+    std::ranges::stable_sort(chart.Bars, std::ranges::greater(), &Report::Bar::Share);
+    if (chart.Bars.size() > MaxLikeliest) chart.Bars.resize(MaxLikeliest);
+    return chart;
 }
 
-// The colours stand in the style sheet too, which a browser that knows no dark scheme leaves alone.
-constexpr char PageHead[] = R"(<!DOCTYPE HTML PUBLIC "-//W3C//DTD HTML 4.01//EN"
- "http://www.w3.org/TR/html4/strict.dtd">
-<html lang="en">
-<head>
-<meta http-equiv="Content-Type" content="text/html; charset=utf-8">
-<style type="text/css">
-body { max-width: 46em; margin: 2em auto; padding: 0 1em; font-family: Arial, sans-serif;
-       color: #1d2a1d; background: #ffffff }
-table { border-collapse: collapse; margin-bottom: 1.5em }
-th, td { text-align: left; padding: 0.2em 1em 0.2em 0; vertical-align: top; font-weight: normal }
-td.number { text-align: right; white-space: nowrap }
-td.bar { width: 20em }
-td.bar div { height: 1em; background: #2f6b2f }
-p.note { font-size: 90% }
-@media (prefers-color-scheme: dark) {
-  body { color: #dfe8df; background: #141a14 }
-  td.bar div { background: #7fc97f }
-}
-@media print { td.bar div { border: 1px solid #000000 } }
-</style>
-)";
-
-void WriteHtmlBars(std::ostream& out, const std::string& heading, const std::string& names,
-                   const std::vector<Bar>& bars) {
-    if (bars.empty()) return;
-    out << "<h2>" << heading << "</h2>\n<table summary=\"" << heading
-        << "\">\n<tr><th scope=\"col\">" << names
-        << "</th><th scope=\"col\">Flights</th><td></td></tr>\n";
-    for (const Bar& bar : bars)
-        out << "<tr><th scope=\"row\">" << Escaped(bar.Name) << "</th><td class=\"number\">"
-            << Percent(bar.Chance) << "</td><td class=\"bar\"><div style=\"width: "
-            << std::lround(bar.Chance / Longest(bars) * 100) << "%\"></div></td></tr>\n";
-    out << "</table>\n";
+Report::Chart Systems(const Tally& flown) {
+    Report::Chart chart{"Systems", "System", {}};
+    for (int s = 1; SubsystemCount(s) > 0; ++s)
+        chart.Bars.push_back({SystemName(s), flown.ShareOfFlights(FlightsWith(flown, s))});
+    return chart;
 }
 
-// Where few are expected, standard errors say little: two flights where one in twenty was expected
-// lie beyond eight of them, and come in every thousandth rehearsal. There the chance of so many
-// flights or more is held against the chance of four standard errors or more.
-bool ByChance(std::int64_t flights, double expected) {
+std::vector<Report::Count> CountsOf(const Tally& flown) {
+    std::vector<Report::Count> counts = {{"all", "", "", flown.Flights}};
+    for (std::size_t n = 0; n < flown.ByFailures.size(); ++n)
+        if (flown.ByFailures[n] > 0)
+            counts.push_back({"failures", std::to_string(n), "", flown.ByFailures[n]});
+    for (std::size_t part = 0; part < flown.ByFirstFailure.size(); ++part)
+        counts.push_back({"first failure in hundredth", std::to_string(part + 1), "",
+                          flown.ByFirstFailure[part]});
+    for (int s = 1; SubsystemCount(s) > 0; ++s)
+        counts.push_back({"system", std::to_string(s), SystemName(s), FlightsWith(flown, s)});
+    ForEachSubsystem([&](int s, int n, const SubsystemEntry&) {
+        counts.push_back({"sub-system", std::to_string(s) + "#" + std::to_string(n),
+                          SubsystemName(s, n), FlightsWith(flown, s, n)});
+    });
+    return counts;
+}
+
+// Where few flights are expected, standard errors say little: two where one in twenty was expected
+// are more than eight of them, and come in every thousandth rehearsal. There the chance of a count
+// as far off as this is compared with that of four standard errors.
+bool HappensByChance(std::int64_t flights, double expected) {
     constexpr double FewExpected = 25;
     constexpr double FourStandardErrors = 3.2e-5;
     if (expected > FewExpected) return false;
@@ -96,91 +140,57 @@ bool ByChance(std::int64_t flights, double expected) {
     double fewer = 0;
     for (std::int64_t n = 0; n < flights; chance *= expected / static_cast<double>(++n))
         fewer += chance;
-    return 1 - fewer > FourStandardErrors;
+    bool tooMany = static_cast<double>(flights) > expected;
+    return (tooMany ? 1 - fewer : fewer + chance) > FourStandardErrors;
+}
+
+Report::Chance Compare(const std::string& name, double calculated, std::int64_t flights,
+                       const Tally& flown) {
+    auto all = static_cast<double>(flown.Flights);
+    double share = flown.ShareOfFlights(flights);
+    double apart = share - calculated;
+    double error = std::sqrt(calculated * (1 - calculated) / all);
+    if (error == 0) return {name, calculated, share, apart, apart != 0};
+    apart /= error;
+    bool tooFar = std::abs(apart) > 4 && !HappensByChance(flights, calculated * all) &&
+                  !HappensByChance(flown.Flights - flights, (1 - calculated) * all);
+    return {name, calculated, share, apart, tooFar};
 }
 
 }  // namespace
 
-std::string TextReport(const Rehearsal& rehearsal) {
-    std::ostringstream out;
-    out << rehearsal.Profile << ": " << WhatWasFlown(rehearsal) << " (seed " << rehearsal.Plan.Seed
-        << ")\n\n";
-    for (const Fact& fact : Facts(rehearsal))
-        out << std::left << std::setw(33) << fact.Name << fact.Value << "\n";
-    WriteBars(out, "Failures in a flight", FailuresPerFlight(rehearsal.Flown));
-    WriteBars(out, "Likeliest to fail", LikeliestSubsystems(rehearsal.Flown));
-    WriteBars(out, "Systems", Systems(rehearsal.Flown));
-    return out.str();
-}
-
-std::string HtmlReport(const Rehearsal& rehearsal) {
-    std::ostringstream out;
-    std::string profile = Escaped(rehearsal.Profile);
-    out << PageHead << "<title>Rehearsal of " << profile
-        << "</title>\n</head>\n<body>\n<h1>Rehearsal of " << profile << "</h1>\n<p>"
-        << WhatWasFlown(rehearsal) << ".</p>\n<table summary=\"In short\">\n";
-    for (const Fact& fact : Facts(rehearsal))
-        out << "<tr><th scope=\"row\">" << fact.Name << "</th><td>" << fact.Value << "</td></tr>\n";
-    out << "</table>\n";
-    WriteHtmlBars(out, "Failures in a flight", "Failures", FailuresPerFlight(rehearsal.Flown));
-    WriteHtmlBars(out, "Likeliest to fail", "Sub-system", LikeliestSubsystems(rehearsal.Flown));
-    WriteHtmlBars(out, "Systems", "System", Systems(rehearsal.Flown));
-    out << "<p class=\"note\">Landing gear and flaps, which fail only while they are up, went up "
-        << rehearsal.Plan.RetractedAfterTakeOff << " min after take-off and came down "
-        << rehearsal.Plan.ExtendedBeforeLanding
-        << " min before landing. The same flights again: seed " << rehearsal.Plan.Seed
-        << ".</p>\n</body>\n</html>\n";
-    return out.str();
-}
-
-std::string CsvReport(const Rehearsal& rehearsal) {
-    const Tally& flown = rehearsal.Flown;
-    std::ostringstream out;
-    auto write = [&out](const char* what, const auto& number, const std::string& name,
-                        std::int64_t flights) {
-        out << what << "," << number << ",\"" << name << "\"," << flights << "\n";
-    };
-    out << "what,number,name,flights\n";
-    write("all", "", "", flown.Flights);
-    for (std::size_t n = 0; n < flown.ByFailures.size(); ++n)
-        if (flown.ByFailures[n] > 0) write("failures", n, "", flown.ByFailures[n]);
-    for (std::size_t part = 0; part < flown.ByFirstFailure.size(); ++part)
-        write("first failure in hundredth", part + 1, "", flown.ByFirstFailure[part]);
-    for (int s = 1; SubsystemCount(s) > 0; ++s)
-        write("system", s, std::string(SystemTitles[s].substr(1)),
-              flown.BySystem[static_cast<std::size_t>(s)]);
-    ForEachSubsystem([&](int s, int n, const SubsystemEntry&) {
-        write("sub-system", std::to_string(s) + "#" + std::to_string(n), SubsystemName(s, n),
-              flown.BySubsystem[static_cast<std::size_t>(s)][static_cast<std::size_t>(n)]);
-    });
-    return out.str();
-}
-
-Comparison Compare(const Rehearsal& rehearsal) {
-    const Tally& flown = rehearsal.Flown;
-    auto all = static_cast<double>(flown.Flights);
-    Comparison comparison;
-    std::ostringstream out;
-    out << "                                   calculated    rehearsed  standard errors\n";
-    auto row = [&](const std::string& name, double exact, std::int64_t flights) {
-        double share = flown.ShareOfFlights(flights);
-        double apart = share - exact;
-        double error = std::sqrt(exact * (1 - exact) / all);
-        if (error > 0) apart /= error;
-        bool beyond =
-            error > 0 ? std::abs(apart) > 4 && !ByChance(flights, exact * all) : apart != 0;
-        comparison.Beyond += beyond;
-        out << std::left << std::setw(35) << name << std::right << std::setw(10) << Percent(exact)
-            << std::setw(13) << Percent(share) << std::setw(17) << std::fixed
-            << std::setprecision(2) << apart << (beyond ? "  too far" : "") << "\n";
-    };
-    row("Nothing fails", ExactChanceOfNoFailure(rehearsal.Plan), flown.ByFailures[0]);
+Report MakeReport(const std::string& profile, const FlightPlan& plan, const Tally& flown) {
+    Report report;
+    report.Profile = profile;
+    report.Seed = plan.Seed;
+    report.Flown = Grouped(flown.Flights) + " flights of " + Counted(plan.Hours, "hour") +
+                   " with " + Counted(static_cast<double>(plan.Engines), "engine");
+    if (flown.Flights < plan.Flights)
+        report.Flown += ", stopped before all of " + Grouped(plan.Flights) + " were flown";
+    report.GearNote = "Landing gear and flaps, which fail only while they are up, went up " +
+                      Short(plan.RetractedAfterTakeOff) + " min after take-off and came down " +
+                      Short(plan.ExtendedBeforeLanding) + " min before landing.";
+    report.Facts = {
+        {"A flight in which nothing fails", PercentOf(flown.ShareOfFlights(flown.ByFailures[0]))},
+        {"Failures in a flight", Decimal(flown.MeanFailures(), 2) + " on average, spread " +
+                                     Decimal(flown.SpreadOfFailures(), 2) + ", at most " +
+                                     std::to_string(MostFailures(flown))},
+        {"The first failure", FirstFailure(flown, plan.Hours)}};
+    report.Charts = {FailuresPerFlight(flown), Likeliest(flown), Systems(flown)};
+    std::erase_if(report.Charts, [](const Report::Chart& chart) { return chart.Bars.empty(); });
+    report.Counts = CountsOf(flown);
+    report.Chances.push_back(
+        Compare("Nothing fails", ExactChanceOfNoFailure(plan), flown.ByFailures[0], flown));
     ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
-        row(SubsystemName(s, n), ExactChance(entry, rehearsal.Plan),
-            flown.BySubsystem[static_cast<std::size_t>(s)][static_cast<std::size_t>(n)]);
+        report.Chances.push_back(Compare(SubsystemName(s, n), ExactChance(entry, plan),
+                                         FlightsWith(flown, s, n), flown));
     });
-    comparison.Text = out.str();
-    return comparison;
+    return report;
+}
+
+std::string PercentOf(double share) {
+    double percent = share * 100;
+    return Decimal(percent, percent >= 9.995 ? 1 : 2) + " %";
 }
 
 }  // namespace quirkmeter::rehearse

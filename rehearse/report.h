@@ -1,33 +1,56 @@
-// What a rehearsal has to say, for a terminal, a browser and a spreadsheet.
+// What a rehearsal has to say, in one record; rehearse/print.h puts it into a terminal, a browser
+// and a spreadsheet.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "rehearse/flight_plan.h"
 #include "rehearse/tally.h"
 
 namespace quirkmeter::rehearse {
 
-/// The sub-systems are those of the catalogue, which must hold the profile that was flown.
-struct Rehearsal {
-    std::string Profile;  // its file's name, in UTF-8
-    FlightPlan Plan;      // what was wanted; the tally tells how many of its flights were flown
-    Tally Flown;
+struct Report {
+    struct Fact {
+        std::string Name, Value;
+    };
+    struct Bar {
+        std::string Name;
+        double Share;  // of all flights, 0 to 1
+    };
+    struct Chart {
+        std::string Heading;
+        std::string Names;  // what the bars' names are
+        std::vector<Bar> Bars;
+    };
+    struct Count {
+        std::string What, Number, Name;
+        std::int64_t Flights;
+    };
+    /// A calculated chance beside the one of the flights.
+    struct Chance {
+        std::string Name;
+        double Calculated, Flown;
+        double StandardErrors;  // by which they differ; where none is expected, the share itself
+        bool TooFar;            // more than four standard errors, or what is as unlikely
+    };
+
+    std::string Profile;   // its file's name, in UTF-8
+    std::string Flown;     // "10,000 flights of 2 hours with 2 engines"
+    std::string GearNote;  // when landing gear and flaps were up
+    std::uint64_t Seed = 0;
+    std::vector<Fact> Facts;
+    std::vector<Chart> Charts;  // none without a bar
+    std::vector<Count> Counts;
+    std::vector<Chance> Chances;
 };
 
-std::string TextReport(const Rehearsal& rehearsal);
+/// `flown` holds flights of the plan, one or more, with the profile that the catalogue holds.
+/// `profile` is its file's name, in UTF-8.
+Report MakeReport(const std::string& profile, const FlightPlan& plan, const Tally& flown);
 
-/// One page with everything in it, in HTML that needs no style sheet to be readable.
-std::string HtmlReport(const Rehearsal& rehearsal);
-
-/// The counts: "what,number,name,flights" and a line for each.
-std::string CsvReport(const Rehearsal& rehearsal);
-
-/// The calculated chances beside those of the flights.
-struct Comparison {
-    std::string Text;
-    int Beyond = 0;  // chances further apart than four standard errors are, or what is as unlikely
-};
-Comparison Compare(const Rehearsal& rehearsal);
+/// A chance or share as "81.2 %" or "1.84 %".
+std::string PercentOf(double share);
 
 }  // namespace quirkmeter::rehearse

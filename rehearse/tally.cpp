@@ -5,19 +5,6 @@
 
 namespace quirkmeter::rehearse {
 
-void Tally::Add(const Tally& other) {
-    std::span<std::int64_t> counts = Counts();
-    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] += other.Counts()[i];
-}
-
-std::span<std::int64_t> Tally::Counts() {
-    return {&Flights, sizeof *this / sizeof Flights};
-}
-
-std::span<const std::int64_t> Tally::Counts() const {
-    return {&Flights, sizeof *this / sizeof Flights};
-}
-
 double Tally::ShareOfFlights(std::int64_t flights) const {
     return Flights == 0 ? 0 : static_cast<double>(flights) / static_cast<double>(Flights);
 }

@@ -3,8 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
-#include <type_traits>
 
 #include "model/catalogue.h"
 
@@ -12,21 +10,16 @@ namespace quirkmeter::rehearse {
 
 struct Tally {
     /// Flights with more failures than this count as having so many.
-    static constexpr int MostFailures = 199;
+    static constexpr int MaxFailures = 199;
     static constexpr int PartsOfFlight = 100;
 
     std::int64_t Flights = 0;
     std::int64_t Failures = 0;
     std::int64_t SquaredFailures = 0;                          // the sum over all flights
-    std::array<std::int64_t, MostFailures + 1> ByFailures{};   // flights with so many failures
+    std::array<std::int64_t, MaxFailures + 1> ByFailures{};    // flights with so many failures
     std::array<std::int64_t, PartsOfFlight> ByFirstFailure{};  // flights, by its hundredth
     std::array<std::int64_t, SystemSlots + 1> BySystem{};      // flights in which it failed
     std::array<std::array<std::int64_t, SubsystemSlots + 1>, SystemSlots + 1> BySubsystem{};
-
-    void Add(const Tally& other);
-    /// All counts in a row, as they go from one process to another.
-    std::span<std::int64_t> Counts();
-    std::span<const std::int64_t> Counts() const;
 
     double ShareOfFlights(std::int64_t flights) const;
     double MeanFailures() const;
@@ -36,7 +29,5 @@ struct Tally {
     /// flight. There must be such a flight.
     double FirstFailureBy(double share) const;
 };
-
-static_assert(std::is_standard_layout_v<Tally> && sizeof(Tally) % sizeof(std::int64_t) == 0);
 
 }  // namespace quirkmeter::rehearse

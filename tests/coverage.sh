@@ -21,7 +21,7 @@ build coverage ON program_test chance_test rehearsal_test hours
 find build/coverage -name '*.gcda' -delete
 build/coverage/bin/program_test --gtest_brief=1
 build/coverage/bin/chance_test --gtest_brief=1
-build/coverage/bin/rehearsal_test --gtest_brief=1 --gtest_filter=*Reports*
+build/coverage/bin/rehearsal_test --gtest_brief=1 --gtest_filter=ReportTest.*
 build/coverage/bin/hours 1 600 100
 gcovr --root . --filter 'src/(model|link|engine|persist|hardcore)/' --branches \
     --exclude-throw-branches --exclude-unreachable-branches \

@@ -2,13 +2,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
+#include <regex>
 
 #include "engine/program_state.h"
 #include "platform/inprocess/inprocess.h"
 #include "rehearse/exact.h"
 #include "rehearse/flight.h"
-#include "rehearse/report.h"
+#include "rehearse/print.h"
 
 namespace quirkmeter::rehearse {
 
@@ -31,12 +32,8 @@ class RehearsalTest : public testing::Test {
         });
     }
 
-    Tally Fly() {
-        Tally tally;
-        RehearsalAircraft aircraft(plan_);
-        for (std::int64_t batch = 0; batch < Batches(plan_); ++batch)
-            aircraft.FlyBatch(batch, tally);
-        return tally;
+    Report FlyAndReport() {
+        return MakeReport("a.qmp", plan_, Fly(plan_, [](double) { return true; }));
     }
 
     FlightPlan plan_{.Flights = 2000, .Seed = 1};
@@ -62,9 +59,10 @@ TEST_F(RehearsalTest, FlightsFailAsOftenAsCalculated) {
         SetAll(row.Reliability, row.Hours);
         plan_ = row.Plan;
         plan_.Flights = 2000;
-        Comparison comparison = Compare({"", plan_, Fly()});
-        EXPECT_EQ(comparison.Beyond, 0) << row.Reliability << "#" << row.Hours << "\n"
-                                        << comparison.Text;
+        Report report = FlyAndReport();
+        EXPECT_EQ(std::ranges::count(report.Chances, true, &Report::Chance::TooFar), 0)
+            << row.Reliability << "#" << row.Hours << "\n"
+            << ChancesOf(report);
     }
 }
 
@@ -79,44 +77,187 @@ TEST_F(RehearsalTest, ExactChancesAreThoseOfTheRules) {
     EXPECT_DOUBLE_EQ(ExactChanceOfNoFailure({.Hours = 1}), 1 - draw);
     entry.Reliability = "99.999";
     EXPECT_NEAR(ExactChance(entry, {.Hours = 1}), 1.0 / 100001, 1e-12);
+    SubsystemEntry& gear = Catalogue[2][5];
+    gear.Reliability = "90";  // up for the 49 minutes from the first to before the last ten
+    EXPECT_DOUBLE_EQ(ExactChance(gear, {.Hours = 1}), draw * 49 / 60);
+    SubsystemEntry& stall = Catalogue[4][4];
+    stall.Reliability = "90";
+    EXPECT_DOUBLE_EQ(ExactChance(stall, {.Hours = 1, .Engines = 2}), draw);
+    EXPECT_EQ(ExactChance(stall, {.Hours = 1, .Engines = 1}), 0);
 }
 
-TEST_F(RehearsalTest, AStallEndsByItselfAndComesAgain) {
-    Catalogue[4][2].Reliability = "0";
-    Catalogue[4][2].Hours = "0.01";  // four draw steps; a stall lasts for three
-    plan_.Hours = 1;
-    plan_.Flights = 100;
-    Tally tally = Fly();
-    EXPECT_EQ(tally.BySubsystem[4][2], 100);
-    EXPECT_GT(tally.MeanFailures(), 50);
+TEST_F(RehearsalTest, AStallEndsAfterThirtyTicksAndComesAgain) {
+    Catalogue[4][2].Reliability = "0";  // as good as certain at every draw
+    Catalogue[4][2].Hours = "0";        // which comes at every draw step
+    plan_ = {.Hours = 0.1, .Flights = 1000};
+    // In force at the three draws after its own, so that every fourth of 36 draw steps has one.
+    EXPECT_NEAR(Fly(plan_, [](double) { return true; }).MeanFailures(), 9, 0.02);
 }
 
-TEST_F(RehearsalTest, TheFlightsOfASeedAreTheSameInAnyOrder) {
+TEST_F(RehearsalTest, TheSameSeedGivesTheSameFlightsAtAnyTime) {
     SetAll("95", "1");
-    Tally all = Fly(), parts;
-    {
-        RehearsalAircraft aircraft(plan_);
-        for (std::int64_t batch = Batches(plan_); batch-- > 0;) aircraft.FlyBatch(batch, parts);
-    }
-    EXPECT_TRUE(std::ranges::equal(all.Counts(), parts.Counts()));
+    std::string flights = CsvOf(FlyAndReport());
+    platform::inprocess::AdvanceClock(1);
+    EXPECT_EQ(CsvOf(FlyAndReport()), flights);
     plan_.Seed = 2;
-    EXPECT_FALSE(std::ranges::equal(all.Counts(), Fly().Counts()));
+    EXPECT_NE(CsvOf(FlyAndReport()), flights);
 }
 
-TEST_F(RehearsalTest, ReportsSayWhatHappened) {
-    Catalogue[6][9].Reliability = "0";
-    plan_ = {.Hours = 1, .Flights = 1000, .Seed = 7};
-    Rehearsal rehearsal{"<a> & b.qmp", plan_, Fly()};
-    EXPECT_THAT(TextReport(rehearsal),
-                HasSubstr("1,000 flights of 1 hour with 2 engines (seed 7)"));
-    EXPECT_THAT(TextReport(rehearsal), HasSubstr("  Instrument - Vacuum    100.0 %  ####"));
-    EXPECT_THAT(HtmlReport(rehearsal), HasSubstr("<h1>Rehearsal of &lt;a> &amp; b.qmp</h1>"));
-    EXPECT_THAT(CsvReport(rehearsal), HasSubstr("\nsub-system,6#9,\"Instrument - Vacuum\",1000\n"));
-    EXPECT_THAT(CsvReport(rehearsal), HasSubstr("\nfailures,1,\"\",1000\n"));
-    EXPECT_NEAR(rehearsal.Flown.FirstFailureBy(0.25), 0.25, 0.05);
-    EXPECT_EQ(rehearsal.Flown.SpreadOfFailures(), 0);
-    rehearsal.Flown.BySubsystem[6][9] -= 1;
-    EXPECT_EQ(Compare(rehearsal).Beyond, 1);
+TEST_F(RehearsalTest, FlightsEndWhenTheyAreToldTo) {
+    plan_.Flights = 1'000'000'000;
+    double share = -1;
+    Tally flown = Fly(plan_, [&share](double now) {
+        share = now;
+        return false;
+    });
+    EXPECT_GT(share, 0);
+    EXPECT_DOUBLE_EQ(share, static_cast<double>(flown.Flights) / 1e9);
+}
+
+// A thousand flights of two thousand, with failures in two systems.
+Tally TallyByHand() {
+    Tally tally{.Flights = 1000, .Failures = 1100, .SquaredFailures = 9100};
+    tally.ByFailures[0] = 600;
+    tally.ByFailures[1] = 250;
+    tally.ByFailures[2] = 100;
+    tally.ByFailures[13] = 50;
+    for (auto part : {10U, 20U, 50U, 80U}) tally.ByFirstFailure[part] = 100;
+    tally.BySystem[1] = 300;
+    tally.BySystem[6] = 150;
+    tally.BySubsystem[1][10] = 300;
+    tally.BySubsystem[6][4] = 12;
+    tally.BySubsystem[6][9] = 120;
+    return tally;
+}
+
+class ReportTest : public RehearsalTest {
+   protected:
+    Report report_ = MakeReport(
+        "<a> & b.qmp", {.Hours = 1.5, .Flights = 2000, .Engines = 1, .Seed = 7}, TallyByHand());
+};
+
+TEST_F(ReportTest, IsText) {
+    EXPECT_EQ(
+        TextOf(report_),
+        R"(<a> & b.qmp: 1,000 flights of 1.5 hours with 1 engine, stopped before all of 2,000 were flown (seed 7)
+
+A flight in which nothing fails  60.0 %
+Failures in a flight             1.10 on average, spread 2.81, at most 13
+The first failure                by 0:19 in half of the flights that have one (a quarter by 0:10, three quarters by 0:46)
+
+Failures in a flight
+  0 to 1       85.0 %  ########################################
+  2 to 3       10.0 %  #####
+  4 to 5       0.00 %
+  6 to 7       0.00 %
+  8 to 9       0.00 %
+  10 to 11     0.00 %
+  12 to 13     5.00 %  ##
+
+Likeliest to fail
+  Autopilot - Master      30.0 %  ########################################
+  Instrument - Vacuum     12.0 %  ################
+  Instrument - Fuel       1.20 %  ##
+
+Systems
+  Autopilot      30.0 %  ########################################
+  Control        0.00 %
+  Electrical     0.00 %
+  Engine         0.00 %
+  Fuel           0.00 %
+  Instrument     15.0 %  ####################
+  Radio          0.00 %
+)");
+}
+
+TEST_F(ReportTest, IsAPage) {
+    std::string page = PageOf(report_);
+    EXPECT_TRUE(IsPage(page.substr(0, 1024)));
+    EXPECT_FALSE(IsPage("<html><title>Rehearsal of a.qmp</title>"));
+    EXPECT_THAT(page, testing::StartsWith("<!DOCTYPE HTML"));
+    EXPECT_EQ(std::regex_replace(page.substr(std::min(page.size(), page.find("<title>"))),
+                                 std::regex("<tr>[^\n]*>0.00 %<[^\n]*\n"), ""),
+              R"(<title>Rehearsal of &lt;a> &amp; b.qmp</title>
+</head>
+<body>
+<h1>Rehearsal of &lt;a> &amp; b.qmp</h1>
+<p>1,000 flights of 1.5 hours with 1 engine, stopped before all of 2,000 were flown.</p>
+<table summary="In short">
+<tr><th scope="row">A flight in which nothing fails</th><td>60.0 %</td></tr>
+<tr><th scope="row">Failures in a flight</th><td>1.10 on average, spread 2.81, at most 13</td></tr>
+<tr><th scope="row">The first failure</th><td>by 0:19 in half of the flights that have one (a quarter by 0:10, three quarters by 0:46)</td></tr>
+</table>
+<h2>Failures in a flight</h2>
+<table summary="Failures in a flight">
+<tr><th scope="col">Failures</th><th scope="col">Flights</th><td></td></tr>
+<tr><th scope="row">0 to 1</th><td class="number">85.0 %</td><td class="bar"><div style="width: 100%"></div></td></tr>
+<tr><th scope="row">2 to 3</th><td class="number">10.0 %</td><td class="bar"><div style="width: 12%"></div></td></tr>
+<tr><th scope="row">12 to 13</th><td class="number">5.00 %</td><td class="bar"><div style="width: 6%"></div></td></tr>
+</table>
+<h2>Likeliest to fail</h2>
+<table summary="Likeliest to fail">
+<tr><th scope="col">Sub-system</th><th scope="col">Flights</th><td></td></tr>
+<tr><th scope="row">Autopilot - Master</th><td class="number">30.0 %</td><td class="bar"><div style="width: 100%"></div></td></tr>
+<tr><th scope="row">Instrument - Vacuum</th><td class="number">12.0 %</td><td class="bar"><div style="width: 40%"></div></td></tr>
+<tr><th scope="row">Instrument - Fuel</th><td class="number">1.20 %</td><td class="bar"><div style="width: 4%"></div></td></tr>
+</table>
+<h2>Systems</h2>
+<table summary="Systems">
+<tr><th scope="col">System</th><th scope="col">Flights</th><td></td></tr>
+<tr><th scope="row">Autopilot</th><td class="number">30.0 %</td><td class="bar"><div style="width: 100%"></div></td></tr>
+<tr><th scope="row">Instrument</th><td class="number">15.0 %</td><td class="bar"><div style="width: 50%"></div></td></tr>
+</table>
+<p class="note">Landing gear and flaps, which fail only while they are up, went up 1 min after take-off and came down 10 min before landing. The same flights again: seed 7.</p>
+</body>
+</html>
+)");
+}
+
+TEST_F(ReportTest, IsCountsForASpreadsheet) {
+    std::string csv = CsvOf(report_);
+    EXPECT_EQ(std::ranges::count(csv, '\n'), 1 + 1 + 4 + 100 + 7 + 62);
+    EXPECT_EQ(std::regex_replace(csv, std::regex("[^\n]*,0\n"), ""), R"(what,number,name,flights
+all,,"",1000
+failures,0,"",600
+failures,1,"",250
+failures,2,"",100
+failures,13,"",50
+first failure in hundredth,11,"",100
+first failure in hundredth,21,"",100
+first failure in hundredth,51,"",100
+first failure in hundredth,81,"",100
+system,1,"Autopilot",300
+system,6,"Instrument",150
+sub-system,1#10,"Autopilot - Master",300
+sub-system,6#4,"Instrument - Fuel",12
+sub-system,6#9,"Instrument - Vacuum",120
+)");
+}
+
+TEST_F(ReportTest, ChancesBeyondFourStandardErrorsAreTooFar) {
+    struct Row {
+        const char* Reliability;
+        std::int64_t Flights;  // of 1000 in which it failed
+        bool TooFar;
+    } rows[] = {
+        {"90", 136, false},  // 100 are expected, with a standard error of 9.5
+        {"90", 140, true},  {"90", 64, false},   {"90", 60, true},
+        {"99.9", 6, false},  // 1 is expected: 5 standard errors, but not that rare
+        {"99.9", 9, true},  {"0.1", 994, false}, {"0.1", 991, true},
+        {"98", 1, true},  // 20 are expected
+    };
+    for (const Row& row : rows) {
+        Catalogue[6][9].Reliability = row.Reliability;
+        Tally tally{.Flights = 1000};
+        tally.BySubsystem[6][9] = row.Flights;
+        Report report = MakeReport("", {.Hours = 1}, tally);
+        auto vacuum =
+            std::ranges::find(report.Chances, "Instrument - Vacuum", &Report::Chance::Name);
+        EXPECT_EQ(vacuum->TooFar, row.TooFar) << row.Reliability << " " << row.Flights << "\n"
+                                              << ChancesOf(report);
+    }
+    EXPECT_THAT(ChancesOf(report_), HasSubstr("Nothing fails                         100.0 %       "
+                                              "60.0 %            -0.40  too far\n"));
 }
 
 }  // namespace

@@ -3,45 +3,112 @@
 set -euo pipefail
 shopt -s nullglob
 export LC_ALL=C.UTF-8
-rehearse=$(realpath "$1")
 cd "$(dirname "$0")/.."
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
+top=$(mktemp -d)
+trap 'rm -rf "$top"' EXIT
+folder="$top/Meine Flüge 100% ☂"
+mkdir "$folder"
+cp "$1" "$folder/rehearse"
+rehearse=$folder/rehearse
+ride=assets/profiles/check-ride.qmp
 
 fail() {
     echo "FAILED $*" >&2
     exit 1
 }
 
+# expect STATUS TEXT ARGUMENT...: rehearse with these arguments ends with the status and prints a
+# line with the text.
+expect() {
+    local wanted=$1 text=$2 status=0
+    shift 2
+    LC_ALL=${locale-C.UTF-8} timeout 60 "$rehearse" "$@" >"$folder/printed" 2>&1 </dev/null || status=$?
+    ((status == wanted)) && grep -qF -- "$text" "$folder/printed" ||
+        fail "rehearse $*: $status instead of $wanted with \"$text\": $(cat "$folder/printed")"
+}
+
 echo "the calculated chances"
 for profile in assets/*.qmp assets/profiles/*.qmp; do
-    "$rehearse" "$profile" --seed 1 --check >"$folder/check.txt" ||
-        fail "$profile: $(cat "$folder/check.txt")"
+    for engines in {0..4}; do
+        expect 0 "Nothing fails" "$profile" --engines "$engines" --flights 1000 --seed 1 --check
+    done
 done
+# The flights of this seed happen to lie that far off. If they no longer do, look for another one.
+expect 1 "1 beyond four standard errors" "$ride" --flights 200 --seed 384 --check
 
 echo "a bad profile"
 printf '1#1#90#1\r\n1#2#ninety#1\r\n' >"$folder/bad.qmp"
+expect 2 "bad.qmp:2: the reliability is not a number" "$folder/bad.qmp"
+
+echo "a decimal comma"
+printf '6#9#99,5#1\r\n' >"$folder/comma.qmp"
+expect 2 "comma.qmp:1: the reliability is not a number" "$folder/comma.qmp" --flights 1
+localedef -i de_DE -f UTF-8 "$top/de_DE.UTF-8"
+export LOCPATH=$top
+locale=de_DE.UTF-8 expect 0 "comma.qmp: 1 flights" "$folder/comma.qmp" --flights 1
+
+echo "where reports go"
+plan=("$ride" --flights 50 --seed 1)
+expect 0 "50 flights" "${plan[@]}" --csv "$folder/plain.csv"
+# same FILE: it holds the same counts.
+same() { cmp "$folder/plain.csv" "$1" || fail "$1 is not what a file holds"; }
+expect 0 "what,number" "${plan[@]}" --csv -
+same "$folder/printed"
+ln -s target.csv "$folder/link.csv"
+expect 0 "50 flights" "${plan[@]}" --csv "$folder/link.csv"
+[[ -L $folder/link.csv ]] || fail "the link was replaced"
+same "$folder/target.csv"
+mkfifo "$folder/pipe"
+timeout 60 cat "$folder/pipe" >"$folder/piped" &
+expect 0 "50 flights" "${plan[@]}" --csv "$folder/pipe"
+wait $! || fail "nothing came through the pipe"
+same "$folder/piped"
+ln -s /proc/self/fd/1 "$folder/stdout"
+expect 0 "50 flights" "${plan[@]}" --csv "$folder/stdout"
+grep -q '^what,number' "$folder/printed" || fail "the counts are not in standard output"
+# Flights for hours are not begun.
+chmod 444 "$folder/plain.csv"
+for target in plain.csv nowhere/report.csv ''; do
+    expect 1 "cannot write $folder/$target" "$ride" --flights 1000000000 --csv "$folder/$target"
+done
 status=0
-"$rehearse" "$folder/bad.qmp" --seed 1 2>"$folder/bad.txt" || status=$?
-((status == 2)) && grep -qF "bad.qmp:2: the reliability is not a number" "$folder/bad.txt" ||
-    fail "$status $(cat "$folder/bad.txt")"
+"$rehearse" "${plan[@]}" >/dev/full 2>"$folder/printed" || status=$?
+((status == 1)) && grep -q "cannot write to standard output" "$folder/printed" ||
+    fail "a full disk: $status $(cat "$folder/printed")"
 
 echo "an interrupt"
 status=0
-timeout --preserve-status -s INT 5 "$rehearse" assets/practice.qmp --flights 1000000000 \
+timeout --preserve-status -s INT 2 "$rehearse" assets/practice.qmp --flights 1000000000 \
     --html "$folder/report.htm" >"$folder/interrupt.txt" || status=$?
 ((status == 130)) && grep -q 'stopped before all of 1,000,000,000' "$folder/interrupt.txt" \
     "$folder/report.htm" || fail "$status $(cat "$folder/interrupt.txt")"
 
 echo "a profile dropped on it"
-mkdir "$folder/bin"
-printf '#!/bin/sh\nbasename "$1" >"%s"\n' "$folder/opened" >"$folder/bin/xdg-open"
-chmod +x "$folder/bin/xdg-open"
+mkdir "$top/bin"
+printf '#!/bin/sh\nbasename "$1" >"%s"\n' "$top/opened" >"$top/bin/xdg-open"
+chmod +x "$top/bin/xdg-open"
 printf '6#9#50#1\r\n' >"$folder/Übung.qmp"
-PATH=$folder/bin:$PATH timeout 120 setsid -w "$rehearse" "$folder/Übung.qmp" </dev/null >/dev/null 2>&1
-for ((i = 0; i < 200; ++i)); do
-    [[ -s $folder/opened ]] && break
-    sleep 0.1
-done
-grep -qx "Übung rehearsal.htm" "$folder/opened" || fail "not opened"
-grep -q "<h1>Rehearsal of Übung.qmp</h1>" "$folder/Übung rehearsal.htm" || fail "no report"
+# drop NAME LOCALE: drops the profile, closes what it says; it opens the report of that name.
+drop() {
+    rm -f "$top/opened"
+    LC_ALL=$2 PATH=$top/bin:$PATH timeout 120 setsid -w "$rehearse" "$folder/Übung.qmp" \
+        </dev/null >/dev/null 2>&1 &
+    for ((i = 0; i < 300; ++i)); do
+        [[ ! -s $top/opened ]] || break
+        xdotool search --onlyvisible --name "Quirkmeter - Rehearsal" windowfocus key Return || true
+        sleep 0.1
+    done >/dev/null 2>&1
+    wait $! || fail "dropped: $?"
+    grep -qx "$1" "$top/opened" || fail "not opened: $1"
+    grep -q "<h1>Rehearsal of Übung.qmp</h1>" "$folder/$1" || fail "no report: $1"
+}
+drop "Übung rehearsal.htm" C
+drop "Übung rehearsal.htm" C.UTF-8
+echo "my notes" >"$folder/Übung rehearsal.htm"
+drop "Übung rehearsal 2.htm" C.UTF-8
+[[ $(cat "$folder/Übung rehearsal.htm") == "my notes" ]] || fail "a file that is no report was replaced"
+status=0
+DISPLAY=:none setsid -w "$rehearse" "$folder/Übung.qmp" </dev/null 2>"$folder/printed" >/dev/null ||
+    status=$?
+((status == 1)) && grep -q "there is no display for its window" "$folder/printed" ||
+    fail "without a display: $status $(cat "$folder/printed")"

@@ -1,0 +1,25 @@
+// What a rehearsal reads and writes.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace quirkmeter::rehearse {
+
+/// The path that stands for standard output.
+inline constexpr char StandardOutput[] = "-";
+
+/// Reads the profile into the catalogue. Returns the fault as "FILE:LINE: WHAT" when there is one.
+std::optional<std::string> LoadProfile(const std::string& path);
+
+/// The name of the path's file, in UTF-8.
+std::string NameInUtf8(const std::string& path);
+
+/// True when, as far as can be told beforehand, WriteReport will write there. Changes nothing.
+bool CanWriteReport(const std::string& path);
+
+/// Replaces the file as one step; writes to standard output where the path says so, and to what is no
+/// regular file (a device, a pipe) as it is. False when that failed.
+bool WriteReport(const std::string& path, const std::string& report);
+
+}  // namespace quirkmeter::rehearse

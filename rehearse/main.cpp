@@ -92,8 +92,8 @@ int main(int argc, char** argv) {
     Options options;
     std::string fault = ParseOptions(argc, argv, options);
     if (!fault.empty()) return Fail(fault + "; rehearse --help tells more", WrongUse);
-    if (options.Help) {
-        std::cout << Usage;
+    if (options.Help || options.Version) {
+        std::cout << (options.Help ? Usage : "rehearse " QUIRKMETER_VERSION "\n");
         return EXIT_SUCCESS;
     }
     if (options.NothingElse && IsByMouse()) return RunWindow(options);

@@ -1,9 +1,10 @@
 #include "rehearse/options.h"
 
 #include <charconv>
-#include <cmath>
+#include <iterator>
+#include <map>
 #include <random>
-#include <string_view>
+#include <variant>
 
 namespace quirkmeter::rehearse {
 
@@ -19,55 +20,95 @@ const char Usage[] =
     "  --html FILE        write the report as a page for a browser\n"
     "  --csv FILE         write the counts for a spreadsheet\n"
     "  --check            compare with the calculated chances; fails if any is too far off\n"
+    "  -h, --help         this text\n"
+    "  --version          which version this is\n"
+    "A FILE of - is standard output, which then has only that.\n"
     "Ctrl+C ends it with the flights flown so far.\n";
 
 namespace {
 
 template <typename Number>
-bool ParseNumber(std::string_view text, Number low, Number high, Number& number) {
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && low <= number &&
-           number <= high;
-}
+struct Range {
+    Number& Value;
+    Number Low, High;
+};
 
-bool TakeText(const std::string& value, std::string& text) {
-    text = value;
-    return !text.empty();
-}
+// What an option sets: a switch, which takes no value, a number, or the name of a file.
+using Target =
+    std::variant<bool*, Range<double>, Range<std::int64_t>, Range<std::uint64_t>, std::string*>;
 
-bool TakeValue(std::string_view option, const std::string& value, Options& options) {
+std::map<std::string, Target> TargetsIn(Options& options) {
     FlightPlan& plan = options.Plan;
-    if (option == "--hours") return ParseNumber(value, 0.01, 1000.0, plan.Hours);
-    if (option == "--flights")
-        return ParseNumber<std::int64_t>(value, 1, 1'000'000'000, plan.Flights);
-    if (option == "--engines") return ParseNumber<std::int64_t>(value, 0, 4, plan.Engines);
-    if (option == "--gear-up") return ParseNumber(value, 0.0, 60000.0, plan.RetractedAfterTakeOff);
-    if (option == "--gear-down")
-        return ParseNumber(value, 0.0, 60000.0, plan.ExtendedBeforeLanding);
-    if (option == "--seed") return ParseNumber<std::uint64_t>(value, 0, ~0ull, plan.Seed);
-    if (option == "--html") return TakeText(value, options.HtmlFile);
-    if (option == "--csv") return TakeText(value, options.CsvFile);
-    return false;
+    return {{"--hours", Range<double>{plan.Hours, 0.01, 1000}},
+            {"--flights", Range<std::int64_t>{plan.Flights, 1, 1'000'000'000}},
+            {"--engines", Range<std::int64_t>{plan.Engines, 0, 4}},
+            {"--gear-up", Range<double>{plan.RetractedAfterTakeOff, 0, 60000}},
+            {"--gear-down", Range<double>{plan.ExtendedBeforeLanding, 0, 60000}},
+            {"--seed", Range<std::uint64_t>{plan.Seed, 0, ~0ull}},
+            {"--html", &options.HtmlFile},
+            {"--csv", &options.CsvFile},
+            {"--check", &options.Check},
+            {"--help", &options.Help},
+            {"-h", &options.Help},
+            {"--version", &options.Version}};
 }
+
+template <typename Number>
+std::string Written(Number number) {
+    char text[32];
+    return {text, std::to_chars(text, std::end(text), number).ptr};
+}
+
+// Sets what the option sets. Returns what its value must be; nothing when it was right.
+struct Setter {
+    const std::string& Value;
+
+    template <typename Number>
+    std::string operator()(const Range<Number>& range) const {
+        Number number{};
+        const char* end = Value.data() + Value.size();
+        auto [last, error] = std::from_chars(Value.data(), end, number);
+        if (error != std::errc() || last != end || !(range.Low <= number && number <= range.High))
+            return "a number from " + Written(range.Low) + " to " + Written(range.High);
+        range.Value = number;
+        return {};
+    }
+    std::string operator()(std::string* text) const {
+        *text = Value;
+        return Value.empty() ? "the name of a file" : "";
+    }
+    std::string operator()(bool* chosen) const {
+        *chosen = true;
+        return {};
+    }
+};
 
 }  // namespace
 
 std::string ParseOptions(int argc, char** argv, Options& options) {
     options.Plan.Seed = std::random_device()();
+    std::map<std::string, Target> targets = TargetsIn(options);
     for (int i = 1; i < argc; ++i) {
         std::string argument = argv[i];
-        bool isOption = argument.starts_with("--");
-        if (isOption) options.NothingElse = false;
-        if (argument == "--help") {
-            options.Help = true;
-        } else if (argument == "--check") {
-            options.Check = true;
-        } else if (!isOption) {
+        if (!argument.starts_with('-')) {
             if (!options.Profile.empty()) return "one profile at a time";
             options.Profile = argument;
-        } else if (++i == argc || !TakeValue(argument, argv[i], options)) {
-            return argument + (i < argc ? std::string(" cannot be ") + argv[i] : " lacks a value");
+            continue;
         }
+        options.NothingElse = false;
+        std::size_t equals = argument.find('=');
+        std::string name = argument.substr(0, equals);
+        auto target = targets.find(name);
+        if (target == targets.end()) return "there is no option " + name;
+        bool needsValue = !std::holds_alternative<bool*>(target->second);
+        bool hasValue = equals != argument.npos;
+        if (hasValue && !needsValue) return name + " takes no value";
+        if (!hasValue && needsValue && i + 1 == argc) return name + " needs a value";
+        std::string value;
+        if (needsValue) value = hasValue ? argument.substr(equals + 1) : argv[++i];
+        std::string wanted = std::visit(Setter{value}, target->second);
+        if (!wanted.empty())
+            return name.append(" must be ").append(wanted).append(", not \"" + value + "\"");
     }
     return {};
 }

@@ -15,6 +15,7 @@ struct Options {
     std::string HtmlFile, CsvFile;  // "-": standard output; empty: not wanted
     bool Check = false;
     bool Help = false;
+    bool Version = false;
     bool NothingElse = true;  // there was no option, at most a profile
 };
 

@@ -47,6 +47,17 @@ localedef -i de_DE -f UTF-8 "$top/de_DE.UTF-8"
 export LOCPATH=$top
 locale=de_DE.UTF-8 expect 0 "comma.qmp: 1 flights" "$folder/comma.qmp" --flights 1
 
+echo "options"
+expect 0 "usage: rehearse" -h
+expect 0 "rehearse 1." --version
+expect 0 "flights of 3 hours with 0 engines" "$ride" --hours=3 --engines 0 --flights 2
+expect 2 "there is no option --nonsense;" "$ride" --nonsense 1
+expect 2 "--hours must be a number from 0.01 to 1000, not \"2,5\";" "$ride" --hours 2,5
+expect 2 "--engines must be a number from 0 to 4, not \"5\";" "$ride" --engines 5
+expect 2 "--seed needs a value;" "$ride" --seed
+expect 2 "--check takes no value;" "$ride" --check=1
+expect 2 "no profile was given;"
+
 echo "where reports go"
 plan=("$ride" --flights 50 --seed 1)
 expect 0 "50 flights" "${plan[@]}" --csv "$folder/plain.csv"

@@ -17,8 +17,8 @@
 #include "model/engine_state.h"
 #include "model/failure_list.h"
 #include "model/failure_range.h"
+#include "no_window.h"
 #include "process.h"
-#include "rehearse/no_window.h"
 
 using namespace quirkmeter;
 namespace fs = std::filesystem;
@@ -192,7 +192,7 @@ void MeetImpostors() {
 int main(int, char** arguments) {
     Chance.seed(static_cast<unsigned>(std::stoul(arguments[1])));
     setenv("XDG_RUNTIME_DIR", Home.c_str(), 1);
-    static rehearse::NoWindow window;
+    static torture::NoWindow window;
     TheMainWindow = &window;
     BuildCatalogue();
     ForEachSubsystem([](int, int, SubsystemEntry& entry) { entry.Reliability = "50"; });

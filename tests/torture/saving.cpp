@@ -10,9 +10,9 @@
 
 #include "model/catalogue.h"
 #include "model/settings.h"
+#include "no_window.h"
 #include "persist/profile.h"
 #include "process.h"
-#include "rehearse/no_window.h"
 
 using namespace quirkmeter;
 namespace fs = std::filesystem;
@@ -75,7 +75,7 @@ int main(int, char** arguments) {
     std::mt19937 random(static_cast<unsigned>(std::stoul(arguments[1])));
     auto below = [&random](unsigned long end) { return random() % end; };
     umask(0);
-    static rehearse::NoWindow window;
+    static torture::NoWindow window;
     TheMainWindow = &window;
     BuildCatalogue();
     bool root = geteuid() == 0;

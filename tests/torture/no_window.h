@@ -5,7 +5,7 @@
 
 #include "model/main_window.h"
 
-namespace quirkmeter::rehearse {
+namespace quirkmeter::torture {
 
 struct NoWindow final : MainWindow {
     void RefreshSubsystems() override {}
@@ -17,4 +17,4 @@ struct NoWindow final : MainWindow {
     void ShowMessage(const std::string&, MessageIcon) override {}
 };
 
-}  // namespace quirkmeter::rehearse
+}  // namespace quirkmeter::torture

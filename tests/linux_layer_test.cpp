@@ -451,6 +451,12 @@ TEST_F(LinuxLayer, OnlyARegularFileIsRead) {
     EXPECT_TRUE(FileExists(root_ / "pipe")) << "so it is no missing file";
 }
 
+TEST_F(LinuxLayer, APathWithControlCharactersFitsNoLine) {
+    EXPECT_TRUE(HoldsPath(L"/home/Übung ☂/a=b, 100 %.qmp"));
+    for (std::wstring path : {L"x\r\nHARDCOREMODE=YES.qmp", L"\n", L"\t.qmp", L"a\x7F"})
+        EXPECT_FALSE(HoldsPath(path)) << testing::PrintToString(path);
+}
+
 // Replaces it as a user who may write files of root's, but not everywhere as root may, with room for
 // a thousand bytes.
 bool UserReplaces(const fs::path& path, const std::string& content) {

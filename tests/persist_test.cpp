@@ -40,6 +40,10 @@ TEST_F(PersistTest, SettingsAreReadBackAsWritten) {
     Settings.ClearHotkey.Key = -1;
     Settings.ActiveHotkey.Mods = 3;
     EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n") << "modifiers without a key mean nothing";
+    for (const char* path : {"x\r\nHARDCOREMODE=YES.qmp", "x\rDISPLAYUPDATE=YES", "x\n"}) {
+        Settings.LastProfile = path;
+        EXPECT_EQ(WrittenSettings(), "LASTPROFILE=\r\n") << "no line but its own for " << path;
+    }
     SettingsRecord all{.LastProfile = "/a=b/heavy.qmp",
                        .DisplayUpdate = true,
                        .DisplayFailures = true,

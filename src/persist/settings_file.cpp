@@ -79,7 +79,9 @@ std::string SettingsText() {
     auto addLine = [&text](std::string_view key, std::string_view value) {
         text.append(key).append(value).append("\r\n");
     };
-    addLine(LastProfileKey, Settings.LastProfile);
+    // A line break in the path would begin a line of its own.
+    bool oneLine = Settings.LastProfile.find_first_of("\r\n") == std::string::npos;
+    addLine(LastProfileKey, oneLine ? Settings.LastProfile : "");
     for (const HotkeyKeys& keys : HotkeyTable) {
         const Hotkey& hotkey = Settings.*keys.Field;
         if (hotkey.Key <= 0) continue;

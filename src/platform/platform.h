@@ -234,8 +234,8 @@ using RegularFile = std::unique_ptr<std::FILE, FileCloser>;
 /// link to one: reading a pipe or a device might never end.
 RegularFile OpenRegularFile(const std::string& path);
 
-/// True when this system's texts can hold the path letter for letter: on Windows when all of its
-/// letters are in the ANSI code page.
+/// True when a line of text can hold the path letter for letter: when it has no control characters
+/// and, on Windows, all of its letters are in the ANSI code page.
 bool HoldsPath(const std::wstring& path);
 
 /// The decimal separator of the user's regional settings.

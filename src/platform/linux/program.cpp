@@ -3,6 +3,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -78,8 +79,8 @@ bool FileExists(const std::string& path) {
     return std::filesystem::exists(path, error);
 }
 
-bool HoldsPath(const std::wstring&) {
-    return true;
+bool HoldsPath(const std::wstring& path) {
+    return std::ranges::none_of(path, [](wchar_t c) { return c < L' ' || c == L'\x7F'; });
 }
 
 char DecimalSeparator() {

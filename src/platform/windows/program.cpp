@@ -117,6 +117,7 @@ bool FileExists(const std::string& path) {
     return ::GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+// Windows itself allows no control characters in a path.
 bool HoldsPath(const std::wstring& path) {
     BOOL replaced = FALSE;
     ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path.c_str(), -1, nullptr, 0, nullptr,

@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "alternate.h"
+#include "child_process.h"
 #include "engine/tick.h"
 #include "link/actuation.h"
 #include "link/sim_link.h"
@@ -14,7 +15,6 @@
 #include "model/engine_state.h"
 #include "model/failure_list.h"
 #include "practice/request_block.h"
-#include "process.h"
 #include "ui/frm_main.h"
 
 namespace quirkmeter {

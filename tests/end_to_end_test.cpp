@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "process.h"
+#include "child_process.h"
 
 namespace quirkmeter {
 

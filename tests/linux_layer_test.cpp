@@ -13,8 +13,8 @@
 #include <iterator>
 #include <new>
 
+#include "child_process.h"
 #include "platform/platform.h"
-#include "process.h"
 
 // Last, because Xlib makes macros of names that the test library uses.
 // clang-format off

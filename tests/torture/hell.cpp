@@ -11,6 +11,7 @@
 #include <map>
 #include <random>
 
+#include "child_process.h"
 #include "engine/tick.h"
 #include "link/actuation.h"
 #include "model/catalogue.h"
@@ -18,7 +19,6 @@
 #include "model/failure_list.h"
 #include "model/failure_range.h"
 #include "no_window.h"
-#include "process.h"
 
 using namespace quirkmeter;
 namespace fs = std::filesystem;

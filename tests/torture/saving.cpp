@@ -8,11 +8,11 @@
 #include <iostream>
 #include <random>
 
+#include "child_process.h"
 #include "model/catalogue.h"
 #include "model/settings.h"
 #include "no_window.h"
 #include "persist/profile.h"
-#include "process.h"
 
 using namespace quirkmeter;
 namespace fs = std::filesystem;

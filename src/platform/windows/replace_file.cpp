@@ -95,7 +95,7 @@ bool ReplaceFile(const std::string& path, std::string_view content) {
 
 bool CanReplaceFile(const std::string& path) {
     DWORD attributes = ::GetFileAttributesA(path.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES) return MayBeWritten(path, attributes);
+    if (attributes != INVALID_FILE_ATTRIBUTES) return WayToReplace(path, attributes) != Way::None;
     std::string temporary = CreateBeside(path);
     return !temporary.empty() && ::DeleteFileA(temporary.c_str());
 }

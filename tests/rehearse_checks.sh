@@ -39,6 +39,7 @@ expect 1 "1 beyond four standard errors" "$ride" --flights 200 --seed 384 --chec
 echo "a bad profile"
 printf '1#1#90#1\r\n1#2#ninety#1\r\n' >"$folder/bad.qmp"
 expect 2 "bad.qmp:2: the reliability is not a number" "$folder/bad.qmp"
+expect 2 "/dev/zero: the file cannot be read" /dev/zero
 
 echo "a decimal comma"
 printf '6#9#99,5#1\r\n' >"$folder/comma.qmp"

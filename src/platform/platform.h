@@ -153,7 +153,7 @@ void PreferX11();
 
 /// Calls `end` when the display is lost (the X server or the compositor has ended), then ends the
 /// process with status 1. `end` must not touch a window. Call it once there is a display.
-void WhenDisplayIsLost(std::function<void()> end);
+void WhenDisplayIsLost(const std::function<void()>& end);
 
 /// Makes message boxes with the style of a warning show its icon, which GTK 3 leaves out.
 void ShowWarningIcons();

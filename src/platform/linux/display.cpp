@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <functional>
 #include <string_view>
-#include <utility>
 
 #include "platform/platform.h"
 
@@ -59,9 +58,9 @@ void PreferX11() {
     gdk_set_allowed_backends("x11,*");
 }
 
-void WhenDisplayIsLost(std::function<void()> end) {
+void WhenDisplayIsLost(const std::function<void()>& end) {
     if (!EndProgram) g_log_set_writer_func(WriteLog, nullptr, nullptr);  // allowed only once
-    EndProgram = std::move(end);
+    EndProgram = end;
     XSetIOErrorHandler([](Display*) -> int { End(); });
 }
 

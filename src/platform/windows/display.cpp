@@ -4,7 +4,7 @@ namespace quirkmeter::platform {
 
 void PreferX11() {}
 
-void WhenDisplayIsLost(std::function<void()>) {}
+void WhenDisplayIsLost(const std::function<void()>&) {}
 
 void ShowWarningIcons() {}
 

@@ -41,7 +41,7 @@ bool ShowsWarning(const wxMessageDialogBase*) {
     HWND icon = nullptr;
     do icon = ::FindWindowExW(SystemsDialog(), icon, L"Static", nullptr);
     while (icon && (::GetWindowLongW(icon, GWL_STYLE) & SS_TYPEMASK) != SS_ICON);
-    return ::IsWindowVisible(icon);
+    return ::SendMessageW(icon, STM_GETICON, 0, 0) != 0;  // Wine shows an empty one as well
 }
 
 bool HasKeyboard(const wxTopLevelWindow* window) {

@@ -4,7 +4,7 @@ cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
 
 # make_root FOLDER COMMAND...: which fills FOLDER.partial. A root that has its name is whole.
 make_root() {
-    [ ! -d "$1" ] || return 0
+    [[ ! -d $1 ]] || return 0
     echo "Making $1" >&2
     mkdir -p "$cache"
     rm -rf "$1.partial"

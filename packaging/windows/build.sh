@@ -57,7 +57,7 @@ list_sources() {
 }
 
 fetch_sources() {
-    [ -d "$sources" ] && return
+    [[ -d $sources ]] && return
     echo "fetching the sources of wxWidgets $version"
     (logged fetch list_sources) || exit 75
     rm -rf "$sources.partial"
@@ -69,7 +69,7 @@ fetch_sources() {
 }
 
 configure_toolkit() {
-    [ -e "$objects/configured" ] && return
+    [[ -e $objects/configured ]] && return
     echo "configuring wxWidgets for $host"
     rm -rf "$objects"
     mkdir -p "$objects"
@@ -81,7 +81,7 @@ configure_toolkit() {
 drop_newest_objects() {
     local newest
     newest=$(find "$objects" -name '*.[oad]' -printf '%T@\n' | sort -n | tail -n 1)
-    [ -z "$newest" ] ||
+    [[ -z $newest ]] ||
         find "$objects" -name '*.[oad]' -newermt "@$((${newest%.*} - 60))" -delete
 }
 
@@ -110,7 +110,7 @@ install_toolkit() {
 }
 
 build_toolkit() {
-    [ -d "$toolkit" ] && return
+    [[ -d $toolkit ]] && return
     echo "wxWidgets is built once; that takes some ten minutes on two cores"
     fetch_sources
     configure_toolkit
@@ -126,7 +126,7 @@ patch=$PWD/packaging/windows/toolkit.patch
 sources=$cache/wxwidgets-$version-$(sha256sum <"$patch" | cut -c 1-8)
 toolkit=$sources-$(sha256sum <<<"${switches[*]}" | cut -c 1-8)
 objects=$toolkit.objects
-if [ ! -d "$toolkit" ]; then
+if [[ ! -d $toolkit ]]; then
     flock 9 # one at a time: the sources are the same for all
     build_toolkit
 fi 9>"$cache/lock"

@@ -25,10 +25,12 @@ packaging/windows/pack.sh || status=$?
 build=build/windows
 packaging/windows/imports.sh "$build"/hangar/*.exe
 cmake -DBUILD_TESTING=ON "$build" >/dev/null
-cmake --build "$build" -j "$(nproc)" --target program_test window_test link-probe hours -- --quiet
+cmake --build "$build" -j "$(nproc)" --target program_test window_test windows_layer_test \
+    -- --quiet
 # What is compiled for Windows only; where that compiler has its headers, clang-tidy must be told.
 headers=$(i686-w64-mingw32-g++-posix -print-file-name=include/c++)
-git ls-files 'src/platform/windows/*.cpp' tests/native_windows.cpp tests/link_probe.cpp |
+git ls-files 'src/platform/windows/*.cpp' tests/native_windows.cpp \
+    tests/windows_layer_test.cpp |
     xargs -P "$(nproc)" -n 1 clang-tidy-16 -p "$build" --quiet \
         --extra-arg=-isystem"$headers" --extra-arg=-isystem"$headers/i686-w64-mingw32" \
         --extra-arg=-Wno-ignored-optimization-argument \

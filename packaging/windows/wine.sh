@@ -13,7 +13,7 @@ furnish() {
 }
 
 root=$cache/bookworm-wine32
-if [ ! -d "$root" ]; then
+if [[ ! -d $root ]]; then
     need debootstrap bubblewrap >&2
     make_root "$root" furnish || exit 75
 fi

@@ -69,6 +69,10 @@ tar xzf Quirkmeter-*.tar.gz -C "$home/$flights"
 grep -q 'libgtk-3.so.0 is missing' "$world/errors"
 echo "ok without GTK it says what is missing"
 
+(on "$furnished" "$folder/rehearse" "$folder/program/practice.qmp" --flights 100) |
+    grep 'in which nothing fails'
+echo "ok a rehearsal flies"
+
 # What the README says. The text on the simulator's screen and its time are no failures.
 on "$furnished" "$folder/practice-simulator" >"$log" &
 on "$furnished" "$folder/Quirkmeter" &
@@ -89,3 +93,11 @@ close "$main"
 (on "$furnished" "$folder/desktop-entry.sh" remove)
 diff "$world/before" <(contents)
 echo "ok the menu's entries come, work and go without a trace"
+
+installed=$world/installed/profiles
+cmake --install ../release --prefix "$world/installed" >/dev/null
+echo mine >"$installed/trainer.qmp"
+rm "$installed/airliner.qmp"
+cmake --install ../release --prefix "$world/installed" >/dev/null
+[[ $(cat "$installed/trainer.qmp") == mine && -e $installed/airliner.qmp ]]
+echo "ok installing again keeps what the pilot changed"

@@ -81,7 +81,7 @@ TEST_F(EngineTest, HoldsWhilePausedOnTheGroundOrDeactivated) {
         std::int32_t elapsed = entry.Elapsed, divider = EngineState.DrawDivider;
         simulator_.TakeWrites();
         Tick(10);
-        EXPECT_EQ(Caption(), status);
+        EXPECT_EQ(Caption(), status) << "pause " << pause << ", on ground " << onGround;
         bool operates = std::string_view(status) == "Operational.";
         EXPECT_EQ(entry.Elapsed, elapsed + operates) << "a draw step in ten ticks, " << status;
         EXPECT_EQ(FailureCount, operates ? 62 : 1) << status;

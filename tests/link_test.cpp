@@ -283,7 +283,7 @@ TEST_F(ActuationTest, AStallIsWrittenOnceAndEndsInTheThirtiethTickAfterwards) {
     EXPECT_FALSE(FailureList[1].Started()) << "one that could not be queued is tried again";
     EXPECT_THAT(Maintained(), ElementsAre("0x0928 2 0 Engine 2 (lever)"));
     for (int left = 30; left > 0; --left) {
-        EXPECT_EQ(FailureList[1].Counter, left) << "ticks left";
+        ASSERT_EQ(FailureList[1].Counter, left) << "ticks left of a stall";
         EXPECT_EQ(FailureCount, 1) << "with " << left << " ticks left";
         EXPECT_THAT(Maintained(), IsEmpty()) << "it is written once";
     }

@@ -1,6 +1,7 @@
 // What libFuzzer feeds to the program: a target for each kind of bytes that come from outside.
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include "persist/profile.h"
 #include "persist/settings_file.h"
 #include "program_test.h"
 #include "torture/flight.h"

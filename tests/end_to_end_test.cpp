@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <stdexcept>
 #include <system_error>
 
@@ -242,11 +243,13 @@ void LeaveHardcoreMode(Leave how) {
 
 // At the same time, because a flight lasts for seconds in most of which nothing happens.
 TEST(Flight, ConnectsFailsSystemsAndEnds) {
+    std::function<void()> all[] = {FlyUntilSystemsFail,
+                                   [] { LeaveHardcoreMode(Leave::OnGroundBySignal); },
+                                   [] { LeaveHardcoreMode(Leave::InAirWithoutCompanion); },
+                                   [] { LeaveHardcoreMode(Leave::InAirWithoutDisplay); }};
     std::vector<std::jthread> flights;
-    for (auto fly : {FlyUntilSystemsFail, +[] { LeaveHardcoreMode(Leave::OnGroundBySignal); },
-                     +[] { LeaveHardcoreMode(Leave::InAirWithoutCompanion); },
-                     +[] { LeaveHardcoreMode(Leave::InAirWithoutDisplay); }}) {
-        flights.emplace_back([fly] {
+    for (const auto& fly : all) {
+        flights.emplace_back([&fly] {
             try {
                 fly();
             } catch (const std::exception& error) {

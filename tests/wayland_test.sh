@@ -10,7 +10,7 @@ if [[ -z ${OWN_SOCKETS-} ]]; then
 fi
 mkdir -p /tmp/.X11-unix
 mount -t tmpfs -o mode=1777 none /tmp/.X11-unix
-folder=$(mktemp -d)
+folder=$(mktemp -d -p /tmp) # $TMPDIR may be closed to the ordinary user below
 processes=()
 trap 'kill "${processes[@]}" 2>/dev/null || true; wait; rm -rf "$folder"' EXIT
 cp "$1"/{Quirkmeter,practice-simulator} "$folder"

@@ -5,7 +5,8 @@ shopt -s nullglob
 export LC_ALL=C.UTF-8
 cd "$(dirname "$0")/.."
 top=$(mktemp -d)
-trap 'rm -rf "$top"' EXIT
+bin=$(mktemp -d -p /tmp) # wxWidgets finds no program in a folder that the locale cannot name
+trap 'rm -rf "$top" "$bin"' EXIT
 folder="$top/Meine Flüge 100% ☂"
 mkdir "$folder"
 cp "$1" "$folder/rehearse"
@@ -96,14 +97,13 @@ timeout --preserve-status -s INT 2 "$rehearse" assets/practice.qmp --flights 100
     "$folder/report.htm" || fail "$status $(cat "$folder/interrupt.txt")"
 
 echo "a profile dropped on it"
-mkdir "$top/bin"
-printf '#!/bin/sh\nbasename "$1" >"%s"\n' "$top/opened" >"$top/bin/xdg-open"
-chmod +x "$top/bin/xdg-open"
+printf '#!/bin/sh\nbasename "$1" >"%s"\n' "$top/opened" >"$bin/xdg-open"
+chmod +x "$bin/xdg-open"
 printf '6#9#50#1\r\n' >"$folder/Übung.qmp"
 # drop NAME LOCALE: drops the profile, closes what it says; it opens the report of that name.
 drop() {
     rm -f "$top/opened"
-    LC_ALL=$2 PATH=$top/bin:$PATH timeout 120 setsid -w "$rehearse" "$folder/Übung.qmp" \
+    LC_ALL=$2 PATH=$bin:$PATH timeout 120 setsid -w "$rehearse" "$folder/Übung.qmp" \
         </dev/null >/dev/null 2>&1 &
     for ((i = 0; i < 300; ++i)); do
         [[ ! -s $top/opened ]] || break

@@ -323,16 +323,18 @@ TEST(Keyboard, WhatCannotStartSaysWhy) {
 
 TEST(Keyboard, TheMainWindowHasTheKeyboardAfterSettingsNotAnotherProgram) {
     Cockpit cockpit;
-    cockpit.StartSimulator({});
-    cockpit.Start(Program);
     auto awaitActive = [](const std::string& title) {
-        EXPECT_TRUE(Becomes([&title] {
+        auto isActive = [&title] {
             Process active({"xdotool", "getactivewindow", "getwindowname"});
             return active.Line() == title;
-        })) << title;
+        };
+        if (!Becomes(isActive)) throw std::runtime_error(title + " has not got the keyboard");
     };
     // Without activating a window, which would change what the window manager turns to.
     auto press = [](const char* key) { Process({"xdotool", "key", key}).ExitCode(); };
+    cockpit.StartSimulator({});
+    awaitActive("Practice Simulator");
+    cockpit.Start(Program);
     awaitActive(ProgramTitle);
     for (int i = 0; i < 3; ++i) {
         press("alt+p");

@@ -49,11 +49,11 @@ on() {
         --setenv LC_ALL C.UTF-8 --setenv GSETTINGS_BACKEND memory "${@:2}" 2>>"$world/errors"
 }
 await() { timeout "$patience" bash -c 'until eval "$1"; do sleep 0.1; done' - "$1"; }
-press() {
+activate() {
     # A search fails when any window closes under it.
     await "xdotool search --onlyvisible --name '^$1\$' windowactivate --sync"
-    xdotool key --delay 100 "${@:2}"
 }
+press() { activate "$1"; xdotool key --delay 100 "${@:2}"; }
 close() {
     press "$1" alt+F4
     await "! xdotool search --onlyvisible --name '^$1\$' >/dev/null 2>&1"
@@ -75,6 +75,8 @@ echo "ok a rehearsal flies"
 
 # What the README says. The text on the simulator's screen and its time are no failures.
 on "$furnished" "$folder/practice-simulator" >"$log" &
+# A window that opens later would take the focus from the file dialog.
+activate 'Practice Simulator'
 on "$furnished" "$folder/Quirkmeter" &
 press "$main" alt+o
 press Open ctrl+l $(grep -o . <<<practice) period q m p Return

@@ -9,7 +9,7 @@ cd "$(dirname "$0")"
 need "${build_packages[@]}" "${run_packages[@]}" "${display_packages[@]}" "${test_packages[@]}"
 programs=(Quirkmeter practice-simulator core_bench window_bench empty_frame)
 build release ON "${programs[@]}"
-if [[ -d build/windows/hangar ]]; then
+if [[ -d build/windows/stage ]]; then
     cmake --build build/windows --target empty_frame bare_window -- --quiet
 fi
 

@@ -30,8 +30,8 @@ run() {
 
 need "${build_packages[@]}" "${run_packages[@]}"
 run build release OFF Quirkmeter fsqmhc practice-simulator rehearse
-cmake --install build/release --prefix build/hangar >/dev/null
-cd build/hangar
+cmake --install build/release --prefix build/stage >/dev/null
+cd build/stage
 
 # A first flight begins with a profile under which things happen soon; later ones with the user's own.
 if [[ ! -f Quirkmeter.ini ]]; then
@@ -41,7 +41,7 @@ if [[ ! -f Quirkmeter.ini ]]; then
 fi
 # The profiles of this folder move with the checkout.
 last=$(sed -n 's/^LASTPROFILE=\(.*\)\r$/\1/p' Quirkmeter.ini)
-moved=$PWD/${last##*/build/hangar/}
+moved=$PWD/${last##*/build/stage/}
 if [[ ! -e $last && -f $moved ]]; then
     { printf 'LASTPROFILE=%s\r\n' "$moved"; sed /^LASTPROFILE=/d Quirkmeter.ini; } >Quirkmeter.new
     mv Quirkmeter.new Quirkmeter.ini

@@ -1,4 +1,4 @@
-// The least that a program of the toolkit can be.
+// The least that a program of wxWidgets can be.
 #include <wx/app.h>
 #include <wx/frame.h>
 

@@ -117,7 +117,7 @@ def rows():
     yield "Idle: processor time a tick, beyond an empty frame", 0.5e-3, "s", idle[0] - frame[0]
     yield "Flying with 10 failures: context switches / idle", 2, "", flying[1], idle[1]
     yield "Flying with 10 failures: processor time / idle", 2, "s", flying[0], idle[0]
-    for program in sorted(WINDOWS.glob("hangar/*.exe")):
+    for program in sorted(WINDOWS.glob("stage/*.exe")):
         least = "bare_window" if program.stem == "fsqmhc" else "empty_frame"
         sizes = [path.stat().st_size for path in (program, WINDOWS / f"bin/{least}.exe")]
         yield f"Size of {program.name} / {least.replace('_', ' ')}", 1.15, "B", *sizes
@@ -137,7 +137,7 @@ def table():
         cells = [name, amount(value, unit), amount(baseline[0], unit) if baseline else ""]
         cells += [f"{compared:.2f}", f"{aim:.2f}"] if baseline else ["", amount(aim, unit)]
         yield f"| {' | '.join(cells)} | {'over' if compared > aim else ''} |"
-    if not (WINDOWS / "hangar").exists():
+    if not (WINDOWS / "stage").exists():
         yield "| Size of each Windows program | not built here | | | 1.15 | |"
 
 

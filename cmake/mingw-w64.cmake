@@ -5,7 +5,7 @@ set(host i686-w64-mingw32)
 set(CMAKE_C_COMPILER ${host}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${host}-g++-posix)
 set(CMAKE_RC_COMPILER ${host}-windres)
-list(APPEND CMAKE_FIND_ROOT_PATH /usr/${host})  # behind the widget set
+list(APPEND CMAKE_FIND_ROOT_PATH /usr/${host})  # behind wxWidgets
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

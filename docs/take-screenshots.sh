@@ -118,8 +118,8 @@ fly_on_windows() {
     scale=windows
     export WINEPREFIX=$folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
     open_display 2600x1800
-    cp -r build/windows/hangar "$folder/hangar"
-    cd "$folder/hangar"
+    cp -r build/windows/stage "$folder/stage"
+    cd "$folder/stage"
     printf '%s\r\n' "LASTPROFILE=Z:${PWD//\//\\}\practice.qmp" DISPLAYFAILURES=YES >Quirkmeter.ini
     "$wine" wine wineboot --init >/dev/null 2>&1
     start "$wine" wine practice-simulator.exe --takeoff-after 2

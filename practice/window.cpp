@@ -140,7 +140,7 @@ wxSizer* PracticeFrame::MakeFlightControls(wxWindow* parent) {
     choices->Add(enginesLabel, wxSizerFlags().CentreVertical());
     choices->Add(engines_);
     choices->Add(misbehaviourLabel, wxSizerFlags().CentreVertical());
-    // The toolkit makes it too low for large texts.
+    // wxWidgets makes it too low for large texts.
     misbehaviour_->SetMinSize({-1, GetCharHeight() + FromDIP(18)});
     choices->Add(misbehaviour_);
     switches->Add(choices);
@@ -224,7 +224,7 @@ class PracticeApp : public wxApp {
     PracticeApp(Simulator& simulator, const std::string& className, std::string& fault)
         : simulator_(simulator), className_(className), fault_(fault) {}
 
-    // Options are no business of the widget set: nothing is parsed here.
+    // Options are no business of wxWidgets: nothing is parsed here.
     bool OnInit() override {
         MakeFrame(simulator_);
         wire_ = std::thread([this] {
@@ -275,7 +275,7 @@ std::string RunWindow(Simulator& simulator, const std::string& className) {
     std::string fault;
     platform::CloseOwnConsole();
     platform::PreferX11();
-    // Where there is no display, the widget set's own target dies while it tries to show that.
+    // Where there is no display, wxWidgets' own target dies while it tries to show that.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxApp::SetInstance(new PracticeApp(simulator, className, fault));
     if (wxEntry(count, arguments) != 0) fault = "cannot open the display";

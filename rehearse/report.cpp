@@ -63,7 +63,7 @@ std::int64_t FlightsWith(const Tally& flown, int system, int subsystem) {
     return flown.BySubsystem[static_cast<std::size_t>(system)][static_cast<std::size_t>(subsystem)];
 }
 
-std::size_t MostFailures(const Tally& flown) {
+std::size_t MaxFailures(const Tally& flown) {
     std::size_t most = Tally::MaxFailures;
     while (most > 0 && flown.ByFailures[most] == 0) --most;
     return most;
@@ -79,7 +79,7 @@ std::string FirstFailure(const Tally& flown, double hours) {
 // The share of flights by their number of failures.
 Report::Chart FailuresPerFlight(const Tally& flown) {
     Report::Chart chart{"Failures in a flight", "Failures", {}};
-    std::size_t most = MostFailures(flown);
+    std::size_t most = MaxFailures(flown);
     std::size_t width = most / MaxBars + 1;  // of the range of numbers that share a bar
     for (std::size_t first = 0; first <= most; first += width) {
         std::size_t last = std::min(first + width - 1, most);
@@ -174,7 +174,7 @@ Report MakeReport(const std::string& profile, const FlightPlan& plan, const Tall
         {"A flight in which nothing fails", PercentOf(flown.ShareOfFlights(flown.ByFailures[0]))},
         {"Failures in a flight", Decimal(flown.MeanFailures(), 2) + " on average, spread " +
                                      Decimal(flown.SpreadOfFailures(), 2) + ", at most " +
-                                     std::to_string(MostFailures(flown))},
+                                     std::to_string(MaxFailures(flown))},
         {"The first failure", FirstFailure(flown, plan.Hours)}};
     report.Charts = {FailuresPerFlight(flown), Likeliest(flown), Systems(flown)};
     std::erase_if(report.Charts, [](const Report::Chart& chart) { return chart.Bars.empty(); });

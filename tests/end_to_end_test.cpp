@@ -125,7 +125,7 @@ class Cockpit {
                                      "HOME=" + folder_.string(), "LC_ALL=C.UTF-8",
                                      "CANBERRA_DRIVER=null", "GDK_BACKEND=x11", "NO_AT_BRIDGE=1",
                                      "GSETTINGS_BACKEND=memory", "DISPLAY=" + displayName_,
-                                     // The widget set does not give everything back at the end.
+                                     // wxWidgets does not give everything back at the end.
                                      "ASAN_OPTIONS=detect_leaks=0"};
         command.insert(command.begin(), std::begin(environment), std::end(environment));
         return command;

@@ -1,4 +1,4 @@
-// What the system itself says of the windows on its display, past the toolkit. One header, a file
+// What the system itself says of the windows on its display, past wxWidgets. One header, a file
 // for each system.
 #pragma once
 

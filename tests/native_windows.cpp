@@ -14,7 +14,7 @@ wxString TextOf(HWND window) {
     return text;
 }
 
-// The toolkit does not know the window of a message box or file dialog. None: the keyboard is in
+// wxWidgets does not know the window of a message box or file dialog. None: the keyboard is in
 // no such window.
 HWND SystemsDialog() {
     HWND window = ::GetForegroundWindow();

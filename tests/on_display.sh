@@ -7,8 +7,8 @@ processes=()
 # It is there from the beginning of a test program to its end.
 export TEST_PREMATURE_EXIT_FILE=${TMPDIR:-/tmp}/quirkmeter-display-$$
 trap 'kill "${processes[@]}" 2>/dev/null || true; rm -f "$TEST_PREMATURE_EXIT_FILE"' EXIT
-# What the toolkit's own libraries keep to the end is none of our leaks.
-export LSAN_OPTIONS=suppressions=$(dirname "$0")/toolkit_leaks.supp:print_suppressions=0
+# Ignore what the libraries under wxWidgets never free.
+export LSAN_OPTIONS=suppressions=$(dirname "$0")/library_leaks.supp:print_suppressions=0
 open_display 1280x1024
 "$@"
 [[ ! -e $TEST_PREMATURE_EXIT_FILE ]]

@@ -9,7 +9,7 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib
 
 PATIENCE = 60  # seconds
-COMBO_BOX = None  # The widget set does not tell when its own has the keyboard.
+COMBO_BOX = None  # wxWidgets does not tell when its own has the keyboard.
 MAIN = "FS2002 Quirkmeter"
 
 

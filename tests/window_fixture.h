@@ -125,7 +125,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         Modal& last = open_.back();
         if (last.At == Stage::BeingAnswered) {
             if (last.Since.Time() < 5 * Patience) return;
-            // A box that the toolkit knows nothing of holds it up, and nobody can close that.
+            // A box that wxWidgets knows nothing of holds it up, and nobody can close that.
             ADD_FAILURE() << "\"" << last.Dialog->GetTitle() << "\" is never answered to the end";
             std::_Exit(EXIT_FAILURE);
         }

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Builds the Windows programs on a Debian machine. Everything they need is in them, so that they run
-# with no DLL beside them. They come to build/windows/hangar, together with the files that belong
+# with no DLL beside them. They come to build/windows/stage, together with the files that belong
 # beside them.
 #
-# What is missing is installed with apt. The widget set is built from Debian's own source package,
-# with toolkit.patch on top, once for each version and set of switches, and kept in the user's cache.
+# What is missing is installed with apt. wxWidgets is built from Debian's own source package,
+# with wxwidgets.patch on top, once for each version and set of switches, and kept in the user's cache.
 # A build that was stopped goes on where it was. Exit status 75: that package cannot be fetched now.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
@@ -15,7 +15,7 @@ cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
 jobs=$(nproc)
 
 # docview and dataview stay on: the headers refuse without them. What the programs do not use and the
-# rest of the toolkit would bring along makes each of them larger.
+# rest of wxWidgets would bring along makes each of them larger.
 switches=(
     --host="$host" CC="$host-gcc-posix" CXX="$host-g++-posix"
     CFLAGS=-Os CXXFLAGS=-Os --disable-shared --enable-monolithic
@@ -68,12 +68,12 @@ fetch_sources() {
     rm -rf "$sources.partial"
 }
 
-configure_toolkit() {
+configure_wxwidgets() {
     [[ -e $objects/configured ]] && return
     echo "configuring wxWidgets for $host"
     rm -rf "$objects"
     mkdir -p "$objects"
-    (cd "$objects" && logged toolkit "$sources/configure" --prefix="$toolkit" "${switches[@]}")
+    (cd "$objects" && logged wxwidgets "$sources/configure" --prefix="$wxwidgets" "${switches[@]}")
     touch "$objects/configured"
 }
 
@@ -85,57 +85,57 @@ drop_newest_objects() {
         find "$objects" -name '*.[oad]' -newermt "@$((${newest%.*} - 60))" -delete
 }
 
-compile_toolkit() {
+compile_wxwidgets() {
     local total
     total=$(make -C "$objects" -n 2>/dev/null | grep -c ' -c -o ' || true)
-    make -C "$objects" -j"$jobs" 2>&1 | tee -a "$cache/toolkit.log" |
+    make -C "$objects" -j"$jobs" 2>&1 | tee -a "$cache/wxwidgets.log" |
         awk -v total="$total" '/ -c -o / && int(++n * 20 / total) > shown {
             shown = int(n * 20 / total)
             print "compiling wxWidgets: " shown * 5 " %"
             fflush()
         }' || {
-        tail -n 30 "$cache/toolkit.log" >&2
-        echo "failed: all of it in $cache/toolkit.log" >&2
+        tail -n 30 "$cache/wxwidgets.log" >&2
+        echo "failed: all of it in $cache/wxwidgets.log" >&2
         exit 1
     }
 }
 
 # The folder gets its name when all is in it, so that it is whole wherever it is found.
-install_toolkit() {
-    local staged=$toolkit.partial
+install_wxwidgets() {
+    local staged=$wxwidgets.partial
     rm -rf "$staged"
-    logged toolkit make -C "$objects" install DESTDIR="$staged"
-    mv "$staged$toolkit" "$toolkit"
+    logged wxwidgets make -C "$objects" install DESTDIR="$staged"
+    mv "$staged$wxwidgets" "$wxwidgets"
     rm -rf "$staged" "$objects"
 }
 
-build_toolkit() {
-    [[ -d $toolkit ]] && return
+build_wxwidgets() {
+    [[ -d $wxwidgets ]] && return
     echo "wxWidgets is built once; that takes some ten minutes on two cores"
     fetch_sources
-    configure_toolkit
+    configure_wxwidgets
     drop_newest_objects
-    compile_toolkit
-    install_toolkit
+    compile_wxwidgets
+    install_wxwidgets
 }
 
 mkdir -p "$cache"
 need cmake ccache dpkg-dev make ninja-build wx3.2-headers g++-mingw-w64-i686-posix
 version=$(dpkg-query -W -f '${Version}' wx3.2-headers)
-patch=$PWD/packaging/windows/toolkit.patch
+patch=$PWD/packaging/windows/wxwidgets.patch
 sources=$cache/wxwidgets-$version-$(sha256sum <"$patch" | cut -c 1-8)
-toolkit=$sources-$(sha256sum <<<"${switches[*]}" | cut -c 1-8)
-objects=$toolkit.objects
-if [[ ! -d $toolkit ]]; then
+wxwidgets=$sources-$(sha256sum <<<"${switches[*]}" | cut -c 1-8)
+objects=$wxwidgets.objects
+if [[ ! -d $wxwidgets ]]; then
     flock 9 # one at a time: the sources are the same for all
-    build_toolkit
+    build_wxwidgets
 fi 9>"$cache/lock"
 
 build=build/windows
 configure "$build" -G Ninja -S . -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
     -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" \
-    -DCMAKE_FIND_ROOT_PATH="$toolkit" \
-    -DwxWidgets_CONFIG_EXECUTABLE="$toolkit/bin/wx-config"
+    -DCMAKE_FIND_ROOT_PATH="$wxwidgets" \
+    -DwxWidgets_CONFIG_EXECUTABLE="$wxwidgets/bin/wx-config"
 cmake --build "$build" -j "$jobs"
-cmake --install "$build" --prefix "$build/hangar" >/dev/null
-ls -l "$build"/hangar/*.exe
+cmake --install "$build" --prefix "$build/stage" >/dev/null
+ls -l "$build"/stage/*.exe

@@ -231,7 +231,7 @@ settings() {
 
 # --- The tests ------------------------------------------------------------------------------------
 
-# The tests name their files as the toolkit does, in letters that every code page has, so they run on
+# The tests name their files as wxWidgets does, in letters that every code page has, so they run on
 # a Windows of their own. A program that ended half-way has not passed.
 plain=$world/prefix-plain
 test_program() {

@@ -12,7 +12,7 @@ version=$(sed -n -E 's/^project\(.* VERSION ([0-9.]+).*/\1/p' CMakeLists.txt)
 build=build/windows
 package=$PWD/$build/Quirkmeter-$version
 
-# From a fresh folder: somebody may have flown in the hangar, and left files there.
+# From a fresh folder: a flight from the staged programs may have left files there.
 folder=$PWD/$build/package/Quirkmeter
 rm -rf "$folder" "$build"/Quirkmeter-*
 cmake --install "$build" --prefix "$folder" >/dev/null

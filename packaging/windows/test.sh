@@ -23,7 +23,7 @@ packaging/windows/pack.sh || status=$?
 ((status == 0))
 
 build=build/windows
-packaging/windows/imports.sh "$build"/hangar/*.exe
+packaging/windows/imports.sh "$build"/stage/*.exe
 cmake -DBUILD_TESTING=ON "$build" >/dev/null
 cmake --build "$build" -j "$(nproc)" --target program_test window_test windows_layer_test \
     -- --quiet

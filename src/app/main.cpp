@@ -11,7 +11,7 @@ class App final : public wxApp {
    public:
     App() { platform::PreferX11(); }
 
-    // There is no command line, so the toolkit's own handling of it is left out.
+    // There is no command line, so wxWidgets' own handling of it is left out.
     bool OnInit() override { return true; }
 
     int OnRun() override {

@@ -20,7 +20,7 @@
 #include <string>
 #include <string_view>
 
-// windows.h, which a widget set may have included before, makes macros of these.
+// windows.h, which wxWidgets may have included before, makes macros of these.
 #undef ReplaceFile
 #undef RtlMoveMemory
 #undef RtlZeroMemory
@@ -168,12 +168,12 @@ void EdgeOnDarkGround(WindowHandle checkBox);
 /// There must be a display.
 double TextScale();
 
-/// What a control is to the user: one of the system's own, or one that the widget set draws.
+/// What a control is to the user: one of the system's own, or one that wxWidgets draws.
 enum class ControlKind { Native, PickList, List, Display };
 
-/// Tells screen readers what a control is called and, where the widget set draws it, what it is and
+/// Tells screen readers what a control is called and, where wxWidgets draws it, what it is and
 /// shows now. They read that when it gets the keyboard, and when it changes while it has it.
-/// `control` is the widget set's handle.
+/// `control` is wxWidgets' handle.
 void Describe(WindowHandle control, ControlKind kind, const std::wstring& name,
               const std::wstring& shown);
 

@@ -30,7 +30,7 @@ namespace quirkmeter {
 
 namespace {
 
-// The empty pattern in front keeps the toolkit from giving a name an extension.
+// The empty pattern in front keeps wxWidgets from giving a name an extension.
 constexpr char ProfileFilter[] = "FS2002 Quirkmeter Profile (*.qmp)|;*.qmp";
 
 // Between two ticks, however long they take: time to paint and to hear from the window manager.

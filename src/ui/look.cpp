@@ -124,7 +124,7 @@ void ShowMessage(wxWindow* parent, const wxString& text, MessageIcon icon) {
     wxMessageBox(text, ProgramTitle, style, parent);
 }
 
-// The toolkit's converter of file names takes everything for UTF-8 that could be; the system's own
+// wxWidgets' converter of file names takes everything for UTF-8 that could be; the system's own
 // encoding comes first.
 wxString Shown(const std::string& text) {
     wxString shown(text.data(), wxConvLibc, text.size());

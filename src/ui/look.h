@@ -37,7 +37,7 @@ wxFont Black();  // the two signs beside the pick lists
 /// The colour where it can be read on the dialogs' dark grey, else white.
 wxColour ReadableOnDarkGrey(const wxColour& colour);
 
-/// Tells screen readers what a control is called and, where the toolkit draws it, what it shows.
+/// Tells screen readers what a control is called and, where wxWidgets draws it, what it shows.
 void Describe(wxWindow* control, platform::ControlKind kind, const wxString& name,
               const wxString& shown = {});
 

@@ -49,13 +49,13 @@ void PickList::SetSelection(int entry) {
     Describe();
 }
 
-// Once the list has been open, the toolkit would have its window take the keyboard instead, and no
+// Once the list has been open, wxWidgets would have its window take the keyboard instead, and no
 // Tab or click would bring the keyboard back here.
 void PickList::SetCanFocus(bool) {
     wxOwnerDrawnComboBox::SetCanFocus(true);
 }
 
-// The toolkit would take an access key for a letter that is typed, and the entry that is picked
+// wxWidgets would take an access key for a letter that is typed, and the entry that is picked
 // again for another.
 bool PickList::ProcessEvent(wxEvent& event) {
     if (IsAccessKey(event)) return false;
@@ -93,7 +93,7 @@ void PickList::OnChar(wxKeyEvent& event) {
     if (!FindTyped().empty()) Pick(FindTyped());
 }
 
-// The toolkit's own handling of Enter does not reach a control that wants all keys.
+// wxWidgets' own handling of Enter does not reach a control that wants all keys.
 void PickList::PressDefaultButton() {
     auto* dialog = static_cast<wxTopLevelWindow*>(wxGetTopLevelParent(this));
     auto* button = wxDynamicCast(dialog->GetDefaultItem(), wxButton);
@@ -107,13 +107,13 @@ void PickList::Describe() {
     look::Describe(this, platform::ControlKind::PickList, name_, GetValue());
 }
 
-// The layout says how wide it is. The toolkit would measure the text of every entry.
+// The layout says how wide it is. wxWidgets would measure the text of every entry.
 wxSize PickList::DoGetBestSize() const {
     return GetSizeFromTextSize(0);
 }
 
 void PickList::OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const {
-    // The toolkit paints the entry that is highlighted in the open list, and nothing else.
+    // wxWidgets paints the entry that is highlighted in the open list, and nothing else.
     bool highlighted = (flags & wxODCB_PAINTING_SELECTED) && !(flags & wxODCB_PAINTING_CONTROL);
     if (!highlighted) {
         dc.SetPen(*wxTRANSPARENT_PEN);

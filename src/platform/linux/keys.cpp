@@ -25,7 +25,7 @@ KeySymbols SymbolsOf(int virtualKey) {
     return {NoSymbol, NoSymbol};
 }
 
-// For its lifetime, a call that meets a lost connection returns. Otherwise Xlib, or the widget set
+// For its lifetime, a call that meets a lost connection returns. Otherwise Xlib, or wxWidgets
 // that put a handler of its own there, would end the process.
 class SurvivesLostServer {
    public:

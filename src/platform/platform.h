@@ -162,7 +162,7 @@ void ShowWarningIcons();
 /// draws the box. `checkBox` is wxWidgets' handle.
 void EdgeOnDarkGround(WindowHandle checkBox);
 
-// --- For every pair of eyes -------------------------------------------------------------------
+// --- Accessibility ----------------------------------------------------------------------------
 
 /// How much larger than usual the user wants texts, 1 or more, beside the scale of the display.
 /// There must be a display.

@@ -186,27 +186,6 @@ TEST_F(LinuxLayer, ALockedFolderHidesNobody) {
     EXPECT_LT(Clock::now() - start, std::chrono::seconds(1)) << "a request to end ends the wait";
 }
 
-TEST_F(LinuxLayer, WithoutADescriptorNothingCountsAsGone) {
-    Process owner(Owner("ThunderRT6FormDC", "FSQMHC"));
-    WindowHandle window = static_cast<WindowHandle>(owner.Number());
-    EXPECT_EQ(FindWindowA("none", nullptr), 0u);
-    EXPECT_EQ(GetLastError(), ErrorSuccess) << "there is none";
-    rlimit room;
-    getrlimit(RLIMIT_NOFILE, &room);
-    int next = dup(0);
-    close(next);
-    for (int free : {0, 1}) {
-        rlimit little{static_cast<rlim_t>(next + free), room.rlim_max};
-        setrlimit(RLIMIT_NOFILE, &little);
-        EXPECT_EQ(FindWindowA("ThunderRT6FormDC", "FSQMHC"), 0u) << free;
-        EXPECT_EQ(GetLastError(), ErrorNotEnoughMemory) << free;
-        EXPECT_EQ(InstanceProcess("Quirkmeter").has_value(), free == 1) << free;
-        EXPECT_EQ(Send(window, 5, 60000), 0) << free;
-        EXPECT_EQ(GetLastError(), ErrorNotEnoughMemory) << free;
-    }
-    setrlimit(RLIMIT_NOFILE, &room);
-}
-
 std::string AtomName(int atom) {
     char name[256];
     return {name, GlobalGetAtomNameA(static_cast<std::uint16_t>(atom), name, sizeof name)};

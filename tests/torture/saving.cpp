@@ -10,8 +10,8 @@
 
 #include "child_process.h"
 #include "model/catalogue.h"
+#include "model/main_window.h"
 #include "model/settings.h"
-#include "no_window.h"
 #include "persist/profile.h"
 
 using namespace quirkmeter;
@@ -20,6 +20,16 @@ namespace fs = std::filesystem;
 namespace {
 
 std::string Folder;
+
+struct NoWindow final : MainWindow {
+    void RefreshSubsystems() override {}
+    void SetStatusCaption(const std::string&) override {}
+    void SetSubSystemsHeading(const std::string&) override {}
+    void ShowSubsystemList(bool) override {}
+    platform::WindowHandle Handle() const override { return 0; }
+    void Unload() override {}
+    void ShowMessage(const std::string&, MessageIcon) override {}
+};
 
 // A profile whose first and last line tell that time.
 void Save(int time) {
@@ -75,7 +85,7 @@ int main(int, char** arguments) {
     std::mt19937 random(static_cast<unsigned>(std::stoul(arguments[1])));
     auto below = [&random](unsigned long end) { return random() % end; };
     umask(0);
-    static torture::NoWindow window;
+    static NoWindow window;
     TheMainWindow = &window;
     BuildCatalogue();
     bool root = geteuid() == 0;

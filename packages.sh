@@ -10,7 +10,7 @@ test_packages=(libgtest-dev libgmock-dev libbenchmark-dev libxtst-dev locales xd
   gir1.2-atspi-2.0 python3-gi)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
 
-# What was compiled in any folder is not compiled again.
+# ccache: share compiled objects between checkouts.
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=yes
 
 need() {

@@ -14,8 +14,8 @@ Companion::~Companion() {
     DropCompanionWindow();
 }
 
-// The program claims its instance before it looks for the window. So one that comes from here on
-// finds the window; what runs already is taken for the one that started this companion and ends.
+// The program claims its instance before it looks for the window. A program that starts from now on
+// therefore finds the window. A program that runs already started this companion and will end.
 platform::InstanceClaim Companion::Start() {
     using enum platform::InstanceClaim;
     platform::InstanceClaim claim = platform::ClaimSingleInstance("fsqmhc");
@@ -47,8 +47,8 @@ bool Companion::Tick() {
     ++ticks_;
     switch (state_) {
         case State::ProgramEnding:
-            // While the first one is ending, a second would end at once as well. One that stays, or
-            // that came later, was started by the user with this companion's window already there.
+            // A second program would end at once while the first one is still ending. A program that
+            // stays, or is a new one, was started by the user after this companion's window.
             if (running == 0) {
                 std::string program = platform::ProgramFile(program_);
                 platform::ShellExecuteA(0, "Open", program.c_str(), "", "", platform::ShowNormal);
@@ -67,7 +67,8 @@ bool Companion::Tick() {
     return false;
 }
 
-// One that came just now and saw the window is there when the window has gone, and gets it back.
+// A program may have found our window just before we dropped it. If one is running now, recreate
+// the window.
 bool Companion::KeepServing() {
     DropCompanionWindow();
     bool gone = RunningProgram() == 0u;  // false when it could not look

@@ -8,7 +8,7 @@ namespace quirkmeter {
 
 class Companion {
    public:
-    /// How long the program may take to end or to appear before the companion gives up on it.
+    /// The ticks for which the companion waits for the program to end or to appear.
     static constexpr int PatienceTicks = 30;
 
     /// `program` is the program's file with its leading backslash.
@@ -20,7 +20,7 @@ class Companion {
     /// Failed when the window could not be made.
     platform::InstanceClaim Start();
 
-    /// To be called once a second. False when the companion is to end.
+    /// Call it once a second. False when the companion must end.
     bool Tick();
 
    private:

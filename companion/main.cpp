@@ -1,5 +1,5 @@
-// fsqmhc.exe: a minimised window for as long as Quirkmeter runs in Hardcore Mode. The parameter that
-// Quirkmeter passes means nothing.
+// fsqmhc.exe: a minimised window for as long as Quirkmeter runs in Hardcore Mode. It ignores the
+// parameter that Quirkmeter passes.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>

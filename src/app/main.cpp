@@ -11,7 +11,7 @@ class App final : public wxApp {
    public:
     App() { platform::PreferX11(); }
 
-    // There is no command line, so wxWidgets' own handling of it is left out.
+    // The program has no command line: skip wxWidgets' parser.
     bool OnInit() override { return true; }
 
     int OnRun() override {

@@ -1,4 +1,4 @@
-// How the link to the simulator comes and goes.
+// Connecting to the simulator, and losing it.
 #pragma once
 
 namespace quirkmeter {

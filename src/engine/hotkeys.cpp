@@ -17,8 +17,8 @@ bool IsDown(std::int16_t state) {
     return state < 0;
 }
 
-// One that belongs to the combination must be down; one that does not must not even have been
-// tapped since it was last asked for.
+// A modifier of the combination must be down. Any other one must be up, and not tapped since the
+// last poll.
 bool ModifierMatches(std::int16_t state, bool wanted) {
     return wanted ? IsDown(state) : state == 0;
 }
@@ -31,7 +31,7 @@ bool IsHeld(const Hotkey& hotkey) {
     return ModifierMatches(ctrl, hotkey.WithCtrl()) && ModifierMatches(shift, hotkey.WithShift());
 }
 
-// Suspends or resumes failure drawing, which only a sound tells.
+// Suspends or resumes failure drawing. Only a sound tells the user.
 void ToggleActive() {
     if (HardcoreLock()) return;
     EngineState.Deactivated = !EngineState.Deactivated;

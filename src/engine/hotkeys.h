@@ -1,10 +1,10 @@
-// The hotkeys that work while the simulator has the keyboard.
+// The hotkeys, which work while the simulator has the focus.
 #pragma once
 
 namespace quirkmeter {
 
-/// Looks at the keyboard once and runs the action of every hotkey whose combination is held, as
-/// often as it is polled.
+/// Polls the keyboard once and runs the action of each hotkey whose combination is held. A held
+/// combination acts at every poll.
 void PollHotkeys();
 
 }  // namespace quirkmeter

@@ -1,10 +1,10 @@
-// The whole changing state of the program, whichever room holds it.
+// The whole changing state of the program, in all rooms.
 #pragma once
 
 namespace quirkmeter {
 
-/// Puts everything back to how it is before start-up. The link's objects are released, not
-/// forgotten; the main window and the platform stay as they are.
+/// Resets everything to the state before start-up, and releases the link's objects. The main window
+/// and the platform stay as they are.
 void ResetProgramState();
 
 }  // namespace quirkmeter

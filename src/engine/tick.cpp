@@ -19,7 +19,7 @@ namespace quirkmeter {
 
 namespace {
 
-// What one tick reads, beside the number of engines.
+// The values that one tick reads, beside the number of engines.
 struct SimReadings {
     std::uint16_t Pause = 0;
     std::uint16_t OnGround = 0;

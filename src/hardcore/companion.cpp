@@ -27,7 +27,7 @@ bool StartHardcoreCompanion() {
 }
 
 bool CheckHardcoreCompanion() {
-    // A window that could not be looked for has not gone.
+    // A failed search does not mean that the window is gone.
     if (CompanionIsThere() || platform::GetLastError() != platform::ErrorSuccess) return true;
     TheMainWindow->Unload();
     return false;

@@ -52,7 +52,7 @@ void MaintainStall(FailureRow& row, const SubsystemEntry& entry) {
     if (--row.Counter == 0) ClearFailure(row.System, row.SubSystem);
 }
 
-// What the tank holds now; nothing when the simulator did not say.
+// The level of the tank; nothing when the simulator did not answer.
 std::optional<std::int32_t> ReadLevel(const SubsystemEntry& entry) {
     std::int32_t level = 0;
     std::int32_t result = 0;
@@ -111,7 +111,7 @@ std::int32_t WriteFailureValue(std::int32_t offset, std::int32_t state, std::int
 
 void MaintainFailures() {
     if (FailureCount < 1) return;
-    // Newest first, so that a row taken out moves only rows that were dealt with.
+    // Newest first: removing a row then moves only rows that are done.
     for (int i = FailureCount; i >= 1; --i) MaintainRow(FailureList[i]);
     Send();
 }

@@ -1,4 +1,4 @@
-// Turns the failure list into effects in the simulator, keeps them in force and takes them back.
+// Applies the failures of the list in the simulator, keeps them in force and undoes them.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ namespace quirkmeter {
 /// throttle.
 inline bool DisconnectFlags[4] = {};
 
-/// A stall ends by itself so many ticks after the one in which it began.
+/// The ticks from the beginning of a stall to its end.
 inline constexpr std::int32_t StallTicks = 30;
 
 /// The one place that knows how a catalogue value becomes bytes in the simulator. `size` is 1, 2 or
@@ -24,11 +24,11 @@ std::int32_t WriteFailureValue(std::int32_t offset, std::int32_t state, std::int
 /// when nothing is failed. Once in every tick that could read the simulator.
 void MaintainFailures();
 
-/// Takes one failure back where its mode allows and out of the list; nothing when it is not there.
+/// Undoes one failure where its mode allows and removes its row. Does nothing without such a row.
 void ClearFailure(int system, int subsystem);
 
-/// Clears all, recomputes the failure ranges, refreshes the list and, unless quiet, plays the ok sound. Refused under the Hardcore
-/// lock.
+/// Clears all, recomputes the failure ranges, refreshes the list and, unless quiet, plays the ok
+/// sound. Refused under the Hardcore lock.
 void ClearAllFailures(bool quiet);
 
 /// Clears the newest, refreshes the list and plays the ok sound. Refused under the Hardcore lock.

@@ -28,8 +28,8 @@ struct WriteHeader {
 };
 static_assert(sizeof(ReadHeader) == 16 && sizeof(WriteHeader) == 12);
 
-// Where the answers of the queued reads go. A record has 4 bytes for its destination, which an
-// address may not fit into: it holds the number of the entry here, from 1; 0 skips the answer.
+// The destinations of the queued reads. The 4 bytes for it in a record may be too few for an
+// address, so they hold the number of the entry here, from 1; 0 skips the answer.
 struct PendingRead {
     void* Destination;
     std::int32_t Size;
@@ -68,7 +68,7 @@ void Put(const Record& record) {
     SimLink.Next += sizeof record;
 }
 
-// The process id makes the name the process's own; the longest takes 23 characters and a zero.
+// The process id makes the name unique. The longest name has 23 characters and a zero.
 std::array<char, 24> BlockName() {
     std::array<char, 24> name{};
     std::snprintf(name.data(), name.size(), "%s:%X:1", IpcName, GetCurrentProcessId());
@@ -91,25 +91,25 @@ bool VersionsAreKnown() {
 }
 
 bool Deliver(std::uintptr_t& reply) {
-    // The atom's 32 bits, not more: the module at the other end may be a 32-bit one.
+    // Send no more than the atom's 32 bits: the module may be a 32-bit program.
     auto wParam = static_cast<std::uint32_t>(SimLink.Atom);
     return SendMessageTimeoutA(SimLink.Window, SimLink.MessageId, wParam, 0, SendBlock, 2000,
                                &reply) != 0;
 }
 
-// A window that is there may answer the next time. One that is gone is not asked again, other than
-// the protocol has it: its handle never comes back, or comes back as somebody else's window, and
-// with a failure to clear in every system the program would stand still for a minute and more.
+// Deviation from the protocol: a window that is gone is never retried. Its handle is not reused, or
+// is another window's by then, and clearing many failures would freeze the program for a minute.
 bool WindowIsGone() {
     return GetLastError() == ErrorInvalidWindowHandle;
 }
 
-// Nothing is sent then: a silent simulator would hold up the end. The price of a flight still is.
+// Send nothing once the program must end: a silent simulator would delay it. The price of a
+// Hardcore flight is the exception.
 bool ProgramIsEnding() {
     return TerminationRequested() && !HardcoreLock();
 }
 
-// The last retry comes too late even when it was delivered.
+// The last retry counts as too late, even if it was delivered.
 bool DeliverWithRetries(std::uintptr_t& reply) {
     constexpr int MaxRetries = 40;
     bool delivered = !ProgramIsEnding() && Deliver(reply);
@@ -121,9 +121,8 @@ bool DeliverWithRetries(std::uintptr_t& reply) {
     return delivered && retries < MaxRetries;
 }
 
-// Reads the answered block from its start. The module is another process, so every header is copied
-// before it is checked, and believed only as far as it stays within the block and within what the
-// caller asked for.
+// Reads the answered block from its start. The module is another process and may change the block at
+// any time: copy each header before checking it against the block's end and the request.
 class AnswerReader {
    public:
     bool Copy(void* destination, std::int32_t size) {
@@ -144,7 +143,7 @@ class AnswerReader {
         return true;
     }
 
-    /// What the next record is, without taking it; nothing when the block ends before it.
+    /// The identifier of the next record, which stays; nothing when the block ends before it.
     std::optional<std::int32_t> NextIdentifier() const {
         std::int32_t identifier = 0;
         if (!AnswerReader(*this).Take(identifier)) return std::nullopt;

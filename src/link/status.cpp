@@ -23,7 +23,7 @@ void AppendLabel(std::string& line, const FailureRow& row) {
     line.append(Catalogue[row.System][row.SubSystem].Name).append(")");
 }
 
-// The user wants failures told, and Hardcore Mode does not forbid it.
+// True when the user wants to see failures and Hardcore Mode does not hide them.
 bool TellsFailures() {
     return Settings.DisplayFailures && !Settings.HardcoreActive;
 }

@@ -1,4 +1,4 @@
-// The status line: its texts, and how it gets into the window and onto the simulator's screen.
+// The status line: its texts, in the window and on the simulator's screen.
 #pragma once
 
 #include <string_view>
@@ -9,14 +9,15 @@ namespace quirkmeter {
 /// that the simulator's text has room for.
 void ShowSimMessage(std::string_view text);
 
-/// Begins EngineState.StatusText anew with the state of the link.
+/// Sets EngineState.StatusText to the state of the link.
 void DescribeConnection();
 
-/// Begins EngineState.StatusText anew with the state of the flight, on hold or operational, and
-/// counts the failures.
+/// Sets EngineState.StatusText to the state of the flight, on hold or operational, and the number of
+/// failures.
 void DescribeFlight();
 
-/// Appends the names of the failures, newest first, or the Hardcore Mode ending. Once to each line.
+/// Appends the names of the failures, newest first, or the Hardcore Mode ending. Call it once for
+/// each line.
 void FinishStatus();
 
 /// Puts EngineState.StatusText into the label and, if the user wishes, on the simulator's screen,

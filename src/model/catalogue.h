@@ -9,7 +9,7 @@
 
 namespace quirkmeter {
 
-/// What a failure does to its simulator variable.
+/// The effect of a failure on its simulator variable.
 enum class FailureMode {
     None = 0,
     Disconnect = 1,  // one bit of a byte shared by four controls, written while any is failed
@@ -49,8 +49,8 @@ inline bool IsRetractable(const SubsystemEntry& entry) {
 inline constexpr int SystemSlots = 8;
 inline constexpr int SubsystemSlots = 15;
 
-/// Systems and sub-systems are numbered from 1. System 8 and sub-system 15 have no name, so that
-/// every walk meets its end before the table's.
+/// Systems and sub-systems are numbered from 1. System 8 and sub-system 15 have no name and end
+/// every walk within the table.
 extern SubsystemEntry Catalogue[SystemSlots + 1][SubsystemSlots + 1];
 
 /// Short names by system number, from 1.
@@ -73,7 +73,7 @@ void ForEachSubsystem(Visit visit) {
             visit(s, n, Catalogue[s][n]);
 }
 
-/// How many sub-systems the system has; 0 for a system that is not there.
+/// The number of sub-systems of the system; 0 for a system that does not exist.
 int SubsystemCount(int system);
 
 }  // namespace quirkmeter

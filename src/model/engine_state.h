@@ -1,5 +1,5 @@
-// What the engine knows of the simulator and of itself, kept between ticks. A tick that cannot read
-// the simulator leaves the values as they were.
+// The engine's state between ticks. A tick that cannot read the simulator leaves the values as they
+// were.
 #pragma once
 
 #include <cstdint>
@@ -27,8 +27,8 @@ inline bool OnHold() {
     return EngineState.SimPaused || !EngineState.Airborne || EngineState.Deactivated;
 }
 
-/// Hardcore Mode in flight: whatever would avoid or undo failures is refused, without a message or
-/// a sound.
+/// Hardcore Mode in flight: every action that would avoid or undo failures is refused, without a
+/// message or a sound.
 inline bool HardcoreLock() {
     return Settings.HardcoreActive && EngineState.Airborne;
 }

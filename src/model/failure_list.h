@@ -35,7 +35,7 @@ void AddFailure(int system, int subsystem);
 /// The newest row that holds the pair; 0 when none does.
 int FindFailure(int system, int subsystem);
 
-/// Empties the sub-system's Failed and takes out row `row` (1 to FailureCount); later rows move up.
+/// Clears the sub-system's Failed and removes row `row` (1 to FailureCount); later rows move up.
 void RemoveFailureRow(int row);
 
 }  // namespace quirkmeter

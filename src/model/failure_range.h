@@ -1,5 +1,5 @@
-// Failure ranges and draw steps: what chance makes of the reliabilities. Whoever changes a
-// reliability or its hours calls ComputeFailureRanges afterwards.
+// Failure ranges and draw steps, computed from the reliabilities. Code that changes a reliability or
+// its hours must call ComputeFailureRanges afterwards.
 #pragma once
 
 #include "model/catalogue.h"
@@ -10,7 +10,7 @@ namespace quirkmeter {
 inline constexpr int TicksPerDrawStep = 10;
 inline constexpr int DrawStepsPerHour = 3600 / TicksPerDrawStep;
 
-/// A draw is a number from 0 to this.
+/// The largest draw; the smallest is 0.
 inline constexpr std::int32_t MaxDraw = 100000;
 
 /// The entry's reliability in percent and the hours of its period. A text that is no number counts

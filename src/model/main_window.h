@@ -1,5 +1,5 @@
-// The one way up: what the rooms below the user interface ask of the main window. frmMain
-// implements it; a test puts its own in its place.
+// The interface through which the lower rooms call the main window. frmMain implements it, a test
+// replaces it.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@ class MainWindow {
     virtual void SetStatusCaption(const std::string& caption) = 0;
     virtual void SetSubSystemsHeading(const std::string& heading) = 0;
     virtual void ShowSubsystemList(bool show) = 0;
-    /// The window's handle, for what the system is to show in front of it.
+    /// The window's handle, the owner of anything that the system shows in front of it.
     virtual platform::WindowHandle Handle() const = 0;
     /// Runs the whole closing sequence and ends the program, at the latest once the caller has
     /// returned.

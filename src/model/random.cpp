@@ -12,7 +12,7 @@ std::uint64_t State = 0;
 std::uint32_t SeededWith = 0;
 bool FollowsClock = true;
 
-// SplitMix64. A new seed costs it nothing, where most generators fill a table with each.
+// SplitMix64, because seeding it is free. Most generators fill a table for each seed.
 std::uint64_t NextBits() {
     State += 0x9E3779B97F4A7C15;
     std::uint64_t bits = (State ^ State >> 30) * 0xBF58476D1CE4E5B9;
@@ -20,8 +20,8 @@ std::uint64_t NextBits() {
     return bits ^ bits >> 31;
 }
 
-// What the sequence has come to is mixed with the clock, so that the same second of another day
-// does not bring back the same flight.
+// Mixes the old state into the new seed, so that the same second of another day gives another
+// flight.
 void SeedFromClock() {
     auto clock = std::bit_cast<std::uint32_t>(static_cast<float>(platform::SecondsSinceMidnight()));
     if (clock == SeededWith) return;

@@ -10,11 +10,11 @@ namespace quirkmeter {
 /// call; within one clock reading the sequence goes on.
 std::int32_t RandomInRange(std::int32_t high, std::int32_t low);
 
-/// Back to the beginning, where every run starts.
+/// Resets chance to the state at the start of the program.
 void ResetRandom();
 
-/// Starts the sequence of that number. From now on nothing is seeded from the clock: the same number
-/// gives the same draws.
+/// Starts the sequence of that seed, and stops seeding from the clock: the same seed gives the same
+/// draws.
 void StartSequence(std::uint64_t number);
 
 }  // namespace quirkmeter

@@ -10,14 +10,14 @@ namespace quirkmeter {
 
 class LineReader {
    public:
-    /// A longer line can be none of ours and reads as an empty one.
+    /// The longest line; a longer one reads as an empty line.
     static constexpr std::size_t MaxLine = 1 << 20;
 
     explicit LineReader(const std::string& path) : file_(platform::OpenRegularFile(path)) {
         Peek();
     }
 
-    /// It is a regular file that could be opened, and read so far without an error.
+    /// True for a regular file that could be opened, and read so far without an error.
     bool Ok() const { return file_ && std::ferror(file_.get()) == 0; }
 
     /// The next line without its end, which is CR LF, LF, CR or the end of the file; false when

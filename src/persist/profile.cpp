@@ -31,7 +31,7 @@ struct ProfileLine {
     float Reliability, Hours;
 };
 
-// Null when the line was good, else what is wrong with it.
+// Returns the fault of the line; null for a good one.
 using LineFault = const char*;
 
 LineFault ParseLine(std::string_view line, ProfileLine& parsed) {
@@ -44,7 +44,7 @@ LineFault ParseLine(std::string_view line, ProfileLine& parsed) {
         fields[i] = *number;
         if (i < 3) line.remove_prefix(end + 1);
     }
-    // Whole numbers are read as numbers that round to one, a half to the even neighbour.
+    // A whole number is rounded from any number, a half to the even neighbour.
     parsed = {std::nearbyint(fields[0]), std::nearbyint(fields[1]), static_cast<float>(fields[2]),
               static_cast<float>(fields[3])};
     return nullptr;
@@ -54,8 +54,8 @@ bool InRange(float value, float max) {
     return value >= 0 && value <= max;
 }
 
-// What a profile sets, by the numbers of the sub-systems. Of several lines for one the last counts,
-// so that only the last becomes a text.
+// The values that a profile sets for a sub-system. The last of several lines counts, and only its
+// numbers are turned into texts.
 struct Setting {
     std::optional<float> Reliability, Hours;
 };

@@ -14,16 +14,16 @@ struct ProfileFault {
 };
 
 /// Reads a profile into the catalogue. A bad line, or a file that cannot be read, ends the reading;
-/// what the lines before it said stays.
+/// the values of the lines before it stay.
 std::optional<ProfileFault> ApplyProfile(const std::string& path);
 
-/// Writes the catalogue's reliability data to the file named by Settings.LastProfile and shows its
-/// name in the heading. The old file is whole until the new one is. A failure is told in a message
-/// box.
+/// Writes the catalogue's reliability data to the file named by Settings.LastProfile, as one step,
+/// and shows its name in the heading. Reports a failure in a message box.
 void WriteProfile();
 
 /// Applies the file named by Settings.LastProfile, shows its name in the heading, recomputes the
-/// failure ranges and refreshes the list. A fault is told in a message box and empties LastProfile.
+/// failure ranges and refreshes the list. A fault empties LastProfile and is reported in a message
+/// box.
 void ReadProfile();
 
 }  // namespace quirkmeter

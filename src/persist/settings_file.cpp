@@ -46,7 +46,7 @@ void Warn(const std::string& problem) {
     TheMainWindow->ShowMessage(problem + SettingsPath() + " file", MessageIcon::Warning);
 }
 
-// Another program, such as a virus scanner, may hold the file for a moment.
+// Retry: another program, such as a virus scanner, may have the file open for a moment.
 LineReader OpenSettings() {
     constexpr int MaxRetries = 20;
     LineReader file(SettingsPath());
@@ -79,7 +79,7 @@ std::string SettingsText() {
     auto addLine = [&text](std::string_view key, std::string_view value) {
         text.append(key).append(value).append("\r\n");
     };
-    // A line break in the path would begin a line of its own.
+    // A line break in the path would start another line.
     bool oneLine = Settings.LastProfile.find_first_of("\r\n") == std::string::npos;
     addLine(LastProfileKey, oneLine ? Settings.LastProfile : "");
     for (const HotkeyKeys& keys : HotkeyTable) {
@@ -90,7 +90,7 @@ std::string SettingsText() {
     }
     for (const SwitchKey& option : SwitchKeys)
         if (Settings.*option.Field) addLine(option.Key, On);
-    // Last, since reading it may end the program before the lines behind it.
+    // Read this key last: it may end the program.
     if (Settings.HardcoreMode) addLine(HardcoreModeKey, On);
     return text;
 }

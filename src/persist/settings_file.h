@@ -3,13 +3,13 @@
 
 namespace quirkmeter {
 
-/// Fills Settings from the file; a missing file, key or number leaves the value as it is. A file
-/// that is there and cannot be opened is tried again for 2 seconds, then told in a message box. False
-/// when Hardcore Mode is chosen and its companion does not run yet: the program is to end at once.
+/// Fills Settings from the file; a missing file, key or number leaves the value as it is. Retries for
+/// 2 seconds to open an existing file, then reports the failure in a message box. False when Hardcore
+/// Mode is chosen and its companion does not run yet: the program must end at once.
 bool ReadSettings();
 
-/// Replaces the file with the current Settings, but not one that ReadSettings could not read; a
-/// failure is told in a message box.
+/// Replaces the file with the current Settings, unless ReadSettings could not read it. Reports a
+/// failure in a message box.
 void WriteSettings();
 
 }  // namespace quirkmeter

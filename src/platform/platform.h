@@ -1,5 +1,5 @@
 // The functions of the operating system that the programs use, by their Windows names, and the
-// other side of the wire that a practice simulator and a companion need.
+// receiving side of messages for the practice simulator and the companion.
 //
 // One header, three sets of .cpp files, chosen at link time: windows/ forwards to the real
 // functions, linux/ does the same work between Linux processes, inprocess/ does it within one
@@ -50,8 +50,8 @@ inline constexpr std::uint32_t ErrorInvalidWindowHandle = 1400;
 
 /// Finds a top-level window by its class, and by its title where `title` is not null.
 /// `parent` and `childAfter` must be 0: only the search from the start is supported.
-/// 0 when there is none, and the last error is then ErrorSuccess; with any other one, it could not be
-/// looked for, and may be there.
+/// Returns 0 with the last error ErrorSuccess when there is none. With any other error the search
+/// failed, and the window may exist.
 WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const char* className,
                            const char* title);
 WindowHandle FindWindowA(const char* className, const char* title);
@@ -80,8 +80,8 @@ using MessageHandler = std::function<std::intptr_t(std::uint32_t message, std::u
 WindowHandle OwnWindow(const char* className, const char* title, MessageHandler handler);
 void DropWindow(WindowHandle window);
 
-/// Shows an owned window as a minimised one, in the task bar, where there is a display. To close it
-/// is to ask the process to end (TerminationRequested).
+/// Shows an owned window minimised in the task bar, if there is a display. Closing it requests the
+/// end of the process (TerminationRequested).
 void ShowInTaskBar(WindowHandle window);
 
 /// Calls the handlers for the messages sent to this thread's windows, waiting for at most
@@ -164,15 +164,15 @@ void EdgeOnDarkGround(WindowHandle checkBox);
 
 // --- Accessibility ----------------------------------------------------------------------------
 
-/// How much larger than usual the user wants texts, 1 or more, beside the scale of the display.
-/// There must be a display.
+/// The factor, 1 or more, by which the user enlarged texts beside the scale of the display. There
+/// must be a display.
 double TextScale();
 
-/// What a control is to the user: one of the system's own, or one that wxWidgets draws.
+/// The kind of a control: one of the system's own, or one that wxWidgets draws.
 enum class ControlKind { Native, PickList, List, Display };
 
-/// Tells screen readers what a control is called and, where wxWidgets draws it, what it is and
-/// shows now. They read that when it gets the keyboard, and when it changes while it has it.
+/// Tells screen readers the name of a control and, where wxWidgets draws it, its kind and value.
+/// They read these when the control gets the focus, and when they change while it has the focus.
 /// `control` is wxWidgets' handle.
 void Describe(WindowHandle control, ControlKind kind, const std::wstring& name,
               const std::wstring& shown);
@@ -190,8 +190,8 @@ InstanceClaim ClaimSingleInstance(const char* program);
 /// found out.
 std::optional<std::uint32_t> InstanceProcess(const char* program);
 
-/// What is wrong and what the user can do about it, by the last error of this thread, where a call
-/// has failed without which a program cannot start.
+/// The message for a user whose program cannot start, because a call has failed with the last error
+/// of this thread: the fault and its remedy.
 std::string LastErrorText();
 
 /// True once the user or the system has asked the process to end: on Linux by an interrupt, a
@@ -199,9 +199,8 @@ std::string LastErrorText();
 /// Windows by a request to close an owned window, which does not close it.
 bool TerminationRequested();
 
-/// True when that standard stream (0 in, 1 out, 2 errors) is a terminal that the program was started
-/// from. A console that Windows opened for this process alone, as it does for a console program that
-/// is not started from one, is none.
+/// True when that standard stream (0 in, 1 out, 2 errors) is a terminal from which the program was
+/// started. A console that Windows opened for this process alone does not count.
 bool OnTerminal(int stream);
 
 /// Closes a console of that kind. Elsewhere there is none.
@@ -211,8 +210,8 @@ void CloseOwnConsole();
 /// file that grows by both standard output and errors, does not count.
 bool OutputRedirected();
 
-/// True when the path names no file but what is written to as it is: a device, a pipe, one of the
-/// process's own streams such as /dev/stdout.
+/// True when the path names a device, a pipe or one of the process's own streams, such as
+/// /dev/stdout, instead of a file.
 bool IsStream(const std::string& path);
 
 /// The path of a file in the folder of the running executable; `name` begins with a backslash,
@@ -241,18 +240,18 @@ bool HoldsPath(const std::wstring& path);
 /// The decimal separator of the user's regional settings.
 char DecimalSeparator();
 
-/// Replaces a file's content, or makes the file. A link is followed and stays, also where the file
-/// that it leads to is not there yet; further names of a file (hard links) keep leading to it. On
-/// Linux, owner, group and permissions stay; on Windows a folder gives its permissions to the file.
-/// As one step, if the folder lets a new file take the old one's place: whatever fails and whenever
-/// the process ends, the file then holds either all of its old content or all of the new one. Else,
-/// or where a new file would change the owner or leave another name behind, the file is written in
-/// place, after all that can be known beforehand has been seen to. Only a process that is killed in
-/// the millisecond that this takes leaves a mixture of both. False when it could not be written; a
-/// file or folder that may not be written and a disk without room leave the old content as it is.
+/// Replaces a file's content, or creates the file. Follows links, also to a file that does not exist
+/// yet, and keeps hard links. On Linux, owner, group and permissions stay; on Windows the file gets
+/// the folder's permissions.
+///
+/// If the folder allows it, the replacement is one step: after any failure or end of the process the
+/// file holds either all of its old content or all of the new one. If the folder forbids it, or a new
+/// file would change the owner or break a hard link, the file is written in place after all checks.
+/// A process that is killed in that millisecond leaves a mixture of both. Returns false on failure;
+/// missing permissions and a full disk leave the old content as it is.
 bool ReplaceFile(const std::string& path, std::string_view content);
 
-/// True when ReplaceFile will write there, as far as can be told beforehand. Changes nothing.
+/// True when ReplaceFile will succeed there, as far as can be checked. Changes nothing.
 bool CanReplaceFile(const std::string& path);
 
 }  // namespace quirkmeter::platform

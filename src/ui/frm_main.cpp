@@ -33,7 +33,7 @@ namespace {
 // The empty pattern in front keeps wxWidgets from giving a name an extension.
 constexpr char ProfileFilter[] = "FS2002 Quirkmeter Profile (*.qmp)|;*.qmp";
 
-// Between two ticks, however long they take: time to paint and to hear from the window manager.
+// The shortest pause between two ticks, in which the window is painted and events are handled.
 constexpr std::chrono::milliseconds Rest{250};
 
 enum RowIcon { GreenIcon, RedIcon, YellowIcon };
@@ -82,7 +82,7 @@ frmMain::~frmMain() {
 }
 
 bool frmMain::Load() {
-    platform::TerminationRequested();  // from here on a request is heard
+    platform::TerminationRequested();  // installs the signal handlers
     platform::WhenDisplayIsLost([this] {
         displayIsLost_ = true;
         EndFlight();
@@ -271,7 +271,7 @@ void frmMain::BindHandlers() {
     lvwSubSystems->Bind(wxEVT_LIST_ITEM_SELECTED, [this](wxListEvent&) { DescribeRow(); });
     lvwSubSystems->Bind(wxEVT_LEFT_DOWN, &frmMain::OnSubSystemsDown, this);
     lvwSubSystems->Bind(wxEVT_LEFT_UP, &frmMain::OnSubSystemsUp, this);
-    // The native list keeps the release of the button for itself and tells of a click.
+    // The native list reports a click instead of the button's release.
     lvwSubSystems->Bind(wxEVT_COMMAND_LEFT_CLICK, [this](wxCommandEvent&) { ClickPressedRow(); });
     lvwSubSystems->Bind(wxEVT_RIGHT_DOWN, [](wxMouseEvent&) {});  // would only deselect
     lvwSubSystems->Bind(wxEVT_CHAR, &frmMain::OnSubSystemsChar, this);
@@ -311,8 +311,7 @@ void frmMain::SelectRow(int row) {
     lvwSubSystems->SetItemState(row - 1, State, State);
 }
 
-// Rows that stay are changed in place and only where they differ: nothing flickers, and the list
-// does not scroll under the user's eyes.
+// Update rows in place, and only where they differ, so that nothing flickers or scrolls.
 void frmMain::FillSubsystemList() {
     int system = SelectedSystem();
     int rows = SubsystemCount(system);
@@ -328,7 +327,7 @@ void frmMain::FillSubsystemList() {
     DescribeRow();
 }
 
-// What the selected row shows, with the titles of its columns.
+// Describes the selected row to screen readers, with the titles of its columns.
 void frmMain::DescribeRow() {
     long row = SelectedRow() - 1;
     if (row < 0) return;
@@ -365,8 +364,8 @@ void frmMain::RefreshSubsystems() {
         SelectRow(LastClickedItem);
 }
 
-// A click is pressed and released on one row. Below the rows there is nothing to press: the list
-// would deselect its row, and the keyboard would have none.
+// A click is a press and a release on the same row. Ignore a press below the rows: it would
+// deselect the row and leave the keyboard without one.
 void frmMain::OnSubSystemsDown(wxMouseEvent& event) {
     pressedRow_ = RowAt(event.GetPosition());
     event.Skip(pressedRow_ > 0);
@@ -389,8 +388,8 @@ void frmMain::OnSubSystemsChar(wxKeyEvent& event) {
     ClickPressedRow();
 }
 
-// The dialog waits until the list has dealt with the click itself. However often the click is told,
-// it opens once, and on the row that was pressed, which a tick may have deselected meanwhile.
+// Open the dialog after the list has handled the click itself. The native list can report one click
+// twice; open one dialog, for the row that was pressed: a tick may have deselected it.
 void frmMain::ClickPressedRow() {
     CallAfter([this] {
         if (pressedRow_ > 0) OnSubSystemsClick(std::exchange(pressedRow_, 0));
@@ -520,7 +519,7 @@ void frmMain::ShowMessage(const std::string& text, MessageIcon icon) {
     if (!displayIsLost_) look::ShowMessage(this, look::Shown(text), icon);
 }
 
-// The list may have been hidden since it had the keyboard here, which then nothing has.
+// If the focused list was hidden meanwhile, nothing has the focus: give it to the systems list.
 void frmMain::OnActivate(wxActivateEvent& event) {
     event.Skip();
     if (!event.GetActive() || lvwSubSystems->IsShown()) return;
@@ -537,12 +536,13 @@ void frmMain::OnTimer() {
         return;
     }
     tmrTimer.StartOnce(TickMilliseconds);
-    // GTK runs timers before it paints, and this after. A window that is minimised from the beginning
+    // GTK runs timers before it paints, and idle handlers afterwards. A window that starts minimised
     // is never painted.
     CallAfter(phase_ == Phase::Ticking ? &frmMain::Tick : &frmMain::Start);
 }
 
-// Ticks keep to whole seconds, whatever time they take themselves, unless one takes longer.
+// Schedule ticks at whole seconds, however long each takes. A tick of more than a second delays the
+// next one.
 void frmMain::Tick() {
     using namespace std::chrono;
     if (phase_ == Phase::Ticking) EngineTick();
@@ -562,13 +562,13 @@ void frmMain::Unload() {
 
 void frmMain::OnClose() {
     EndFlight();
-    // A dialog that is open has a loop and a handler of its own, which would go on without their
-    // window; everything is done, so the program ends here.
+    // An open dialog runs its own event loop, which would continue without this window. Everything
+    // is saved, so exit here.
     if (modals_.Open > 0) std::_Exit(EXIT_SUCCESS);
     Destroy();
 }
 
-// Once, and only if the settings have been read.
+// Save once, and only if the settings have been read.
 void frmMain::EndFlight() {
     Phase ended = std::exchange(phase_, Phase::Closing);
     if (ended == Phase::Starting || ended == Phase::Closing) return;

@@ -24,7 +24,7 @@ class frmMain final : public wxFrame, public MainWindow {
     frmMain();
     ~frmMain() override;
 
-    /// Start-up as far as the last profile, before the window is shown. False when the program is to
+    /// Start-up as far as the last profile, before the window is shown. False when the program must
     /// end at once, with ExitCode.
     bool Load();
     /// Shows the window, which calls Start once it has been painted.
@@ -59,7 +59,7 @@ class frmMain final : public wxFrame, public MainWindow {
    private:
     void SayWhyItCannotStart();
     void CreateControls();
-    /// In the place of the list of sub-systems.
+    /// Shown instead of the list of sub-systems.
     void CreateHardcoreNotice(const wxRect& place);
     void MakeRoomForSystems();
     void MakeRoomForSubsystems();
@@ -95,7 +95,7 @@ class frmMain final : public wxFrame, public MainWindow {
     void OnReliabilitiesChanged();
     void TestFailure(int system, int subsystem);
 
-    // How many dialogs and boxes are open.
+    // Counts the open dialogs and message boxes.
     class ModalCount final : public wxModalDialogHook {
        public:
         ModalCount() { Register(); }

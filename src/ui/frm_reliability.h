@@ -9,8 +9,8 @@
 
 namespace quirkmeter {
 
-/// What the dialog and its caller exchange. The caller sets the first two before it makes the
-/// dialog; at most one of the flags is set when it has closed.
+/// The values that go into the dialog and come back. The caller sets the first two before it creates
+/// the dialog; at most one of the flags is set when it has closed.
 struct ReliabilityEdit {
     float EditReliability;      // percent, 0 to 100, in thousandths
     float EditHours;            // 0 to 999

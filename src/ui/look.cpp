@@ -19,7 +19,7 @@ wxPoint FromTwips(const wxWindow* window, int x, int y) {
     return window->FromDIP(wxPoint(static_cast<int>(x * scale), static_cast<int>(y * scale)));
 }
 
-// Drawn larger and scaled down, so that its edge is smooth on every platform alike.
+// Draws the disc larger and scales it down: the edge is then equally smooth on each platform.
 wxBitmap DiscBitmap(const wxColour& colour, int size) {
     constexpr int Oversampling = 8;
     int largeSize = size * Oversampling;
@@ -75,7 +75,7 @@ wxColour ReadableOnDarkGrey(const wxColour& colour) {
     return colour.GetLuminance() > 0.6 ? colour : White;
 }
 
-// What has the keyboard may be a part of the control.
+// The focus may be in a child of the control.
 void Describe(wxWindow* control, platform::ControlKind kind, const wxString& name,
               const wxString& shown) {
     for (wxWindow* part : control->GetChildren())
@@ -124,8 +124,7 @@ void ShowMessage(wxWindow* parent, const wxString& text, MessageIcon icon) {
     wxMessageBox(text, ProgramTitle, style, parent);
 }
 
-// wxWidgets' converter of file names takes everything for UTF-8 that could be; the system's own
-// encoding comes first.
+// Try the system's encoding first: wxWidgets' converter for file names prefers UTF-8.
 wxString Shown(const std::string& text) {
     wxString shown(text.data(), wxConvLibc, text.size());
     return shown.empty() ? wxString(text.data(), *wxConvFileName, text.size()) : shown;

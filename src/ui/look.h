@@ -1,4 +1,4 @@
-// What the program's windows have in common: units, colours, fonts, row icons.
+// The common look of the program's windows: units, colours, fonts, row icons.
 #pragma once
 
 #include <wx/bmpbndl.h>
@@ -50,14 +50,14 @@ void PaintGreen(wxWindow* control);
 /// A disc of that colour, 11 pixels across in a 16 x 16 image on dark green, sharp at any scale.
 wxBitmapBundle Disc(const wxColour& colour);
 
-/// What the title bar and the task bar show of the program: a red disc.
+/// The program's icon in title bar and task bar: a red disc.
 wxIconBundle ProgramIcons();
 
-/// Makes a control that is smaller than its text is high or wide as large as it needs.
+/// Enlarges a control to the size of its text, if it is smaller.
 void MakeRoomForText(wxWindow* control);
 
-/// A message box with an OK button and the program's title, in front of `parent`, which has the
-/// keyboard again when the user has closed it.
+/// Shows a message box with an OK button and the program's title in front of `parent`, and returns
+/// the focus to it.
 void ShowMessage(wxWindow* parent, const wxString& text, MessageIcon icon);
 
 /// Texts of the rooms below, paths above all, are bytes in the system's encoding of file names.

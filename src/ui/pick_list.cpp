@@ -13,7 +13,7 @@ namespace quirkmeter {
 
 namespace {
 
-// A longer pause begins a new entry.
+// A longer pause starts a new search text.
 constexpr long TypingPause = 1000;
 
 bool IsAccessKey(const wxEvent& event) {
@@ -49,14 +49,14 @@ void PickList::SetSelection(int entry) {
     Describe();
 }
 
-// Once the list has been open, wxWidgets would have its window take the keyboard instead, and no
-// Tab or click would bring the keyboard back here.
+// After the list was open, wxWidgets would focus the popup window, and neither Tab nor a click would
+// return the focus.
 void PickList::SetCanFocus(bool) {
     wxOwnerDrawnComboBox::SetCanFocus(true);
 }
 
-// wxWidgets would take an access key for a letter that is typed, and the entry that is picked
-// again for another.
+// wxWidgets would treat a typed letter as an access key, and report a change when the same entry is
+// picked again.
 bool PickList::ProcessEvent(wxEvent& event) {
     if (IsAccessKey(event)) return false;
     if (event.GetEventType() == wxEVT_COMBOBOX) {
@@ -66,7 +66,7 @@ bool PickList::ProcessEvent(wxEvent& event) {
     return wxOwnerDrawnComboBox::ProcessEvent(event);
 }
 
-// Escape closes what is open: the list first, then the dialog.
+// Escape closes the open list first, then the dialog.
 void PickList::OnCharHook(wxKeyEvent& event) {
     if (event.GetKeyCode() == WXK_ESCAPE && IsPopupShown())
         Dismiss();
@@ -107,13 +107,13 @@ void PickList::Describe() {
     look::Describe(this, platform::ControlKind::PickList, name_, GetValue());
 }
 
-// The layout says how wide it is. wxWidgets would measure the text of every entry.
+// The layout sets the width. wxWidgets would measure the text of every entry.
 wxSize PickList::DoGetBestSize() const {
     return GetSizeFromTextSize(0);
 }
 
 void PickList::OnDrawBackground(wxDC& dc, const wxRect& rect, int item, int flags) const {
-    // wxWidgets paints the entry that is highlighted in the open list, and nothing else.
+    // wxWidgets paints only the highlighted entry of the open list.
     bool highlighted = (flags & wxODCB_PAINTING_SELECTED) && !(flags & wxODCB_PAINTING_CONTROL);
     if (!highlighted) {
         dc.SetPen(*wxTRANSPARENT_PEN);

@@ -1,5 +1,5 @@
-// What a test holds in its hands when it links the in-process platform: the clock, the keyboard,
-// the program's folder, the outcome of every call to the outside, and what was asked of it.
+// A test's control of the in-process platform: the clock, the keyboard, the program's folder and the
+// result of each call; and a record of the calls.
 #pragma once
 
 #include <cstdint>
@@ -10,14 +10,14 @@
 
 namespace quirkmeter::platform::inprocess {
 
-/// Back to the start: noon, nothing open, no faults, a point as decimal separator.
+/// Resets the platform: noon, nothing open, no faults, a point as decimal separator.
 void Reset();
 
-/// The clock stands still but for Sleep and this.
+/// Advances the clock, which otherwise only Sleep does.
 void AdvanceClock(double seconds);
 /// Seconds since Reset.
 double Elapsed();
-/// What happens meanwhile, at every Sleep.
+/// Runs `act` at every Sleep.
 void WhenAsleep(std::function<void()> act);
 
 /// From now on, the `nth` call (from 1) of the function of that name and the `count` - 1 after it
@@ -34,14 +34,14 @@ struct SendCall {
 };
 SendCall LastSend();
 
-/// What is held: windows, atom references, mapping handles and mapped views.
+/// The number of objects held: windows, atom references, mapping handles and mapped views.
 int HeldObjects();
 
-/// What GetAsyncKeyState answers, until set anew.
+/// Sets the answer of GetAsyncKeyState for the key.
 void SetKey(int virtualKey, std::int16_t state);
 
-/// The files whose sound was started, without their folder; "waited for" stands behind one that was
-/// not played in the background.
+/// The file names of the sounds that were started. " waited for" follows a sound that was not played
+/// in the background.
 std::vector<std::string> TakeSounds();
 
 struct ShellRun {

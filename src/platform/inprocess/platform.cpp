@@ -63,7 +63,7 @@ struct World {
 
 World TheWorld;
 
-// Counts the call; true when a test wants it to fail, and the last error is then as it wants.
+// Counts the call. True when a test wants it to fail; sets the last error that the test wants.
 bool Fails(std::string_view function) {
     int number = ++TheWorld.Calls[std::string(function)];
     auto fault = TheWorld.Faults.find(function);

@@ -16,7 +16,7 @@ AtkRole RoleOf(ControlKind drawn) {
     return drawn == ControlKind::List ? ATK_ROLE_LIST : ATK_ROLE_LABEL;
 }
 
-// What gets the keyboard lies within what scrolls it.
+// The focus goes to the child of a scrolled window.
 AtkObject* ObjectOf(WindowHandle control) {
     auto* widget = reinterpret_cast<GtkWidget*>(control);
     if (GTK_IS_SCROLLED_WINDOW(widget)) widget = gtk_bin_get_child(GTK_BIN(widget));
@@ -34,7 +34,7 @@ Text Utf8(const std::wstring& text) {
 }  // namespace
 
 double TextScale() {
-    // Below 0: nobody has asked for any.
+    // Below 0: no scale is set.
     return std::max(1.0, gdk_screen_get_resolution(gdk_screen_get_default()) / UsualResolution);
 }
 

@@ -1,4 +1,4 @@
-// Atoms and registered messages: each is a held file that is called by its number and contains its
+// Atoms and registered messages. Each is a held file: its file name is the number, its content the
 // name.
 #include <unistd.h>
 
@@ -22,7 +22,7 @@ constexpr std::uint64_t FirstNumber = 0xC000;
 constexpr std::uint64_t LastNumber = 0xFFFF;
 constexpr std::size_t MaxNameBytes = 255;
 
-// What this process holds, by its number; an atom once for each time that it was added.
+// The held files of this process, by number; an atom once for each time that it was added.
 std::unordered_multimap<std::uint64_t, HeldFile> Atoms;
 std::unordered_map<std::uint64_t, HeldFile> Messages;
 
@@ -41,8 +41,8 @@ std::uint64_t FindNumber(const char* prefix, std::string_view name) {
     return 0;
 }
 
-// Holds the file of that name, after making it with the first free number if need be. Returns the
-// number; 0 on failure.
+// Holds the file of that name, or creates it with the first free number. Returns the number; 0 on
+// failure.
 std::uint64_t HoldName(const char* prefix, const char* text, HeldFile& file) {
     std::string_view name = text ? text : "";
     if (name.empty() || name.size() > MaxNameBytes) {

@@ -20,9 +20,8 @@ std::function<void()> EndProgram;
     std::_Exit(EXIT_FAILURE);
 }
 
-// GDK calls _exit() when it has lost the compositor. Nothing comes before that but a message, one of
-// "Error reading events from display", "Error flushing display" and "Error ... dispatching to Wayland
-// display".
+// GDK calls _exit() when it has lost the compositor, after a message: "Error reading events from
+// display", "Error flushing display" or "Error ... dispatching to Wayland display".
 bool TellsOfLostDisplay(const GLogField& field) {
     if (field.key != std::string_view("MESSAGE")) return false;
     std::string_view text(static_cast<const char*>(field.value));

@@ -1,4 +1,4 @@
-// A descriptor that is closed with its owner, and room for a file.
+// A descriptor that closes with its owner, and disk space for a file.
 #pragma once
 
 #include <fcntl.h>
@@ -36,8 +36,8 @@ class FileDescriptor {
     int descriptor_ = -1;
 };
 
-/// Takes room on the disk for the first `size` bytes of a file, which grows to that if it is
-/// shorter. False when there is not enough; it may have grown then as well.
+/// Allocates disk space for the first `size` bytes of a file, and extends a shorter file to that
+/// size. False when there is too little space; the file may have grown nevertheless.
 inline bool Reserve(int file, std::uint64_t size) {
     if (size == 0) return true;
     int error;

@@ -1,5 +1,5 @@
-// The state of the keyboard, whoever has the focus. What is down is asked of the X server; what was
-// pressed meanwhile waits, as raw events, on a connection of this file's own until the next query.
+// The state of the keyboard, independent of the focus. The X server tells which keys are down. Keys
+// pressed between two queries wait as raw events on a separate connection.
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
@@ -25,8 +25,8 @@ KeySymbols SymbolsOf(int virtualKey) {
     return {NoSymbol, NoSymbol};
 }
 
-// For its lifetime, a call that meets a lost connection returns. Otherwise Xlib, or wxWidgets
-// that put a handler of its own there, would end the process.
+// During its lifetime an Xlib call on a lost connection returns. Otherwise the handler of Xlib or
+// wxWidgets would end the process.
 class SurvivesLostServer {
    public:
     SurvivesLostServer() : previous_(XSetIOErrorHandler([](Display*) { return 0; })) {}
@@ -37,8 +37,8 @@ class SurvivesLostServer {
     XIOErrorHandler previous_;
 };
 
-// Without a destructor: closing the connection would speak to the server, which may be gone, and
-// the end of the process closes it anyway.
+// It has no destructor: closing the connection would contact the server, which may be gone. The end
+// of the process closes it.
 class Keyboard {
    public:
     Keyboard() {
@@ -105,8 +105,8 @@ class Keyboard {
         }
     }
 
-    // The keys that give a symbol by themselves in the layout in use; where none does, as with the
-    // digits of some layouts, those of the next level that has it, then of the next layout.
+    // The keys that give a symbol without modifiers in the current layout. If there are none, as for
+    // the digits of some layouts, those of the next level, then of the next layout.
     KeySet KeysWith(const KeySymbols& symbols) {
         XkbStateRec state{};
         XkbGetState(display_, XkbUseCoreKbd, &state);

@@ -24,8 +24,8 @@ struct View {
 std::unordered_map<MappingHandle, std::shared_ptr<HeldFile>> Mappings;
 std::unordered_map<const void*, View> Views;
 
-// Any name becomes a plain file name of its own; empty, with the last error set, if that is too
-// long for the file system.
+// Encodes any name as a unique file name; empty, with the last error set, if that is too long for
+// the file system.
 std::string FileOf(const char* name) {
     std::string file(MappingPrefix);
     for (const char* c = name; *c; ++c) {
@@ -64,7 +64,7 @@ MappingHandle CreateFileMappingA(MappingHandle file, void*, std::uint32_t protec
     *mapping = HeldFile::Share(lock, fileName);
     bool exists = static_cast<bool>(*mapping);
     if (!exists) *mapping = HeldFile::Create(lock, fileName);
-    // The room is taken at once: with none left, a store into a view would end the process.
+    // Allocate the space now: on a full disk a later write to the view would raise SIGBUS.
     if (!*mapping || (!exists && !Reserve(mapping->Number(), size))) {
         SetLastError(ErrorNotEnoughMemory);
         return 0;

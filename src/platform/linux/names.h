@@ -1,5 +1,5 @@
-// Names of windows and atoms compare without letter case. Only ASCII letters have one here: the
-// answer must be the same in all processes, whatever their locales.
+// Names of windows and atoms are compared without case. Only ASCII letters have case here, so that
+// processes with different locales agree.
 #pragma once
 
 #include <algorithm>

@@ -17,7 +17,7 @@ namespace quirkmeter::platform {
 
 namespace {
 
-// The prefix of the name of an instance's file, behind which its process id stands.
+// The prefix of an instance's file name; the process id follows.
 std::string InstancePrefix(const char* program) {
     return std::string("instance-") + program + "-";
 }

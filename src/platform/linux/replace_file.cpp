@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 constexpr int MaxLinks = 40;  // as many as the system follows
 
-// What a link leads to, whether that is there or not.
+// The target of a link, which need not exist.
 fs::path BehindLinks(fs::path path) {
     std::error_code error;
     for (int links = 0; links < MaxLinks && fs::is_symlink(path, error); ++links)
@@ -26,12 +26,12 @@ fs::path BehindLinks(fs::path path) {
     return path;
 }
 
-// Root may write anything, but a write-protected file means it.
+// Root may write any file; respect write protection nevertheless.
 bool MayBeWritten(const fs::path& path, const struct stat& status) {
     return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) && access(path.c_str(), W_OK) == 0;
 }
 
-// The process that made a temporary file and a number of its own.
+// The process that made a temporary file, and the file's number.
 constexpr char TemporaryName[] = ".quirkmeter-%d-%d.tmp";
 
 std::string NameOf(pid_t process, int number) {
@@ -68,7 +68,7 @@ FileDescriptor CreateIn(const fs::path& folder, fs::path& temporary) {
     return file;
 }
 
-// Fails where the old file is another user's, who would lose it.
+// Fails for another user's file, because the user would lose it.
 bool TakeAfter(int file, const struct stat& old) {
     return fchown(file, old.st_uid, old.st_gid) == 0 && fchmod(file, old.st_mode & 07777) == 0;
 }
@@ -82,7 +82,7 @@ bool WriteAll(int file, std::string_view content) {
     return true;
 }
 
-// Takes the room first: with none left, the old content stands.
+// Allocates the space first: on a full disk the old content stays.
 bool WriteInPlace(const fs::path& path, const struct stat& old, std::string_view content) {
     FileDescriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
     if (!file) return false;
@@ -102,7 +102,7 @@ bool ReplaceFile(const std::string& path, std::string_view content) {
     struct stat old;
     bool exists = stat(target.c_str(), &old) == 0;
     if (exists ? !MayBeWritten(target, old) : errno != ENOENT) return false;
-    // A new file would take the place under one of several names only.
+    // A new file would replace only one of several hard links.
     if (exists && old.st_nlink > 1) return WriteInPlace(target, old, content);
 
     fs::path folder = target.has_parent_path() ? target.parent_path() : ".";

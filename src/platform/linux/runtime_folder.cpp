@@ -21,7 +21,7 @@ namespace {
 
 using Path = std::array<char, PATH_MAX>;
 
-// A path that is too long comes out cut, and cannot be opened.
+// Truncates a path that is too long; opening it then fails.
 Path FolderPath() {
     Path path;
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
@@ -72,8 +72,8 @@ bool Lock(int file, short type) {
     return fcntl(file, F_OFD_SETLK, &lock) == 0;
 }
 
-// Asks for a lock without taking it, so that whoever asks is in nobody's way. Through a descriptor
-// that does not hold the file itself.
+// Tests for a lock without taking it, so that the test delays nobody. The descriptor must not be one
+// that holds the file.
 bool IsHeld(int file) {
     struct flock lock {};
     lock.l_type = F_WRLCK;
@@ -82,7 +82,7 @@ bool IsHeld(int file) {
 
 // --- Removing ---
 
-// The socket first: should the process end between the two, the file still leads to the rest.
+// Remove the socket first: if the process ends in between, the file still leads to the rest.
 void Remove(int folder, const std::string& name) {
     unlinkat(folder, (name + SocketSuffix).c_str(), 0);
     unlinkat(folder, name.c_str(), 0);
@@ -93,7 +93,7 @@ auto OpenEntries(int folder) {
 }
 
 void RemoveDeadFiles(const FolderLock& lock, std::string_view prefix) {
-    // A descriptor of its own, because reading moves the position in the folder.
+    // Use a separate descriptor, because reading moves the position in the folder.
     auto entries = OpenEntries(OpenIn(lock.Folder(), ".", O_RDONLY | O_DIRECTORY).Release());
     if (!entries) return;
     while (const dirent* entry = readdir(entries.get())) {
@@ -163,7 +163,7 @@ void HeldFile::Release() {
     if (!file_) return;
     FolderLock lock;
     struct stat status;
-    // Without a link, the folder was removed under us, and the name may be another's by now.
+    // Without a link the folder was removed meanwhile; its name may be another folder's.
     bool linked = fstat(file_.Number(), &status) == 0 && status.st_nlink > 0;
     bool last = Lock(file_.Number(), F_WRLCK);
     if (lock && linked && last) Remove(lock.Folder(), name_);

@@ -1,7 +1,7 @@
-// The folder in which the processes of one user meet: windows, atoms and mappings lie in it.
+// The folder in which the processes of one user meet. It holds windows, atoms and mappings.
 //
-// What must vanish with its process is a held file: every holder has a kernel lock on it, which
-// ends when the holder does, however it does. A file that nobody holds is dead, whatever it says.
+// Each of them is a held file: every holder has a kernel lock on it, which ends with the holder's
+// process. A file without a lock is dead and ignored.
 #pragma once
 
 #include <dirent.h>
@@ -18,15 +18,14 @@ namespace quirkmeter::platform {
 /// As openat, for this user only.
 FileDescriptor OpenIn(int folder, const char* name, int flags);
 
-/// Opens the folder, after making it if need be. Allocates nothing. Empty, with the last error set,
-/// when that fails or when the folder does not belong to this user alone.
+/// Opens the folder, or creates it. Allocates nothing. Empty, with the last error set, on failure or
+/// when another user has access to the folder.
 FileDescriptor OpenRuntimeFolder();
 
-/// Keeps other processes from changing the folder for its lifetime. A thread can have one at a time.
-/// Everything done under it is short, and leaves the folder usable when the process is killed
-/// half-way. Empty, with the last error set, when the folder cannot be opened, or when another
-/// process keeps the lock for 2 seconds, as one that was stopped does. With HeedTermination, a
-/// request to end this process (TerminationRequested) ends the wait.
+/// Locks the folder against changes by other processes. A thread can have one at a time. Keep it
+/// short, and leave the folder usable at each moment: the process may be killed. Empty, with the last
+/// error set, when the folder cannot be opened, or when another process, such as a stopped one, keeps
+/// the lock for 2 seconds. With HeedTermination, TerminationRequested ends the wait.
 class FolderLock {
    public:
     static constexpr bool HeedTermination = true;
@@ -42,21 +41,21 @@ class HeldFile {
    public:
     HeldFile() = default;
     HeldFile(HeldFile&&) = default;
-    /// This and the destructor take the folder lock where there is a file to let go of: an object
-    /// must outlive the lock under which it was filled.
+    /// This and the destructor take the folder lock when they release a file: an object must outlive
+    /// the lock under which it was filled.
     HeldFile& operator=(HeldFile&& other) noexcept;
     ~HeldFile() { Release(); }
 
-    /// Makes a file and holds it, after removing the dead files of its kind. The name begins with
-    /// the kind and a dash. Empty when that fails, with errno set: EEXIST when there is a live one.
+    /// Creates a file and holds it, after removing the dead files of its kind. The name begins with
+    /// the kind and a dash. Empty on failure, with errno set: EEXIST when a live one exists.
     static HeldFile Create(const FolderLock& lock, std::string name);
-    /// Holds a file that somebody else, or this process, holds as well. Empty when there is none.
+    /// Holds a file that some process holds already. Empty when there is none.
     static HeldFile Share(const FolderLock& lock, std::string name);
 
     explicit operator bool() const { return static_cast<bool>(file_); }
     int Number() const { return file_.Number(); }
 
-    /// Lets go of the file, which goes away with its last holder.
+    /// Releases the file; the last holder removes it.
     void Release();
 
    private:
@@ -66,14 +65,14 @@ class HeldFile {
     FileDescriptor file_;
 };
 
-/// Walks the files that begin with `prefix` and that somebody holds, this process included. It needs
-/// no lock, so nobody can delay it; it may miss a file that is made meanwhile.
+/// Walks the held files that begin with `prefix`, those of this process included. It takes no lock,
+/// so no process can delay it; it may miss a file that is created meanwhile.
 class LiveFiles {
    public:
     explicit LiveFiles(std::string_view prefix);
 
-    /// Goes to the next one. False behind the last one; the last error is then ErrorSuccess if all
-    /// could be looked at.
+    /// Goes to the next file. False after the last one, with the last error ErrorSuccess if all
+    /// files could be examined.
     bool Next();
     /// The number behind the prefix; 0 where there is none.
     std::uint64_t Number() const { return number_; }

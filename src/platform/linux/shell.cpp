@@ -20,9 +20,9 @@ constexpr std::intptr_t FileMissing = 2;
 constexpr std::intptr_t NothingToOpenItWith = 31;
 constexpr std::intptr_t Started = 33;
 
-// Only calls that are safe between fork and exec, other threads being gone half-way.
+// Makes only calls that are safe between fork and exec in a process with threads.
 [[noreturn]] void BecomeProgram(char* const* arguments, const char* folder, int failurePipe) {
-    // Most descriptors close by themselves, but not each library sees to that.
+    // Some libraries open descriptors without O_CLOEXEC.
     close_range(3, ~0u, CLOSE_RANGE_CLOEXEC);
     if (chdir(folder) == 0) execvp(arguments[0], arguments);
     char failed = 1;
@@ -30,7 +30,7 @@ constexpr std::intptr_t Started = 33;
     _exit(127);
 }
 
-// Starts a program that this process will never hear of again, in a session of its own.
+// Starts a detached program in a session of its own.
 bool StartDetached(const std::vector<std::string>& command, const std::string& folder) {
     std::vector<char*> arguments;
     for (const std::string& part : command) arguments.push_back(const_cast<char*>(part.c_str()));
@@ -44,7 +44,7 @@ bool StartDetached(const std::vector<std::string>& command, const std::string& f
     if (child < 0) return false;
     if (child == 0) {
         setsid();
-        // The grandchild is nobody's to wait for, so that it leaves no zombie.
+        // Start it as a grandchild: init reaps it, so it leaves no zombie.
         pid_t grandchild = fork();
         if (grandchild == 0) BecomeProgram(arguments.data(), folder.c_str(), ends[1]);
         _exit(grandchild > 0 ? 0 : 1);
@@ -64,8 +64,8 @@ bool BeginsLikeProgram(const std::string& path) {
     return start.starts_with("#!") || start == "\177ELF";
 }
 
-// Where a file system has no permissions, a document may be executed, too, and the system would
-// take it for a shell script.
+// On a file system without permissions a document is executable, too, and the system would run it as
+// a shell script.
 bool IsProgram(const std::string& path) {
     struct stat status;
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&

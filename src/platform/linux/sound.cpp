@@ -12,7 +12,7 @@ constexpr std::uint32_t TheSound = 1;  // there is one at a time
 void Ignore(const char*, int, const char*, int, const char*, ...) {}
 
 ca_context* OpenSound() {
-    // A machine without a sound device is nothing to complain about on stderr.
+    // Print no error on a machine without a sound device.
     snd_lib_error_set_handler(Ignore);
     ca_context* context = nullptr;
     ca_context_create(&context);

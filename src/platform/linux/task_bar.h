@@ -1,19 +1,19 @@
-// What the desktop shows of a window that is otherwise only a name to be found.
+// The visible part of a window of this layer, which is otherwise only a name.
 #pragma once
 
 #include <gtk/gtk.h>
 
 namespace quirkmeter::platform {
 
-/// A minimised window in the task bar; where there is no display, nothing. Closing it is taken for a
-/// termination signal to the process.
+/// A minimised window in the task bar; nothing without a display. Closing it requests the end of the
+/// process, as a termination signal does.
 class TaskBarEntry {
    public:
     explicit TaskBarEntry(const char* title);
     ~TaskBarEntry();
     TaskBarEntry(const TaskBarEntry&) = delete;
 
-    /// Does what the desktop has asked of it since the last call.
+    /// Handles the desktop's events since the last call.
     void Serve();
 
    private:

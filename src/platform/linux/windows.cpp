@@ -1,5 +1,5 @@
 // A window is a held file with its class and title, and a socket beside it. Each message is one
-// connection to that socket: one packet there, one packet back.
+// connection to that socket: a packet with the message, then one with the reply.
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -55,7 +55,7 @@ class Deadline {
 
     bool Passed() const { return Clock::now() >= end_; }
 
-    // For poll: rounded up, so that it never wakes up just before the end.
+    // Round up for poll, so that it never wakes just before the deadline.
     int MillisecondsLeft() const {
         auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now());
         return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
@@ -66,7 +66,7 @@ class Deadline {
     Clock::time_point end_;
 };
 
-// Through the descriptor, because the path of the folder may be longer than an address can hold.
+// Address the socket through the folder's descriptor: its path may be too long for an address.
 sockaddr_un SocketAddress(int folder, WindowHandle window) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -99,7 +99,7 @@ FileDescriptor Connect(WindowHandle window, const Deadline& deadline) {
     sockaddr_un address = SocketAddress(folder.Number(), window);
     int result;
     do {
-        // Bounds the wait for a place in the owner's queue; 0 would mean for ever.
+        // Limit the wait for a place in the owner's queue; 0 would mean no limit.
         long left = std::max(deadline.MillisecondsLeft(), 1);
         timeval limit{left / 1000, left % 1000 * 1000};
         setsockopt(connection.Number(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
@@ -109,13 +109,13 @@ FileDescriptor Connect(WindowHandle window, const Deadline& deadline) {
     if (result == 0) return connection;
     bool timedOut = errno == EAGAIN || errno == EINTR;
     bool gone = errno == ENOENT || errno == ECONNREFUSED;
-    // What is left, such as having no descriptor for the socket, says nothing of the window.
+    // Any other error, such as a lack of descriptors, does not mean that the window is gone.
     std::uint32_t error = gone ? ErrorInvalidWindowHandle : ErrorNotEnoughMemory;
     SetLastError(timedOut ? ErrorSuccess : error);
     return FileDescriptor();
 }
 
-// A request to end the program cuts the wait short.
+// A request to end the program ends the wait.
 bool WaitForAnswer(int connection, const Deadline& deadline) {
     pollfd waiting{connection, POLLIN, 0};
     int ready;
@@ -126,7 +126,7 @@ bool WaitForAnswer(int connection, const Deadline& deadline) {
 
 // --- Owning ---
 
-// A number that no window had since the folder was made; 0 on failure.
+// Returns a number that no window has had since the folder was created; 0 on failure.
 WindowHandle NextHandle(const FolderLock& lock) {
     FileDescriptor counter = OpenIn(lock.Folder(), "last-window", O_RDWR | O_CREAT | O_NOFOLLOW);
     WindowHandle last = 0;
@@ -172,14 +172,14 @@ void AcceptSenders(OwnedWindow& window) {
     }
 }
 
-// Whoever stopped waiting will ask again; its first question must not count as well.
+// A sender that timed out will retry. Do not carry out its first request too.
 bool HasGivenUp(int sender) {
     pollfd state{sender, 0, 0};
     return poll(&state, 1, 0) > 0;
 }
 
-// True after a message. The senders that have not sent yet stay in the window's list, the last ones
-// to come if there are too many; those that sent anything else are dropped.
+// True after a message. Senders that have not sent yet stay in the window's list; of too many, the
+// newest. A sender of anything but a message is dropped.
 bool AnswerSenders(OwnedWindow& window) {
     bool answered = false;
     std::vector<FileDescriptor> silent;
@@ -214,7 +214,7 @@ WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const c
 }
 
 WindowHandle FindWindowA(const char* className, const char* title) {
-    WindowHandle found = 0;  // of several, the one that was made last
+    WindowHandle found = 0;  // the newest of several
     LiveFiles windows(WindowPrefix);
     while (windows.Next())
         if (IsWindow(windows.File(), className, title)) found = std::max(found, windows.Number());
@@ -273,7 +273,7 @@ void DropWindow(WindowHandle handle) {
     if (found == OwnedWindows.end()) return;
     std::shared_ptr<OwnedWindow> window = *found;
     OwnedWindows.erase(found);
-    // At once, also when it is its own handler that drops it.
+    // Drop the window at once, even from its own handler.
     window->File.Release();
     window->Listener.Close();
     window->Senders.clear();

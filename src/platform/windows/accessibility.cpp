@@ -4,13 +4,13 @@
 
 namespace quirkmeter::platform {
 
-// The scale of the display is that of its texts, too.
+// On Windows the display's scale includes that of its texts.
 double TextScale() {
     return 1;
 }
 
-// The system takes the label made before a control for its name, and reads rows by itself. Of what it
-// does not know it reads the window's text.
+// Windows names a control after the label created before it, and reads the rows of a list. For other
+// controls it reads the window's text.
 void Describe(WindowHandle control, ControlKind kind, const std::wstring& name,
               const std::wstring& shown) {
     if (kind == ControlKind::Native || kind == ControlKind::List) return;

@@ -1,4 +1,4 @@
-// What two processes share: the names of blocks as global atoms, and the blocks as named mappings.
+// The objects that two processes share: blocks as named mappings, their names as global atoms.
 #include <windows.h>
 
 #include "platform/platform.h"

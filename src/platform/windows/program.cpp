@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t LongestPath = 32768;
 
-// Where the folder has letters that the code page has not, its short name serves.
+// Uses the folder's short name if the code page lacks some of its letters.
 std::wstring ExecutablePath() {
     std::wstring path(LongestPath, L'\0');
     path.resize(::GetModuleFileNameW(nullptr, path.data(), LongestPath));
@@ -31,7 +31,7 @@ std::string InstanceName(const char* program) {
     return std::string("Local\\FS2002 Quirkmeter ") + program;
 }
 
-// Where the process id of an instance stands; it is gone with the instance.
+// The name of the mapping that holds the process id of an instance, and ends with it.
 std::string ProcessName(const char* program) {
     return InstanceName(program) + " process";
 }
@@ -65,11 +65,11 @@ double SecondsSinceMidnight() {
 InstanceClaim ClaimSingleInstance(const char* program) {
     static InstanceClaim claim = [program] {
         HANDLE mutex = ::CreateMutexA(nullptr, FALSE, InstanceName(program).c_str());
-        // An instance with administrator's rights keeps others from opening what is its own.
+        // A process without administrator's rights cannot open the objects of an instance with them.
         if (!mutex)
             return ::GetLastError() == ERROR_ACCESS_DENIED ? InstanceClaim::Taken
                                                            : InstanceClaim::Failed;
-        // Owned rather than merely there: who only asks whether an instance runs has it open, too.
+        // Take ownership: another process may hold the mutex open only to check whether we run.
         bool free = ::WaitForSingleObject(mutex, 0) != WAIT_TIMEOUT;
         if (!free) ::CloseHandle(mutex);
         if (!free) return InstanceClaim::Taken;

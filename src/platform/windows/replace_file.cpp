@@ -49,7 +49,7 @@ enum class Way { None, InPlace, ByNewFile };
 
 Way WayToReplace(const std::string& path, DWORD attributes) {
     if (attributes & FILE_ATTRIBUTE_REPARSE_POINT) return Way::InPlace;
-    // A folder's own permissions would let a write-protected file be replaced, but it means it.
+    // The folder's permissions may allow the replacement of a write-protected file; refuse it.
     if (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)) return Way::None;
     OpenFile existing(path, ShareAll, OPEN_EXISTING);
     if (!existing) return Way::None;
@@ -64,7 +64,7 @@ std::string CreateBeside(const std::string& path) {
     return made != 0 ? temporary : "";
 }
 
-// What a link leads to may not be there yet.
+// The target of a link need not exist yet.
 bool WriteInPlace(const std::string& path, std::string_view content) {
     OpenFile file(path, ShareAll, OPEN_ALWAYS);
     return file && file.Write(content);

@@ -32,7 +32,7 @@ bool OutputRedirected() {
 bool IsStream(const std::string& path) {
     char full[MAX_PATH];
     DWORD length = ::GetFullPathNameA(path.c_str(), MAX_PATH, full, nullptr);
-    // The names of devices, such as NUL, lie there.
+    // Device names such as NUL resolve to paths below it.
     return length > 0 && length < MAX_PATH && std::string_view(full).starts_with(R"(\\.\)");
 }
 

@@ -1,5 +1,5 @@
-// The compiler's library of threads asks for GetTickCount64, which Windows XP has not. It calls it
-// through a pointer that the linker would otherwise take from the system's library.
+// The compiler's thread library calls GetTickCount64, which Windows XP lacks, through this pointer.
+// Without this definition the linker would import it from the system's library.
 #include <windows.h>
 
 namespace {

@@ -8,7 +8,7 @@ namespace quirkmeter::practice {
 
 namespace {
 
-constexpr int LampsPerLine = 8;
+constexpr int LampsPerLine = 5;
 constexpr int LampGap = 3;  // this and the margin in pixels at 96 dpi
 constexpr int Margin = 8;
 
@@ -70,7 +70,7 @@ AnnunciatorPanel::AnnunciatorPanel(wxWindow* parent, std::vector<LampRow> rows)
 
 wxStaticText* AnnunciatorPanel::MakeLamp(const Lamp& lamp) {
     // As wide as the longest text of any lamp.
-    auto* label = new wxStaticText(this, wxID_ANY, "Turn Coordinator", wxDefaultPosition,
+    auto* label = new wxStaticText(this, wxID_ANY, "Tank External 2 (Leak)", wxDefaultPosition,
                                    wxDefaultSize, wxALIGN_CENTRE | wxST_NO_AUTORESIZE);
     label->SetMinSize(label->GetBestSize() + FromDIP(wxSize(8, 0)));
     ShowLamp(label, lamp);

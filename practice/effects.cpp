@@ -60,7 +60,7 @@ std::vector<Lamp> LeverLamps(const OffsetSpace& space) {
     std::vector<Lamp> lamps;
     for (const Variable& lever : VariablesOf(VariableKind::Lever)) {
         bool cut = space.Value(lever.Offset, lever.Size) == 0;
-        lamps.push_back({std::string(lever.Name) + " cut", cut ? Light::Amber : Light::Dark});
+        lamps.push_back({std::string(lever.Name) + " (Stall)", cut ? Light::Amber : Light::Dark});
     }
     return lamps;
 }
@@ -68,6 +68,11 @@ std::vector<Lamp> LeverLamps(const OffsetSpace& space) {
 std::vector<Lamp> Joined(std::vector<Lamp> first, const std::vector<Lamp>& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
+}
+
+std::vector<Lamp> ByName(std::vector<Lamp> lamps) {
+    std::ranges::sort(lamps, {}, &Lamp::Text);
+    return lamps;
 }
 
 }  // namespace
@@ -115,16 +120,9 @@ std::vector<Lamp> Effects::HeldLamps(VariableKind kind) const {
     return lamps;
 }
 
-std::vector<Lamp> Effects::TankLamps(const OffsetSpace& space) const {
-    std::vector<Lamp> lamps;
-    for (const Variable& tank : VariablesOf(VariableKind::Tank)) {
-        if (Held(tank)) {
-            std::string level = std::to_string(FuelPercent(space, tank));
-            lamps.push_back({std::string(tank.Name) + " " + level + " %", Light::Amber});
-        } else {
-            lamps.push_back({tank.Name, Light::Dark});
-        }
-    }
+std::vector<Lamp> Effects::TankLamps() const {
+    std::vector<Lamp> lamps = HeldLamps(VariableKind::Tank);
+    for (Lamp& lamp : lamps) lamp.Text = "Tank " + lamp.Text + " (Leak)";
     return lamps;
 }
 
@@ -133,13 +131,15 @@ std::vector<LampRow> Effects::Lamps(const OffsetSpace& space) const {
     std::uint64_t engines = space.Value(offset::EngineFailures, 1);
     return {
         {"Autopilot", HeldLamps(VariableKind::Autopilot)},
-        {"Control", Joined(BitLamps(disconnected, {"Elevator", "Aileron", "Rudder", "Throttle"}),
-                           HeldLamps(VariableKind::Control))},
+        {"Control",
+         ByName(Joined(BitLamps(disconnected, {"Elevator", "Aileron", "Rudder", "Throttle"}),
+                       HeldLamps(VariableKind::Control)))},
         {"Electrical", Joined(HeldLamps(VariableKind::Electrical),
                               FlagLamps(space, VariableKind::SystemFailure))},
-        {"Engine", Joined(BitLamps(engines, {"Engine 1", "Engine 2", "Engine 3", "Engine 4"}),
-                          LeverLamps(space))},
-        {"Fuel", Joined(HeldLamps(VariableKind::Pump), TankLamps(space))},
+        {"Engine", ByName(Joined(BitLamps(engines, {"Engine 1 (Fail)", "Engine 2 (Fail)",
+                                                    "Engine 3 (Fail)", "Engine 4 (Fail)"}),
+                                 LeverLamps(space)))},
+        {"Fuel", Joined(HeldLamps(VariableKind::Pump), TankLamps())},
         {"Instrument", FlagLamps(space, VariableKind::Instrument)},
         {"Radio", FlagLamps(space, VariableKind::Radio)},
     };

@@ -1,5 +1,5 @@
-// What the client has done to the aircraft: which writes are in force, what shows on the
-// simulator's screen, and both as an annunciator panel of lamps.
+// The effects of the client on the aircraft: the writes in force, as lamps of an annunciator panel,
+// and the text on the simulator's screen.
 #pragma once
 
 #include <string>
@@ -21,7 +21,7 @@ inline constexpr double CutSeconds = 30;
 enum class Light { Dark, Amber, Red };  // amber: held, cut or draining; red: failed, disconnected
 
 struct Lamp {
-    std::string Text;
+    std::string Text;  // as Quirkmeter names what has failed
     Light State;
     bool operator==(const Lamp&) const = default;
 };
@@ -36,7 +36,7 @@ class Effects {
    public:
     Effects();
 
-    /// Takes note of a write that the space already holds.
+    /// Records a write that the space already holds.
     void Note(const AppliedWrite& write, const OffsetSpace& space, double now);
 
     /// Lets go of the variables that were held until `now` and returns them.
@@ -50,14 +50,14 @@ class Effects {
    private:
     bool Held(const Variable& variable) const;
     std::vector<Lamp> HeldLamps(VariableKind kind) const;
-    std::vector<Lamp> TankLamps(const OffsetSpace& space) const;
+    std::vector<Lamp> TankLamps() const;
 
     std::vector<double> heldUntil_;  // by the variable's place in Variables(), 0: not held
     std::string screenText_;
     double screenUntil_ = 0;
 };
 
-/// How full a tank is, in percent, within 0 to 100 whatever a client wrote there.
+/// The level of a tank in percent, limited to 0 to 100.
 int FuelPercent(const OffsetSpace& space, const Variable& tank);
 
 }  // namespace quirkmeter::practice

@@ -24,6 +24,23 @@ const char* const MisbehaviourLabels[] = {"None: answers properly",  "Silent: no
                                           "Late: after 1.5 seconds", "Wrong: answers 2",
                                           "Drop: no window",         "Old: version too low"};
 
+// An artificial horizon, drawn like the program's icon file.
+wxIcon Horizon() {
+    wxBitmap bitmap(32, 32, 24);
+    wxMemoryDC dc(bitmap);
+    dc.SetBackground(wxColour(32, 34, 36));
+    dc.Clear();
+    dc.SetPen(*wxTRANSPARENT_PEN);
+    dc.SetBrush(wxColour(70, 150, 230));
+    dc.DrawCircle(16, 16, 13);
+    dc.SetBrush(wxColour(130, 80, 30));
+    dc.DrawEllipticArc(3, 3, 27, 27, 180, 360);
+    dc.SelectObject(wxNullBitmap);
+    wxIcon icon;
+    icon.CopyFromBitmap(bitmap);
+    return icon;
+}
+
 wxString PositionText(const FlightView& view) {
     return wxString::Format(
         L"%.3f\u00B0 %s   %.3f\u00B0 %s   %.0f ft (%.0f m)   Slew %s", std::abs(view.Latitude),
@@ -77,6 +94,7 @@ PracticeFrame::PracticeFrame(Simulator& simulator)
       simulator_(simulator),
       panel_(new wxPanel(this)),
       timer_(this) {
+    SetIcon(Horizon());
     FlightView view = simulator_.View();
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(MakeCockpit(view), wxSizerFlags().Expand().Border());
@@ -95,8 +113,12 @@ wxSizer* PracticeFrame::MakeCockpit(const FlightView& view) {
     auto* cockpit = new wxStaticBoxSizer(wxHORIZONTAL, panel_, "Cockpit");
     wxWindow* parent = cockpit->GetStaticBox();
     cockpit->Add(MakeFlightControls(parent), wxSizerFlags().Border());
-    cockpit->AddSpacer(FromDIP(16));
-    cockpit->Add(MakeTanks(parent, view.FuelPercent.size()), wxSizerFlags(1).Border());
+    cockpit->AddSpacer(FromDIP(8));
+    auto* fuel = new wxBoxSizer(wxVERTICAL);
+    fuel->Add(new wxStaticText(parent, wxID_ANY, "Fuel in the tanks"),
+              wxSizerFlags().Border(wxBOTTOM));
+    fuel->Add(MakeTanks(parent, view.FuelPercent.size()), wxSizerFlags(1).Expand());
+    cockpit->Add(fuel, wxSizerFlags(1).Border());
     return cockpit;
 }
 
@@ -154,8 +176,8 @@ wxSizer* PracticeFrame::MakeTanks(wxWindow* parent, std::size_t count) {
     std::span<const Variable> tanks = VariablesOf(VariableKind::Tank);
     for (std::size_t i = 0; i < count; ++i) {
         auto* name = new wxStaticText(parent, wxID_ANY, tanks[i].Name);
-        auto* slider = new wxSlider(parent, wxID_ANY, 100, 0, 100, wxDefaultPosition,
-                                    FromDIP(wxSize(100, -1)));
+        auto* slider =
+            new wxSlider(parent, wxID_ANY, 100, 0, 100, wxDefaultPosition, FromDIP(wxSize(50, -1)));
         auto* percent = new wxStaticText(parent, wxID_ANY, "100 %", wxDefaultPosition,
                                          wxDefaultSize, wxALIGN_RIGHT | wxST_NO_AUTORESIZE);
         slider->SetName(wxString(tanks[i].Name) + " tank");
@@ -172,14 +194,21 @@ wxSizer* PracticeFrame::MakeTanks(wxWindow* parent, std::size_t count) {
 }
 
 wxSizer* PracticeFrame::MakeEffects(const FlightView& view) {
-    auto* effects = new wxStaticBoxSizer(wxVERTICAL, panel_, "What the program has done");
+    auto* effects =
+        new wxStaticBoxSizer(wxVERTICAL, panel_, "What Quirkmeter does to the aircraft");
     wxWindow* parent = effects->GetStaticBox();
+    auto heading = [&](const char* text) {
+        effects->Add(new wxStaticText(parent, wxID_ANY, text),
+                     wxSizerFlags().Border(wxLEFT | wxTOP));
+    };
+    heading("Text on the simulator's screen");
     screen_ = new ScreenPanel(parent);
     annunciators_ = new AnnunciatorPanel(parent, view.Lamps);
     position_ = new wxStaticText(parent, wxID_ANY, PositionText(view), wxDefaultPosition,
                                  wxDefaultSize, wxST_NO_AUTORESIZE);
     effects->Add(screen_, wxSizerFlags().Expand().Border());
-    effects->Add(annunciators_, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT));
+    heading("Amber: switched off, cut or leaking. Red: failed or disconnected.");
+    effects->Add(annunciators_, wxSizerFlags(1).Expand().Border());
     effects->Add(position_, wxSizerFlags().Expand().Border());
     return effects;
 }

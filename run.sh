@@ -29,16 +29,11 @@ run() {
 }
 
 need "${build_packages[@]}" "${run_packages[@]}"
-run build release OFF Quirkmeter fsqmhc practice-simulator rehearse
+run build release OFF Quirkmeter fsqmhc practice-simulator rehearse try-it
 cmake --install build/release --prefix build/stage >/dev/null
 cd build/stage
 
-# A first flight begins with a profile under which things happen soon; later ones with the user's own.
-if [[ ! -f Quirkmeter.ini ]]; then
-    printf '%s\r\n' "LASTPROFILE=$PWD/practice.qmp" \
-        STATUS_HK=83 STATUS_HKCS=3 CLEAR_HK=67 CLEAR_HKCS=3 ACTIVE_HK=68 ACTIVE_HKCS=3 \
-        DISPLAYUPDATE=YES DISPLAYFAILURES=YES PLAYFAILURESOUND=YES >Quirkmeter.ini
-fi
+./try-it --settings
 # The profiles of this folder move with the checkout.
 last=$(sed -n 's/^LASTPROFILE=\(.*\)\r$/\1/p' Quirkmeter.ini)
 moved=$PWD/${last##*/build/stage/}
@@ -58,7 +53,7 @@ report() {
 
 if [[ -n ${DISPLAY-}${WAYLAND_DISPLAY-} ]]; then
     echo "Flying. The aircraft takes off by itself; close Quirkmeter to end."
-    start ./practice-simulator > >(report)
+    start ./practice-simulator --log > >(report)
     run ./Quirkmeter
     exit
 fi
@@ -66,7 +61,7 @@ fi
 need "${display_packages[@]}"
 echo "No display: a minute of flight on a virtual one."
 open_display 2000x800
-start ./practice-simulator > >(report)
+start ./practice-simulator --log > >(report)
 sleep 1
 start ./Quirkmeter
 run sleep 60

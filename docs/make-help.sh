@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 . ./packages.sh
 need "${build_packages[@]}" "${display_packages[@]}" python3
 
-build release OFF Quirkmeter fsqmhc practice-simulator rehearse
+build release OFF Quirkmeter fsqmhc practice-simulator rehearse try-it
 
 # expect PROFILE ENGINES: a line of docs/expectations.txt.
 expect() {

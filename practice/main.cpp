@@ -21,12 +21,13 @@ constexpr const char* Usage =
     "  --script FILE            follow the lines \"SECONDS COMMAND\" instead\n"
     "  --misbehave KIND         none (default), silent, late, wrong, drop or old\n"
     "  --duration SECONDS       end by itself\n"
-    "It prints what happens, and every write that a client makes.\n"
+    "  --log                    print events and writes, as --headless does\n"
     "commands: takeoff, land, pause, resume, gear up|down, flaps up|down, engines 0..4,\n"
     "          fuel TANK PERCENT, misbehave KIND, quit\n";
 
 struct Options {
     bool Headless = false;
+    bool Log = false;
     bool Help = false;
     std::string ClassName = "UIPCMAIN";
     double TakeOffAfter = 5;
@@ -74,6 +75,8 @@ std::string ParseOptions(int argc, char** argv, Options& options) {
         std::string option = argv[i];
         if (option == "--headless")
             options.Headless = true;
+        else if (option == "--log")
+            options.Log = true;
         else if (option == "--help")
             options.Help = true;
         else
@@ -103,7 +106,9 @@ int Run(const Options& options) {
         script->insert(script->begin(), {0, command});
     }
 
-    auto simulator = std::make_shared<Simulator>(std::move(*script), options.Duration, PrintLine);
+    bool prints = options.Headless || options.Log;
+    auto simulator = std::make_shared<Simulator>(
+        std::move(*script), options.Duration, prints ? PrintLine : [](const std::string&) {});
     std::string fault = options.Headless ? RunHeadless(simulator, options.ClassName)
                                          : RunWindow(*simulator, options.ClassName);
     if (!fault.empty()) std::cerr << "practice-simulator: " << fault << "\n";

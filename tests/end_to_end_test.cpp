@@ -82,7 +82,7 @@ class Cockpit {
     Process& StartSimulator(std::vector<std::string> options = {"--headless"},
                             const char* takeOffAfter = "1000000") {
         options.insert(options.begin(), Built(Simulator));
-        options.insert(options.end(), {"--takeoff-after", takeOffAfter});
+        options.insert(options.end(), {"--log", "--takeoff-after", takeOffAfter});
         simulator_.emplace(Here(options));
         Await("# ready");
         return *simulator_;

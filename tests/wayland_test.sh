@@ -59,7 +59,7 @@ start program ./Quirkmeter
     echo "the program is not on the X server" >&2
     exit 1
 }
-start simulator ./practice-simulator --takeoff-after 1000000
+start simulator ./practice-simulator --log --takeoff-after 1000000
 status='0x3380 128 "QM:  On hold (not airborne)."'
 await simulator 1 "$status"
 DISPLAY=$outer xdotool keydown ctrl keydown s

@@ -42,6 +42,7 @@ install() {
     mkdir -p "$entries" "$icons"
     cp quirkmeter.png "$icons"
     add Quirkmeter 'FS2002 Quirkmeter' 'Makes aircraft systems fail at random while you fly'
+    add try-it 'Try FS2002 Quirkmeter' 'Flies with the Practice Simulator and everything switched on'
     add practice-simulator 'Practice Simulator' 'Stands in for the flight simulator'
     add rehearse 'FS2002 Quirkmeter Rehearsal' 'Tells what to expect of a profile' ' %f'
     echo "The programs are in your menu now."

@@ -149,7 +149,7 @@ start() {
 }
 
 start_simulator() {
-    start practice-simulator.exe "$@" >"$log"
+    start practice-simulator.exe --log "$@" >"$log"
     await grep -q '# ready' "$log"
 }
 
@@ -258,7 +258,7 @@ unpacked() {
     mkdir -p "$WINEPREFIX/drive_c/$users_folder"
     unzip -q "$zip" -d "$WINEPREFIX/drive_c/$users_folder"
     [[ "$(ls "$WINEPREFIX/drive_c/$users_folder")" == Quirkmeter ]]
-    [[ "$(cd "$folder" && LC_ALL=C ls | tr '\n' ' ')" == "LICENSE.txt Quirkmeter.exe Quirkmeter.htm \
+    [[ "$(cd "$folder" && LC_ALL=C ls | tr '\n' ' ')" == "LICENSE.txt Quirkmeter.exe Quirkmeter.htm Try it.exe \
 fsqmhc.exe help practice-simulator.exe practice.qmp profiles rehearse.exe sound_failure.wav \
 sound_ok.wav sound_warning.wav " ]]
 }
@@ -419,7 +419,8 @@ installs() {
     wine "$setup" /S
     unzip -q "$zip" -d "$world/zip"
     diff -rq -x uninstall.exe "$(installed)" "$world/zip/Quirkmeter"
-    [[ "$(ls "$(menu)" | tr '\n' ' ')" == "FS2002 Quirkmeter.lnk Practice Simulator.lnk " ]]
+    [[ "$(ls "$(menu)" | tr '\n' ' ')" == "FS2002 Quirkmeter.lnk Help.lnk Practice Simulator.lnk \
+Rehearse.lnk Try it.lnk " ]]
     wine reg query "$uninstall_key" /v QuietUninstallString |
         grep -qF 'Quirkmeter\uninstall.exe" /S'
 }

@@ -25,7 +25,8 @@ VIAddVersionKey LegalCopyright ""
 
 !define MUI_ICON quirkmeter.ico
 !define MUI_UNICON quirkmeter.ico
-!define MUI_FINISHPAGE_RUN "$INSTDIR\Quirkmeter.exe"
+!define MUI_FINISHPAGE_RUN "$INSTDIR\Try it.exe"
+!define MUI_FINISHPAGE_RUN_TEXT "Try it: fly with the practice simulator"
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
@@ -47,9 +48,10 @@ again:
     !insertmacro TryToOpen Quirkmeter.exe
     !insertmacro TryToOpen fsqmhc.exe
     !insertmacro TryToOpen practice-simulator.exe
+    !insertmacro TryToOpen rehearse.exe
     IfErrors 0 closed
     MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
-        "Please close Quirkmeter and the practice simulator first." /SD IDCANCEL IDRETRY again
+        "Please close Quirkmeter, Rehearse and the Practice Simulator first." /SD IDCANCEL IDRETRY again
     SetErrorLevel 2
     Quit
 closed:
@@ -104,7 +106,10 @@ Section
 
     CreateDirectory "${MENU}"
     CreateShortcut "${MENU}\FS2002 Quirkmeter.lnk" "$INSTDIR\Quirkmeter.exe"
+    CreateShortcut "${MENU}\Try it.lnk" "$INSTDIR\Try it.exe"
+    CreateShortcut "${MENU}\Rehearse.lnk" "$INSTDIR\rehearse.exe"
     CreateShortcut "${MENU}\Practice Simulator.lnk" "$INSTDIR\practice-simulator.exe"
+    CreateShortcut "${MENU}\Help.lnk" "$INSTDIR\Quirkmeter.htm"
 
     WriteRegStr HKCU "${INSTALLED}" DisplayName "FS2002 Quirkmeter"
     WriteRegStr HKCU "${INSTALLED}" DisplayVersion "${VERSION}"
@@ -125,6 +130,7 @@ Section Uninstall
     Delete "$INSTDIR\fsqmhc.exe"
     Delete "$INSTDIR\practice-simulator.exe"
     Delete "$INSTDIR\rehearse.exe"
+    Delete "$INSTDIR\Try it.exe"
     Delete "$INSTDIR\LICENSE.txt"
     Delete "$INSTDIR\Quirkmeter.htm"
     Delete "$INSTDIR\help\all-reliabilities.png"
@@ -145,7 +151,10 @@ Section Uninstall
     RMDir "$INSTDIR"
 
     Delete "${MENU}\FS2002 Quirkmeter.lnk"
+    Delete "${MENU}\Try it.lnk"
+    Delete "${MENU}\Rehearse.lnk"
     Delete "${MENU}\Practice Simulator.lnk"
+    Delete "${MENU}\Help.lnk"
     RMDir "${MENU}"
     DeleteRegKey HKCU "${INSTALLED}"
 SectionEnd

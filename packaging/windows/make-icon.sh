@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Draws the programs' icon with ImageMagick: a gauge whose needle stands in the red, over the lists'
-# dark green. The icon is kept beside this script, so that a build needs no ImageMagick; run it again
-# after changing the drawing.
+# Draws the programs' icons with ImageMagick: Quirkmeter's, a gauge whose needle is in the red, on the
+# lists' dark green; and the practice simulator's, an artificial horizon. Both are kept beside this
+# script, so that a build needs no ImageMagick; run it again after changing a drawing.
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -23,9 +23,20 @@ draw() {
         -resize "${size}x$size" -depth 8 png:-
 }
 
+draw_horizon() {
+    convert -size 256x256 xc:none -fill 'rgb(32,34,36)' -draw 'roundrectangle 0,0 255,255 40,40' \
+        -fill 'rgb(70,150,230)' -draw 'circle 128,128 128,20' \
+        -fill 'rgb(130,80,30)' -draw 'arc 20,20 236,236 0,180' \
+        -stroke white -strokewidth 14 -draw 'line 20,128 236,128' \
+        -stroke 'rgb(255,180,0)' -draw 'line 70,160 110,160 line 146,160 186,160' \
+        -resize "$1x$1" -depth 8 png:-
+}
+
 pictures=$(mktemp -d)
 trap 'rm -rf "$pictures"' EXIT
 for size in 16 20 24; do draw $size 0 28 >"$pictures/$size.png"; done
 for size in 32 48; do draw $size 14 20 >"$pictures/$size.png"; done
 for size in 64 256; do draw $size 10 14 >"$pictures/$size.png"; done
 convert "$pictures"/{16,20,24,32,48,64,256}.png quirkmeter.ico
+for size in 16 20 24 32 48 64 256; do draw_horizon $size >"$pictures/$size.png"; done
+convert "$pictures"/{16,20,24,32,48,64,256}.png practice-simulator.ico

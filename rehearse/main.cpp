@@ -5,13 +5,16 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 
+#include "persist/profile.h"
 #include "platform/platform.h"
 #include "rehearse/files.h"
 #include "rehearse/flight.h"
 #include "rehearse/options.h"
 #include "rehearse/print.h"
 #include "rehearse/window.h"
+#include "rehearse/wish.h"
 
 namespace quirkmeter::rehearse {
 
@@ -53,8 +56,22 @@ class ProgressLine {
     bool shown_ = false;
 };
 
+// Returns an exit code for a failure; nothing when the profile was made.
+std::optional<int> MakeProfile(const Options& options) {
+    if (!options.Overwrite && platform::FileExists(options.SaveFile))
+        return Fail(options.SaveFile + " exists; --overwrite replaces it", WrongUse);
+    std::string fault = options.Only.empty() ? "" : KeepOnly(options.Only);
+    if (fault.empty()) fault = MeetWish(*options.NothingFails, options.Plan);
+    if (!fault.empty()) return Fail(fault, WrongUse);
+    if (!SaveProfile(options.SaveFile))
+        return Fail("cannot write " + options.SaveFile, EXIT_FAILURE);
+    return std::nullopt;
+}
+
 int RunOnTerminal(const Options& options) {
     if (auto fault = LoadProfile(options.Profile)) return Fail(*fault, WrongUse);
+    if (options.NothingFails)
+        if (auto failed = MakeProfile(options)) return *failed;
     for (const std::string& file : {options.HtmlFile, options.CsvFile})
         if (!file.empty() && !CanWriteReport(file))
             return Fail("cannot write " + file, EXIT_FAILURE);
@@ -66,7 +83,8 @@ int RunOnTerminal(const Options& options) {
     });
     std::signal(SIGINT, SIG_DFL);
 
-    Report report = MakeReport(NameInUtf8(options.Profile), options.Plan, flown);
+    const std::string& flownProfile = options.NothingFails ? options.SaveFile : options.Profile;
+    Report report = MakeReport(NameInUtf8(flownProfile), options.Plan, flown);
     if (options.HtmlFile != StandardOutput && options.CsvFile != StandardOutput)
         std::cout << TextOf(report);
     if (options.Check) std::cout << "\n" << ChancesOf(report);

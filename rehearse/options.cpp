@@ -19,6 +19,12 @@ const char Usage[] =
     "  --seed NUMBER      the same number brings back the same flights\n"
     "  --html FILE        write the report as a page for a browser\n"
     "  --csv FILE         write the counts for a spreadsheet\n"
+    "  --nothing-fails PERCENT  make a profile by which nothing fails in so many of these "
+    "flights:\n"
+    "                     everything fails as much more or less often than by PROFILE\n"
+    "  --save FILE        the new profile, of which the report then tells\n"
+    "  --only SYSTEM,...  nothing else fails by it, as in instrument,radio\n"
+    "  --overwrite        replace FILE if it exists\n"
     "  --check            compare with the calculated chances; fails if any is too far off\n"
     "  -h, --help         this text\n"
     "  --version          which version this is\n"
@@ -27,15 +33,16 @@ const char Usage[] =
 
 namespace {
 
-template <typename Number>
+template <typename Number, typename Stored = Number>
 struct Range {
-    Number& Value;
+    Stored& Value;
     Number Low, High;
 };
+using Percent = Range<double, std::optional<double>>;
 
 // What an option sets: a switch, which takes no value, a number, or the name of a file.
-using Target =
-    std::variant<bool*, Range<double>, Range<std::int64_t>, Range<std::uint64_t>, std::string*>;
+using Target = std::variant<bool*, Range<double>, Percent, Range<std::int64_t>,
+                            Range<std::uint64_t>, std::string*>;
 
 std::map<std::string, Target> TargetsIn(Options& options) {
     FlightPlan& plan = options.Plan;
@@ -47,6 +54,10 @@ std::map<std::string, Target> TargetsIn(Options& options) {
             {"--seed", Range<std::uint64_t>{plan.Seed, 0, ~0ull}},
             {"--html", &options.HtmlFile},
             {"--csv", &options.CsvFile},
+            {"--nothing-fails", Percent{options.NothingFails, 0, 100}},
+            {"--save", &options.SaveFile},
+            {"--only", &options.Only},
+            {"--overwrite", &options.Overwrite},
             {"--check", &options.Check},
             {"--help", &options.Help},
             {"-h", &options.Help},
@@ -63,8 +74,8 @@ std::string Written(Number number) {
 struct Setter {
     const std::string& Value;
 
-    template <typename Number>
-    std::string operator()(const Range<Number>& range) const {
+    template <typename Number, typename Stored>
+    std::string operator()(const Range<Number, Stored>& range) const {
         Number number{};
         const char* end = Value.data() + Value.size();
         auto [last, error] = std::from_chars(Value.data(), end, number);
@@ -75,7 +86,7 @@ struct Setter {
     }
     std::string operator()(std::string* text) const {
         *text = Value;
-        return Value.empty() ? "the name of a file" : "";
+        return Value.empty() ? "a name" : "";
     }
     std::string operator()(bool* chosen) const {
         *chosen = true;
@@ -110,6 +121,10 @@ std::string ParseOptions(int argc, char** argv, Options& options) {
         if (!wanted.empty())
             return name.append(" must be ").append(wanted).append(", not \"" + value + "\"");
     }
+    if (options.NothingFails.has_value() != !options.SaveFile.empty())
+        return "--nothing-fails and --save go together";
+    if (options.SaveFile.empty() && (options.Overwrite || !options.Only.empty()))
+        return "--only and --overwrite are for a profile to --save";
     return {};
 }
 

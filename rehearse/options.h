@@ -1,6 +1,7 @@
 // The command line.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "rehearse/flight_plan.h"
@@ -12,7 +13,10 @@ extern const char Usage[];
 struct Options {
     std::string Profile;  // its path; empty: none was given
     FlightPlan Plan;
-    std::string HtmlFile, CsvFile;  // "-": standard output; empty: not wanted
+    std::string HtmlFile, CsvFile;       // "-": standard output; empty: not wanted
+    std::optional<double> NothingFails;  // percent of flights; no wish: nothing
+    std::string SaveFile, Only;          // the new profile; its systems, empty: all
+    bool Overwrite = false;
     bool Check = false;
     bool Help = false;
     bool Version = false;

@@ -60,6 +60,33 @@ expect 2 "--seed needs a value;" "$ride" --seed
 expect 2 "--check takes no value;" "$ride" --check=1
 expect 2 "no profile was given;"
 
+echo "profiles by wish"
+new="$folder/new.qmp"
+for profile in assets/practice.qmp assets/profiles/{trainer,freighter,engines}.qmp; do
+    for wish in 0.5 20 50 90 99.5; do
+        expect 0 "new.qmp: 1,000 flights" "$profile" --nothing-fails $wish --save "$new" --overwrite \
+            --hours 3 --engines 4 --flights 1000 --seed 2 --check
+        awk -v wish=$wish '/^Nothing fails/ { met = $3 > wish - 0.55 && $3 < wish + 0.55 }
+            END { exit !met }' "$folder/printed" || fail "$wish by $profile: $(cat "$folder/printed")"
+        # A line for each sub-system in order; what is at 100 stays, the rest is the dialog's to show.
+        awk -F'[#\r]' -v wish=$wish 'NR == FNR { name[NR] = $1 "#" $2; whole[NR] = $3 == 100; next }
+            { bad += $1 "#" $2 != name[FNR] || ($3 == 100) != whole[FNR] ||
+                  $3 !~ /^[0-9]+(\.[0-9][0-9]?[0-9]?)?$/ || $4 !~ /^(0\.[1-9]|[0-9]+)$/ || $4 > 999 }
+            END { exit bad > 0 || FNR != 62 }' "$profile" "$new" || fail "$wish by $profile: $(cat "$new")"
+    done
+done
+expect 2 "new.qmp exists; --overwrite replaces it" "$ride" --nothing-fails 50 --save "$new"
+expect 0 "Radio" "$ride" --nothing-fails 50 --save "$new" --overwrite --only instrument,radio
+! grep -v '^[67]' "$new" | grep -qv '#100#' || fail "more than instruments and radios: $(cat "$new")"
+expect 2 'no system "radios", but autopilot, control,' "$ride" --nothing-fails 50 --save "$new" \
+    --overwrite --only radios
+expect 2 "the nearest has 100.0 % of flights" assets/profiles/engines.qmp --engines 0 \
+    --nothing-fails 50 --save "$folder/none.qmp"
+[[ ! -e $folder/none.qmp ]] || fail "a profile that does not meet the wish was written"
+expect 2 "--nothing-fails and --save go together" "$ride" --nothing-fails 50
+expect 2 "--only and --overwrite are for a profile to --save" "$ride" --only radio
+expect 1 "cannot write $folder/nowhere/x.qmp" "$ride" --nothing-fails 50 --save "$folder/nowhere/x.qmp"
+
 echo "where reports go"
 plan=("$ride" --flights 50 --seed 1)
 expect 0 "50 flights" "${plan[@]}" --csv "$folder/plain.csv"

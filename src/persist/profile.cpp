@@ -103,13 +103,17 @@ std::optional<ProfileFault> ApplyProfile(const std::string& path) {
     return fault;
 }
 
-void WriteProfile() {
+bool SaveProfile(const std::string& path) {
     std::string text;
     ForEachSubsystem([&text](int s, int n, const SubsystemEntry& entry) {
         text.append(std::to_string(s)).append("#").append(std::to_string(n)).append("#");
         text.append(entry.Reliability.Text()).append("#").append(entry.Hours.Text()).append("\r\n");
     });
-    if (!platform::ReplaceFile(Settings.LastProfile, text)) {
+    return platform::ReplaceFile(path, text);
+}
+
+void WriteProfile() {
+    if (!SaveProfile(Settings.LastProfile)) {
         TheMainWindow->ShowMessage("Could not write " + Settings.LastProfile, MessageIcon::Warning);
         return;
     }

@@ -17,8 +17,11 @@ struct ProfileFault {
 /// the values of the lines before it stay.
 std::optional<ProfileFault> ApplyProfile(const std::string& path);
 
-/// Writes the catalogue's reliability data to the file named by Settings.LastProfile, as one step,
-/// and shows its name in the heading. Reports a failure in a message box.
+/// Replaces the file with the catalogue's reliability data, as one step. False on failure.
+bool SaveProfile(const std::string& path);
+
+/// Writes the catalogue's reliability data to the file named by Settings.LastProfile and shows its
+/// name in the heading. Reports a failure in a message box.
 void WriteProfile();
 
 /// Applies the file named by Settings.LastProfile, shows its name in the heading, recomputes the

@@ -10,6 +10,12 @@ namespace quirkmeter::rehearse {
 /// draw step that is as likely to be any of the period's.
 double ExactChance(const SubsystemEntry& entry, const FlightPlan& plan);
 
+/// The chance that one of the system's sub-systems fails in a flight.
+double ExactChanceOfSystem(int system, const FlightPlan& plan);
+
+/// The failures of a flight on average. A stall ends by itself and may come again.
+double ExactFailures(const FlightPlan& plan);
+
 /// The chance of a flight in which nothing of the catalogue fails.
 double ExactChanceOfNoFailure(const FlightPlan& plan);
 

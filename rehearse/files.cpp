@@ -15,8 +15,9 @@ std::optional<std::string> LoadProfile(const std::string& path) {
     BuildCatalogue();
     auto fault = ApplyProfile(path);
     if (!fault) return std::nullopt;
-    std::string place = fault->Line > 0 ? path + ":" + std::to_string(fault->Line) : path;
-    return place + ": " + std::string(fault->What);
+    std::string faulty = platform::FileName(path);
+    if (fault->Line > 0) faulty = "line " + std::to_string(fault->Line) + " of " + faulty;
+    return faulty + " " + std::string(fault->What);
 }
 
 std::string NameInUtf8(const std::string& path) {

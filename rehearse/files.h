@@ -9,7 +9,8 @@ namespace quirkmeter::rehearse {
 /// The path that stands for standard output.
 inline constexpr char StandardOutput[] = "-";
 
-/// Reads the profile into the catalogue. Returns the fault as "FILE:LINE: WHAT" when there is one.
+/// Reads the profile into the catalogue. Returns the fault when there is one, as "line 2 of bad.qmp is
+/// not a line of a profile".
 std::optional<std::string> LoadProfile(const std::string& path);
 
 /// The name of the path's file, in UTF-8.

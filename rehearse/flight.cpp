@@ -18,43 +18,33 @@ constexpr std::int32_t Up = 0;
 constexpr std::int32_t Down = 16383;
 constexpr std::chrono::milliseconds AskEvery{50};
 
-// What one flight adds to a tally.
-class FlightLog {
-   public:
-    FlightLog(Tally& tally, int steps) : tally_(tally), steps_(steps) { ++tally_.Flights; }
+// The place of the flight in Tally::ByFailures.
+std::size_t PlaceOf(const Flight& flight) {
+    return std::min<std::size_t>(flight.size(), Tally::MaxFailures);
+}
 
-    void Write(const FailureRow& row, int step) {
-        auto system = static_cast<std::size_t>(row.System);
-        auto subsystem = static_cast<std::size_t>(row.SubSystem);
-        if (failures_++ == 0) ++tally_.ByFirstFailure[PartOfFlight(step)];
-        if (!systems_[system]) ++tally_.BySystem[system];
-        systems_.set(system);
+void Count(const Flight& flight, int steps, Tally& tally) {
+    constexpr std::size_t Places = SubsystemSlots + 1;
+    std::bitset<SystemSlots + 1> systems;
+    std::bitset<(SystemSlots + 1) * Places> subsystems;
+    for (const FailureInFlight& failure : flight) {
+        auto system = static_cast<std::size_t>(failure.System);
+        auto subsystem = static_cast<std::size_t>(failure.Subsystem);
         std::size_t place = system * Places + subsystem;
-        if (!subsystems_[place]) ++tally_.BySubsystem[system][subsystem];
-        subsystems_.set(place);
+        if (!systems[system]) ++tally.BySystem[system];
+        if (!subsystems[place]) ++tally.BySubsystem[system][subsystem];
+        systems.set(system);
+        subsystems.set(place);
     }
-
-    ~FlightLog() {
-        tally_.Failures += failures_;
-        tally_.SquaredFailures += failures_ * failures_;
-        ++tally_.ByFailures[static_cast<std::size_t>(
-            std::min<std::int64_t>(failures_, Tally::MaxFailures))];
-    }
-    FlightLog(const FlightLog&) = delete;
-
-   private:
-    static constexpr std::size_t Places = SubsystemSlots + 1;
-
-    std::size_t PartOfFlight(int step) const {
-        return static_cast<std::size_t>((step - 1) * std::int64_t{Tally::PartsOfFlight} / steps_);
-    }
-
-    Tally& tally_;
-    int steps_;
-    std::int64_t failures_ = 0;
-    std::bitset<SystemSlots + 1> systems_;
-    std::bitset<(SystemSlots + 1) * Places> subsystems_;
-};
+    auto failures = static_cast<std::int64_t>(flight.size());
+    ++tally.Flights;
+    tally.Failures += failures;
+    tally.SquaredFailures += failures * failures;
+    ++tally.ByFailures[PlaceOf(flight)];
+    if (flight.empty()) return;
+    auto part = (flight.front().Step - 1) * std::int64_t{Tally::PartsOfFlight} / steps;
+    ++tally.ByFirstFailure[static_cast<std::size_t>(part)];
+}
 
 void StartFlight() {
     ForEachSubsystem([](int, int, SubsystemEntry& entry) { entry.Elapsed = 0; });
@@ -75,35 +65,61 @@ void EndStalls() {
     }
 }
 
-void FlyOnce(const FlightSteps& steps, Tally& tally) {
+void FlyOnce(const FlightSteps& steps, Flight& flight) {
     StartFlight();
-    FlightLog log(tally, steps.All);
+    flight.clear();
     for (int step = 1; step <= steps.All; ++step) {
         EndStalls();
         int failures = FailureCount;
         std::int32_t position = steps.GearUp(step) ? Up : Down;
         DrawStep(position, position);
-        for (int row = failures + 1; row <= FailureCount; ++row) log.Write(FailureList[row], step);
+        for (int row = failures + 1; row <= FailureCount; ++row)
+            flight.push_back({step, FailureList[row].System, FailureList[row].SubSystem});
     }
     while (FailureCount > 0) RemoveFailureRow(FailureCount);
+}
+
+void StartFlights(const FlightPlan& plan) {
+    StartSequence(plan.Seed);
+    EngineState.EngineCount = static_cast<std::uint16_t>(plan.Engines);
+}
+
+// The failures of the middle one of the flights that have any, as a place in Tally::ByFailures.
+std::size_t MiddlePlace(const Tally& flown) {
+    std::int64_t half = (flown.Flights - flown.ByFailures[0] + 1) / 2;
+    std::size_t place = 0;
+    while (half > 0) half -= flown.ByFailures[++place];
+    return place;
 }
 
 }  // namespace
 
 Tally Fly(const FlightPlan& plan, const std::function<bool(double share)>& goesOn) {
-    StartSequence(plan.Seed);
-    EngineState.EngineCount = static_cast<std::uint16_t>(plan.Engines);
+    StartFlights(plan);
     FlightSteps steps = StepsOf(plan);
     Tally tally;
+    Flight flight;
     auto asked = std::chrono::steady_clock::now();
     while (tally.Flights < plan.Flights) {
-        FlyOnce(steps, tally);
+        FlyOnce(steps, flight);
+        Count(flight, steps.All, tally);
         auto now = std::chrono::steady_clock::now();
         if (now - asked < AskEvery) continue;
         asked = now;
         if (!goesOn(static_cast<double>(tally.Flights) / static_cast<double>(plan.Flights))) break;
     }
     return tally;
+}
+
+Flight OrdinaryFlight(const FlightPlan& plan, const Tally& flown) {
+    Flight flight;
+    std::size_t middle = MiddlePlace(flown);
+    if (middle == 0) return flight;
+    // The seed brings back the same flights, of which one has so many failures.
+    StartFlights(plan);
+    do FlyOnce(StepsOf(plan), flight);
+    while (PlaceOf(flight) != middle);
+    return flight;
 }
 
 }  // namespace quirkmeter::rehearse

@@ -10,9 +10,9 @@
 #include "persist/profile.h"
 #include "platform/platform.h"
 #include "rehearse/files.h"
-#include "rehearse/flight.h"
 #include "rehearse/options.h"
 #include "rehearse/print.h"
+#include "rehearse/rehearsal.h"
 #include "rehearse/window.h"
 #include "rehearse/wish.h"
 
@@ -60,8 +60,12 @@ class ProgressLine {
 std::optional<int> MakeProfile(const Options& options) {
     if (!options.Overwrite && platform::FileExists(options.SaveFile))
         return Fail(options.SaveFile + " exists; --overwrite replaces it", WrongUse);
-    std::string fault = options.Only.empty() ? "" : KeepOnly(options.Only);
-    if (fault.empty()) fault = MeetWish(*options.NothingFails, options.Plan);
+    SystemSet systems = SystemSet().set();
+    std::string fault = options.Only.empty() ? "" : ReadSystems(options.Only, systems);
+    if (fault.empty()) {
+        KeepOnly(systems);
+        fault = MeetWish(*options.NothingFails, options.Plan);
+    }
     if (!fault.empty()) return Fail(fault, WrongUse);
     if (!SaveProfile(options.SaveFile))
         return Fail("cannot write " + options.SaveFile, EXIT_FAILURE);
@@ -77,14 +81,14 @@ int RunOnTerminal(const Options& options) {
             return Fail("cannot write " + file, EXIT_FAILURE);
 
     std::signal(SIGINT, [](int) { InterruptSeen = 1; });
-    Tally flown = Fly(options.Plan, [line = ProgressLine()](double share) mutable {
-        line.Show(share);
-        return InterruptSeen == 0;
-    });
+    const std::string& profile = options.NothingFails ? options.SaveFile : options.Profile;
+    Report report =
+        Rehearse(NameInUtf8(profile), options.Plan, [line = ProgressLine()](double share) mutable {
+            line.Show(share);
+            return InterruptSeen == 0;
+        });
     std::signal(SIGINT, SIG_DFL);
 
-    const std::string& flownProfile = options.NothingFails ? options.SaveFile : options.Profile;
-    Report report = MakeReport(NameInUtf8(flownProfile), options.Plan, flown);
     if (options.HtmlFile != StandardOutput && options.CsvFile != StandardOutput)
         std::cout << TextOf(report);
     if (options.Check) std::cout << "\n" << ChancesOf(report);

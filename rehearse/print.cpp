@@ -9,22 +9,34 @@ namespace quirkmeter::rehearse {
 
 namespace {
 
-constexpr int BarWidth = 40;
+constexpr char FlightHeading[] = "An ordinary flight with failures";
+constexpr int BarWidth = 40;  // of all flights
+constexpr char Scale[] = "0 %                50 %             100 %";
 
-double LongestOf(const Report::Chart& chart) {
-    return std::max(1e-9, std::ranges::max(chart.Bars, {}, &Report::Bar::Share).Share);
+// Empty where nothing was calculated.
+std::string CalculatedOf(const Report::Bar& bar) {
+    return bar.Calculated ? PercentOf(*bar.Calculated) : "";
+}
+
+bool HasCalculated(const Report::Chart& chart) {
+    return chart.Bars.front().Calculated.has_value();
 }
 
 void PrintChart(std::ostream& out, const Report::Chart& chart) {
-    std::size_t nameWidth = 0;
+    std::size_t nameWidth = chart.Heading.size();
     for (const Report::Bar& bar : chart.Bars) nameWidth = std::max(nameWidth, bar.Name.size());
-    out << "\n" << chart.Heading << "\n";
+    auto row = [&](const std::string& name, const std::string& share, const std::string& calculated,
+                   const std::string& bar) {
+        out << std::left << std::setw(static_cast<int>(nameWidth) + 2) << name << std::right
+            << std::setw(10) << share;
+        if (HasCalculated(chart)) out << std::setw(12) << calculated;
+        out << (bar.empty() ? "" : "  ") << bar << "\n";
+    };
+    out << "\n";
+    row(chart.Heading, "flights", "calculated", Scale);
     for (const Report::Bar& bar : chart.Bars) {
-        auto length = std::lround(bar.Share / LongestOf(chart) * BarWidth);
-        out << "  " << std::left << std::setw(static_cast<int>(nameWidth)) << bar.Name << "  "
-            << std::right << std::setw(9) << PercentOf(bar.Share);
-        if (length > 0) out << "  " << std::string(static_cast<std::size_t>(length), '#');
-        out << "\n";
+        auto length = static_cast<std::size_t>(std::lround(bar.Share * BarWidth));
+        row("  " + bar.Name, PercentOf(bar.Share), CalculatedOf(bar), std::string(length, '#'));
     }
 }
 
@@ -61,9 +73,13 @@ body { max-width: 46em; margin: 2em auto; padding: 0 1em; font-family: Arial, sa
        color: #1d2a1d; background: #ffffff }
 table { border-collapse: collapse; margin-bottom: 1.5em }
 th, td { text-align: left; padding: 0.2em 1em 0.2em 0; vertical-align: top; font-weight: normal }
-td.number { text-align: right; white-space: nowrap }
-td.bar { width: 20em }
+td.number, th.number { text-align: right; white-space: nowrap }
+td.bar { width: 20em; padding-right: 0; border-left: 1px solid #a0a8a0;
+         border-right: 1px solid #a0a8a0 }
 td.bar div { height: 1em; background: #2f6b2f }
+td.scale { text-align: center; padding-right: 0; font-size: 80% }
+td.scale .low { float: left }
+td.scale .high { float: right }
 p.note { font-size: 90% }
 @media (prefers-color-scheme: dark) {
   body { color: #dfe8df; background: #141a14 }
@@ -73,14 +89,31 @@ p.note { font-size: 90% }
 </style>
 )";
 
+void PrintHtmlFacts(std::ostream& out, const char* summary,
+                    const std::vector<Report::Fact>& facts) {
+    out << "<table summary=\"" << summary << "\">\n";
+    for (const Report::Fact& fact : facts)
+        out << "<tr><th scope=\"row\">" << fact.Name << "</th><td>" << fact.Value << "</td></tr>\n";
+    out << "</table>\n";
+}
+
 void PrintHtmlChart(std::ostream& out, const Report::Chart& chart) {
+    auto number = [&](const std::string& text) {
+        out << "<td class=\"number\">" << text << "</td>";
+    };
     out << "<h2>" << chart.Heading << "</h2>\n<table summary=\"" << chart.Heading
         << "\">\n<tr><th scope=\"col\">" << chart.Names
-        << "</th><th scope=\"col\">Flights</th><td></td></tr>\n";
-    for (const Report::Bar& bar : chart.Bars)
-        out << "<tr><th scope=\"row\">" << Escaped(bar.Name) << "</th><td class=\"number\">"
-            << PercentOf(bar.Share) << "</td><td class=\"bar\"><div style=\"width: "
-            << std::lround(bar.Share / LongestOf(chart) * 100) << "%\"></div></td></tr>\n";
+        << "</th><th scope=\"col\" class=\"number\">Flights</th>"
+        << (HasCalculated(chart) ? "<th scope=\"col\" class=\"number\">Calculated</th>" : "")
+        << "<td class=\"scale\"><span class=\"low\">0 %</span><span class=\"high\">100 %</span>50 %"
+           "</td></tr>\n";
+    for (const Report::Bar& bar : chart.Bars) {
+        out << "<tr><th scope=\"row\">" << Escaped(bar.Name) << "</th>";
+        number(PercentOf(bar.Share));
+        if (HasCalculated(chart)) number(CalculatedOf(bar));
+        out << "<td class=\"bar\"><div style=\"width: " << Decimal(bar.Share * 100, 1)
+            << "%\"></div></td></tr>\n";
+    }
     out << "</table>\n";
 }
 
@@ -92,6 +125,10 @@ std::string TextOf(const Report& report) {
     for (const Report::Fact& fact : report.Facts)
         out << std::left << std::setw(33) << fact.Name << fact.Value << "\n";
     for (const Report::Chart& chart : report.Charts) PrintChart(out, chart);
+    if (!report.Flight.empty()) out << "\n" << FlightHeading << "\n";
+    for (const Report::Fact& failure : report.Flight)
+        out << "  " << std::right << std::setw(10) << failure.Name << "  " << failure.Value << "\n";
+    out << "\n" << report.Made << "\n";
     return out.str();
 }
 
@@ -100,13 +137,15 @@ std::string PageOf(const Report& report) {
     std::string profile = Escaped(report.Profile);
     out << PageHead << PageMark << PageStyle << "<title>Rehearsal of " << profile
         << "</title>\n</head>\n<body>\n<h1>Rehearsal of " << profile << "</h1>\n<p>" << report.Flown
-        << ".</p>\n<table summary=\"In short\">\n";
-    for (const Report::Fact& fact : report.Facts)
-        out << "<tr><th scope=\"row\">" << fact.Name << "</th><td>" << fact.Value << "</td></tr>\n";
-    out << "</table>\n";
+        << ".</p>\n";
+    PrintHtmlFacts(out, "In short", report.Facts);
     for (const Report::Chart& chart : report.Charts) PrintHtmlChart(out, chart);
+    if (!report.Flight.empty()) {
+        out << "<h2>" << FlightHeading << "</h2>\n";
+        PrintHtmlFacts(out, FlightHeading, report.Flight);
+    }
     out << "<p class=\"note\">" << report.GearNote << " The same flights again: seed "
-        << report.Seed << ".</p>\n</body>\n</html>\n";
+        << report.Seed << ".</p>\n<p class=\"note\">" << report.Made << "</p>\n</body>\n</html>\n";
     return out.str();
 }
 

@@ -15,22 +15,12 @@ namespace {
 constexpr std::size_t MaxBars = 12;
 constexpr std::size_t MaxLikeliest = 10;
 
-std::string Decimal(double value, int digits) {
-    char text[64];
-    char* end = std::to_chars(text, std::end(text), value, std::chars_format::fixed, digits).ptr;
-    return {text, end};
-}
-
 // Two decimals at most, and no zeros at their end.
 std::string Short(double value) {
     std::string text = Decimal(value, 2);
     text.erase(text.find_last_not_of('0') + 1);
     if (text.ends_with('.')) text.pop_back();
     return text;
-}
-
-std::string Counted(double count, const std::string& what) {
-    return Short(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 std::string Grouped(std::int64_t number) {
@@ -40,10 +30,14 @@ std::string Grouped(std::int64_t number) {
     return text;
 }
 
+// "2 flights" of the number 2, as it is written.
+std::string Counted(const std::string& number, const std::string& what) {
+    return number + " " + what + (number == "1" ? "" : "s");
+}
+
 std::string Duration(double hours) {
     auto minutes = std::lround(hours * 60);
-    std::string rest = std::to_string(minutes % 60);
-    return std::to_string(minutes / 60) + (rest.size() == 1 ? ":0" : ":") + rest;
+    return std::to_string(minutes / 60) + " h " + std::to_string(minutes % 60) + " min";
 }
 
 std::string SystemName(int system) {
@@ -88,27 +82,34 @@ Report::Chart FailuresPerFlight(const Tally& flown) {
                                        std::int64_t{0});
         std::string name = std::to_string(first);
         if (last > first) name.append(" to ").append(std::to_string(last));
-        chart.Bars.push_back({name, flown.ShareOfFlights(flights)});
+        chart.Bars.push_back({name, flown.ShareOfFlights(flights), {}});
     }
     return chart;
 }
 
+void SortByShare(std::vector<Report::Bar>& bars) {
+    std::ranges::stable_sort(bars, std::ranges::greater(), &Report::Bar::Share);
+}
+
 // The sub-systems that failed, the likeliest first.
-Report::Chart Likeliest(const Tally& flown) {
+Report::Chart Likeliest(const Tally& flown, const FlightPlan& plan) {
     Report::Chart chart{"Likeliest to fail", "Sub-system", {}};
-    ForEachSubsystem([&](int s, int n, const SubsystemEntry&) {
+    ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
         std::int64_t flights = FlightsWith(flown, s, n);
-        if (flights > 0) chart.Bars.push_back({SubsystemName(s, n), flown.ShareOfFlights(flights)});
+        if (flights > 0)
+            chart.Bars.push_back(
+                {SubsystemName(s, n), flown.ShareOfFlights(flights), ExactChance(entry, plan)});
     });
-    std::ranges::stable_sort(chart.Bars, std::ranges::greater(), &Report::Bar::Share);
+    SortByShare(chart.Bars);
     if (chart.Bars.size() > MaxLikeliest) chart.Bars.resize(MaxLikeliest);
     return chart;
 }
 
-Report::Chart Systems(const Tally& flown) {
+Report::Chart Systems(const Tally& flown, const FlightPlan& plan) {
     Report::Chart chart{"Systems", "System", {}};
     for (int s = 1; SubsystemCount(s) > 0; ++s)
-        chart.Bars.push_back({SystemName(s), flown.ShareOfFlights(FlightsWith(flown, s))});
+        chart.Bars.push_back({SystemName(s), flown.ShareOfFlights(FlightsWith(flown, s)),
+                              ExactChanceOfSystem(s, plan)});
     return chart;
 }
 
@@ -159,25 +160,33 @@ Report::Chance Compare(const std::string& name, double calculated, std::int64_t 
 
 }  // namespace
 
-Report MakeReport(const std::string& profile, const FlightPlan& plan, const Tally& flown) {
+Report MakeReport(const std::string& profile, const FlightPlan& plan, const Tally& flown,
+                  const Flight& ordinary) {
     Report report;
     report.Profile = profile;
     report.Seed = plan.Seed;
-    report.Flown = Grouped(flown.Flights) + " flights of " + Counted(plan.Hours, "hour") +
-                   " with " + Counted(static_cast<double>(plan.Engines), "engine");
+    report.Flown = Counted(Grouped(flown.Flights), "flight") + " of " +
+                   Counted(Short(plan.Hours), "hour") + " with " +
+                   Counted(std::to_string(plan.Engines), "engine");
     if (flown.Flights < plan.Flights)
         report.Flown += ", stopped before all of " + Grouped(plan.Flights) + " were flown";
     report.GearNote = "Landing gear and flaps, which fail only while they are up, went up " +
                       Short(plan.RetractedAfterTakeOff) + " min after take-off and came down " +
                       Short(plan.ExtendedBeforeLanding) + " min before landing.";
     report.Facts = {
-        {"A flight in which nothing fails", PercentOf(flown.ShareOfFlights(flown.ByFailures[0]))},
-        {"Failures in a flight", Decimal(flown.MeanFailures(), 2) + " on average, spread " +
-                                     Decimal(flown.SpreadOfFailures(), 2) + ", at most " +
-                                     std::to_string(MaxFailures(flown))},
+        {"A flight in which nothing fails",
+         PercentOf(flown.ShareOfFlights(flown.ByFailures[0])) +
+             " (calculated: " + PercentOf(ExactChanceOfNoFailure(plan)) + ")"},
+        {"Failures in a flight", Decimal(flown.MeanFailures(), 2) +
+                                     " on average (calculated: " + Decimal(ExactFailures(plan), 2) +
+                                     "), spread " + Decimal(flown.SpreadOfFailures(), 2) +
+                                     ", at most " + std::to_string(MaxFailures(flown))},
         {"The first failure", FirstFailure(flown, plan.Hours)}};
-    report.Charts = {FailuresPerFlight(flown), Likeliest(flown), Systems(flown)};
+    report.Charts = {FailuresPerFlight(flown), Likeliest(flown, plan), Systems(flown, plan)};
     std::erase_if(report.Charts, [](const Report::Chart& chart) { return chart.Bars.empty(); });
+    for (const FailureInFlight& failure : ordinary)
+        report.Flight.push_back({Duration(static_cast<double>(failure.Step) / DrawStepsPerHour),
+                                 SubsystemName(failure.System, failure.Subsystem)});
     report.Counts = CountsOf(flown);
     report.Chances.push_back(
         Compare("Nothing fails", ExactChanceOfNoFailure(plan), flown.ByFailures[0], flown));
@@ -188,9 +197,24 @@ Report MakeReport(const std::string& profile, const FlightPlan& plan, const Tall
     return report;
 }
 
+std::vector<Report::Bar> LikeliestByCalculation(const FlightPlan& plan) {
+    std::vector<Report::Bar> bars;
+    ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {
+        double chance = ExactChance(entry, plan);
+        if (chance > 0) bars.push_back({SubsystemName(s, n), chance, {}});
+    });
+    SortByShare(bars);
+    return bars;
+}
+
+std::string Decimal(double value, int digits) {
+    char text[64];
+    char* end = std::to_chars(text, std::end(text), value, std::chars_format::fixed, digits).ptr;
+    return {text, end};
+}
+
 std::string PercentOf(double share) {
-    double percent = share * 100;
-    return Decimal(percent, percent >= 9.995 ? 1 : 2) + " %";
+    return Decimal(share * 100, 2) + " %";
 }
 
 }  // namespace quirkmeter::rehearse

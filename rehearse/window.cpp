@@ -1,125 +1,359 @@
 #include "rehearse/window.h"
 
-#include <wx/app.h>
-#include <wx/filedlg.h>
+#include <wx/dnd.h>
 #include <wx/filename.h>
-#include <wx/log.h>
-#include <wx/msgdlg.h>
 #include <wx/progdlg.h>
-#include <wx/stdpaths.h>
-#include <wx/utils.h>
+#include <wx/spinctrl.h>
+#include <wx/wupdlock.h>
+#include <wx/wx.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
+#include <initializer_list>
 #include <iostream>
+#include <iterator>
+#include <optional>
 #include <vector>
 
+#include "persist/profile.h"
 #include "platform/platform.h"
+#include "rehearse/exact.h"
 #include "rehearse/files.h"
-#include "rehearse/flight.h"
+#include "rehearse/page_file.h"
 #include "rehearse/print.h"
+#include "rehearse/rehearsal.h"
+#include "rehearse/report.h"
+#include "rehearse/wish.h"
+#include "ui/look.h"
 
 namespace quirkmeter::rehearse {
 
 namespace {
 
 constexpr char Title[] = "FS2002 Quirkmeter - Rehearsal";
+constexpr char ProfileFiles[] = "FS2002 Quirkmeter Profile (*.qmp)|*.qmp";
+constexpr std::size_t LikeliestShown = 5;
 
-wxString Shown(const std::string& text) {
-    return {text.c_str(), wxConvFile};
+// By the systems' numbers, with the letter that works the box from the keyboard.
+const char* const SystemLabels[] = {"&Autopilot", "Con&trol",    "&Electrical", "Eng&ine",
+                                    "&Fuel",      "Instru&ment", "Ra&dio"};
+
+class RehearsalFrame final : public wxFrame {
+   public:
+    RehearsalFrame();
+
+    /// Says so, and keeps the profile that is shown, when it cannot be read.
+    void Open(const std::string& path);
+
+   private:
+    wxSizer* MakePlan();
+    wxSizer* MakeForecast();
+    wxSizer* MakeWish();
+    wxSizer* MakeButtons();
+
+    void ApplyWish();
+    void ShowForecast();
+    std::optional<Report> RehearseWithProgress();
+    void Warn(const std::string& text);
+    void OnWish(double percent);
+    void OnChoose();
+    void OnRehearse();
+    void OnSave();
+
+    std::string profile_;                  // its path; empty: none is open yet
+    std::vector<SubsystemEntry> entries_;  // as the file has them
+    FlightPlan plan_;
+    std::optional<double> wish_;  // percent of flights in which nothing fails; nothing: as it is
+
+    wxPanel* panel_;
+    wxStaticText* name_;
+    wxSpinCtrlDouble* hours_;
+    wxSpinCtrl* engines_;
+    wxStaticText* nothingFails_;
+    wxStaticText* failures_;
+    std::vector<wxStaticText*> likeliest_, chances_;
+    wxSlider* slider_;
+    wxSpinCtrlDouble* percent_;
+    std::vector<wxCheckBox*> systems_;
+    wxStaticText* note_;
+};
+
+class DropTarget final : public wxFileDropTarget {
+   public:
+    explicit DropTarget(RehearsalFrame& frame) : frame_(frame) {}
+
+    // The program that the file comes from waits until this returns.
+    bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& files) override {
+        frame_.CallAfter(&RehearsalFrame::Open, look::Stored(files.front()));
+        return true;
+    }
+
+   private:
+    RehearsalFrame& frame_;
+};
+
+RehearsalFrame::RehearsalFrame() : wxFrame(nullptr, wxID_ANY, Title), panel_(new wxPanel(this)) {
+    SetIcons(look::ProgramIcons());
+    auto* column = new wxBoxSizer(wxVERTICAL);
+    for (wxSizer* part : {MakePlan(), MakeForecast(), MakeWish()})
+        column->Add(part, wxSizerFlags().Expand().Border(wxALL & ~wxBOTTOM));
+    note_ =
+        new wxStaticText(panel_, wxID_ANY, "Choose a profile, or drop one here.", wxDefaultPosition,
+                         wxDefaultSize, wxST_ELLIPSIZE_MIDDLE | wxST_NO_AUTORESIZE);
+    column->Add(note_, wxSizerFlags().Expand().Border());
+    column->AddStretchSpacer();
+    column->Add(MakeButtons(), wxSizerFlags().Expand().Border());
+    panel_->SetSizer(column);
+    auto* frame = new wxBoxSizer(wxVERTICAL);
+    frame->Add(panel_, wxSizerFlags(1).Expand());
+    SetSizerAndFit(frame);
+
+    // A label's letter reaches no field on GTK.
+    wxAcceleratorEntry letters[] = {{wxACCEL_ALT, 'H', hours_->GetId()},
+                                    {wxACCEL_ALT, 'G', engines_->GetId()},
+                                    {wxACCEL_ALT, 'N', slider_->GetId()},
+                                    {wxACCEL_ALT, 'P', percent_->GetId()}};
+    SetAcceleratorTable({static_cast<int>(std::size(letters)), letters});
+    for (wxWindow* field : std::initializer_list<wxWindow*>{hours_, engines_, slider_, percent_})
+        Bind(
+            wxEVT_MENU, [field](wxCommandEvent&) { field->SetFocus(); }, field->GetId());
+    SetDropTarget(new DropTarget(*this));
 }
 
-std::string Stored(const wxString& path) {
-    return std::string(path.mb_str(wxConvFile));
+// A label and its field, which screen readers call by the name.
+template <typename Field>
+Field* Labelled(wxSizer* row, wxStaticText* label, Field* field, const wxString& name) {
+    row->Add(label, wxSizerFlags().CentreVertical().Border(wxRIGHT));
+    row->Add(field, wxSizerFlags().CentreVertical().DoubleBorder(wxRIGHT));
+    look::Describe(field, platform::ControlKind::Native, name);
+    return field;
 }
 
-int Fail(const std::string& text) {
-    wxMessageBox(Shown(text), Title, wxOK | wxICON_WARNING);
-    return EXIT_FAILURE;
+wxSizer* RehearsalFrame::MakePlan() {
+    auto* rows = new wxBoxSizer(wxVERTICAL);
+    auto* profile = new wxBoxSizer(wxHORIZONTAL);
+    auto* choose = new wxButton(panel_, wxID_ANY, "&Choose...");
+    name_ = new wxStaticText(panel_, wxID_ANY, "No profile", wxDefaultPosition, wxDefaultSize,
+                             wxST_ELLIPSIZE_MIDDLE | wxST_NO_AUTORESIZE);
+    name_->SetFont(GetFont().Bold());
+    profile->Add(name_, wxSizerFlags(1).CentreVertical());
+    profile->Add(choose, wxSizerFlags().CentreVertical());
+    rows->Add(profile, wxSizerFlags().Expand().Border(wxBOTTOM));
+
+    auto* plan = new wxBoxSizer(wxHORIZONTAL);
+    auto* hours = new wxStaticText(panel_, wxID_ANY, "&Hours of flight");
+    hours_ = new wxSpinCtrlDouble(panel_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                                  wxSP_ARROW_KEYS, 0.01, 1000, plan_.Hours, 0.5);
+    hours_->SetDigits(2);
+    Labelled(plan, hours, hours_, "Hours of flight");
+    auto* engines = new wxStaticText(panel_, wxID_ANY, "En&gines");
+    engines_ = new wxSpinCtrl(panel_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                              wxSP_ARROW_KEYS, 0, 4, static_cast<int>(plan_.Engines));
+    Labelled(plan, engines, engines_, "Engines");
+    rows->Add(plan);
+
+    choose->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnChoose(); });
+    hours_->Bind(wxEVT_SPINCTRLDOUBLE, [this](wxSpinDoubleEvent&) { ApplyWish(); });
+    engines_->Bind(wxEVT_SPINCTRL, [this](wxSpinEvent&) { ApplyWish(); });
+    return rows;
 }
 
-// Empty when the user chose none.
-std::string ChooseProfile() {
-    wxFileDialog dialog(
-        nullptr, "Choose the profile to rehearse", Shown(platform::ProgramFile("\\")), "",
-        "FS2002 Quirkmeter Profile (*.qmp)|*.qmp", wxFD_OPEN | wxFD_FILE_MUST_EXIST);
-    return dialog.ShowModal() == wxID_OK ? Stored(dialog.GetPath()) : "";
+wxSizer* RehearsalFrame::MakeForecast() {
+    auto* box = new wxStaticBoxSizer(wxVERTICAL, panel_, "By calculation");
+    auto* table = new wxFlexGridSizer(2, FromDIP(wxSize(16, 2)));
+    table->AddGrowableCol(0);
+    auto row = [&](const char* what, std::vector<wxStaticText*>* names) {
+        auto* name = new wxStaticText(box->GetStaticBox(), wxID_ANY, what);
+        auto* value = new wxStaticText(box->GetStaticBox(), wxID_ANY, "");
+        table->Add(name, wxSizerFlags().Expand());
+        table->Add(value, wxSizerFlags().Right());
+        if (names) names->push_back(name);
+        return value;
+    };
+    nothingFails_ = row("Flights in which nothing fails", nullptr);
+    failures_ = row("Failures in a flight", nullptr);
+    row("Likeliest to fail:", nullptr);
+    while (chances_.size() < LikeliestShown) chances_.push_back(row("", &likeliest_));
+    box->Add(table, wxSizerFlags().Expand().Border());
+    return box;
 }
 
-// A file of that name that is no report is somebody else's and must stay.
-bool MayHoldReport(const std::string& path) {
-    if (!platform::CanReplaceFile(path)) return false;
-    char start[1024];
-    std::ifstream file(path, std::ios::binary);
-    file.read(start, sizeof start);
-    return !file.is_open() || IsPage({start, static_cast<std::size_t>(file.gcount())});
+wxSizer* RehearsalFrame::MakeWish() {
+    auto* box = new wxStaticBoxSizer(wxVERTICAL, panel_, "A profile of your own");
+    wxWindow* parent = box->GetStaticBox();
+    auto* wish = new wxBoxSizer(wxHORIZONTAL);
+    wish->Add(new wxStaticText(parent, wxID_ANY, "&Nothing fails in"),
+              wxSizerFlags().CentreVertical().Border(wxRIGHT));
+    slider_ = new wxSlider(parent, wxID_ANY, 0, 0, 100, wxDefaultPosition,
+                           wxSize(FromDIP(160), wxDefaultCoord));
+    look::Describe(slider_, platform::ControlKind::Native, "Nothing fails in, percent of flights");
+    wish->Add(slider_, wxSizerFlags(1).CentreVertical().Border(wxRIGHT));
+    percent_ = new wxSpinCtrlDouble(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                                    wxSP_ARROW_KEYS, 0, 100, 0, 0.5);
+    percent_->SetDigits(1);
+    look::Describe(percent_, platform::ControlKind::Native, "Nothing fails in, percent of flights");
+    wish->Add(percent_, wxSizerFlags().CentreVertical().Border(wxRIGHT));
+    wish->Add(new wxStaticText(parent, wxID_ANY, "&percent of flights"),
+              wxSizerFlags().CentreVertical());
+    box->Add(wish, wxSizerFlags().Expand().Border());
+
+    box->Add(new wxStaticText(parent, wxID_ANY, "Systems that may fail:"),
+             wxSizerFlags().Border(wxLEFT | wxRIGHT));
+    auto* systems = new wxFlexGridSizer(4, FromDIP(wxSize(12, 2)));
+    for (const char* label : SystemLabels) {
+        systems_.push_back(new wxCheckBox(parent, wxID_ANY, label));
+        systems_.back()->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { ApplyWish(); });
+        systems_.back()->Disable();
+        systems->Add(systems_.back());
+    }
+    box->Add(systems, wxSizerFlags().Border());
+
+    slider_->Bind(wxEVT_SLIDER, [this](wxCommandEvent&) { OnWish(slider_->GetValue()); });
+    percent_->Bind(wxEVT_SPINCTRLDOUBLE,
+                   [this](wxSpinDoubleEvent&) { OnWish(percent_->GetValue()); });
+    return box;
 }
 
-// Where the report may go, the best place first: beside the profile, or else to the user's
-// documents or the temporary files.
-std::vector<std::string> ReportPaths(const wxFileName& profile) {
-    constexpr int MaxNames = 99;
-    std::vector<std::string> paths;
-    for (const wxString& folder :
-         {profile.GetPath(), wxStandardPaths::Get().GetDocumentsDir(), wxFileName::GetTempDir()})
-        for (int n = 1; n <= MaxNames; ++n) {
-            wxString name = profile.GetName() + " rehearsal";
-            if (n > 1) name << " " << n;
-            std::string path = Stored(wxFileName(folder, name, "htm").GetFullPath());
-            if (!MayHoldReport(path)) continue;
-            paths.push_back(path);
-            break;
-        }
-    return paths;
+wxSizer* RehearsalFrame::MakeButtons() {
+    auto* row = new wxBoxSizer(wxHORIZONTAL);
+    auto* rehearse = new wxButton(panel_, wxID_ANY, "&Rehearse");
+    auto* save = new wxButton(panel_, wxID_SAVEAS, "&Save as...");
+    rehearse->SetDefault();
+    row->AddStretchSpacer();
+    row->Add(save, wxSizerFlags().Border(wxRIGHT));
+    row->Add(rehearse);
+    rehearse->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnRehearse(); });
+    save->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnSave(); });
+    for (wxWindow* control : std::initializer_list<wxWindow*>{rehearse, save, slider_, percent_})
+        control->Bind(wxEVT_UPDATE_UI,
+                      [this](wxUpdateUIEvent& event) { event.Enable(!profile_.empty()); });
+    return row;
+}
+
+void RehearsalFrame::Warn(const std::string& text) {
+    look::ShowMessage(this, look::Shown(text), MessageIcon::Warning);
+}
+
+void RehearsalFrame::Open(const std::string& path) {
+    if (auto fault = LoadProfile(path)) {
+        ApplyWish();
+        return Warn(*fault);
+    }
+    profile_ = path;
+    wish_.reset();
+    entries_.clear();
+    SystemSet failing;
+    ForEachSubsystem([&](int s, int, const SubsystemEntry& entry) {
+        entries_.push_back(entry);
+        if (ReliabilityOf(entry) < 100) failing.set(static_cast<std::size_t>(s));
+    });
+    for (std::size_t box = 0; box < systems_.size(); ++box) {
+        systems_[box]->SetValue(failing[box + 1]);
+        systems_[box]->Enable(failing[box + 1]);
+    }
+    name_->SetLabelText(look::Shown(platform::FileName(path)));
+    name_->SetToolTip(look::Shown(path));
+    ApplyWish();
+}
+
+// Makes the catalogue what the window shows, from what the file has.
+void RehearsalFrame::ApplyWish() {
+    plan_.Hours = hours_->GetValue();
+    plan_.Engines = engines_->GetValue();
+    if (profile_.empty()) return;
+    auto stored = entries_.begin();
+    ForEachSubsystem([&](int, int, SubsystemEntry& entry) { entry = *stored++; });
+    SystemSet kept;
+    for (std::size_t box = 0; box < systems_.size(); ++box)
+        kept.set(box + 1, systems_[box]->GetValue());
+    KeepOnly(kept);
+    bool met = !wish_ || MeetWish(*wish_, plan_).empty();
+    note_->SetLabelText(met ? "" : "This cannot be had; the profile above is the nearest to it.");
+    ShowForecast();
+}
+
+void RehearsalFrame::ShowForecast() {
+    wxWindowUpdateLocker oneRedraw(this);
+    double nothingFails = ExactChanceOfNoFailure(plan_);
+    if (!wish_) {
+        slider_->SetValue(static_cast<int>(std::lround(nothingFails * 100)));
+        percent_->SetValue(nothingFails * 100);
+    }
+    nothingFails_->SetLabelText(PercentOf(nothingFails));
+    failures_->SetLabelText(Decimal(ExactFailures(plan_), 2));
+    std::vector<Report::Bar> likeliest = LikeliestByCalculation(plan_);
+    for (std::size_t row = 0; row < LikeliestShown; ++row) {
+        bool filled = row < likeliest.size();
+        likeliest_[row]->SetLabelText(filled ? "    " + likeliest[row].Name : "");
+        chances_[row]->SetLabelText(filled ? PercentOf(likeliest[row].Share) : "");
+    }
+    panel_->Layout();
+}
+
+void RehearsalFrame::OnWish(double percent) {
+    wish_ = percent;
+    slider_->SetValue(static_cast<int>(std::lround(percent)));
+    percent_->SetValue(percent);
+    ApplyWish();
+}
+
+void RehearsalFrame::OnChoose() {
+    wxString folder = profile_.empty() ? look::Shown(platform::ProgramFile("\\"))
+                                       : wxFileName(look::Shown(profile_)).GetPath();
+    wxFileDialog dialog(this, "Choose a profile", folder, "", ProfileFiles,
+                        wxFD_OPEN | wxFD_FILE_MUST_EXIST);
+    if (dialog.ShowModal() == wxID_OK) Open(look::Stored(dialog.GetPath()));
+}
+
+// Nothing when the pilot cancelled it.
+std::optional<Report> RehearsalFrame::RehearseWithProgress() {
+    wxProgressDialog dialog(Title, "Flying with " + name_->GetLabelText(), 1000, this,
+                            wxPD_APP_MODAL | wxPD_CAN_ABORT | wxPD_REMAINING_TIME);
+    bool changed = wish_ || std::ranges::any_of(systems_, [](wxCheckBox* box) {
+                       return box->IsEnabled() && !box->GetValue();
+                   });
+    bool goesOn = true;
+    Report report =
+        Rehearse(NameInUtf8(profile_) + (changed ? ", changed" : ""), plan_, [&](double share) {
+            return goesOn = dialog.Update(static_cast<int>(std::lround(share * 999)));
+        });
+    if (!goesOn) return std::nullopt;
+    return report;
+}
+
+void RehearsalFrame::OnRehearse() {
+    std::optional<Report> report = RehearseWithProgress();
+    if (!report) return;
+    PageFile file = WritePage(profile_, PageOf(*report));
+    if (file.Path.empty()) return Warn("Could not write " + file.Usual);
+    note_->SetLabelText("The report is " + look::Shown(file.Path));
+    if (!wxLaunchDefaultApplication(look::Shown(file.Path))) Warn("Could not open " + file.Path);
+}
+
+void RehearsalFrame::OnSave() {
+    wxFileName old(look::Shown(profile_));
+    wxFileDialog dialog(this, "Save as", old.GetPath(), old.GetName() + " 2.qmp", ProfileFiles,
+                        wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
+    if (dialog.ShowModal() != wxID_OK) return;
+    std::string path = look::Stored(dialog.GetPath());
+    if (!SaveProfile(path)) return Warn("Could not write " + path);
+    Open(path);
 }
 
 class RehearsalApp final : public wxApp {
    public:
     explicit RehearsalApp(const Options& options) : options_(options) {}
 
-    bool OnInit() override { return true; }
-
-    int OnRun() override {
-        if (options_.Profile.empty()) options_.Profile = ChooseProfile();
-        if (options_.Profile.empty()) return EXIT_SUCCESS;
-        if (auto fault = LoadProfile(options_.Profile)) return Fail(*fault);
-        wxFileName profile(Shown(options_.Profile));
-        profile.MakeAbsolute();
-        std::vector<std::string> paths = ReportPaths(profile);
-        if (paths.empty()) return Fail("There is no place where the report can be written.");
-        std::string page = PageOf(Rehearse());
-        for (const std::string& path : paths)
-            if (WriteReport(path, page)) return Show(path, profile);
-        return Fail("Could not write " + paths.front());
+    bool OnInit() override {
+        platform::ShowWarningIcons();
+        auto* frame = new RehearsalFrame;
+        frame->Show();
+        if (!options_.Profile.empty()) frame->Open(options_.Profile);
+        return true;
     }
 
    private:
-    Report Rehearse() {
-        wxProgressDialog dialog(Title, "Flying with " + Shown(platform::FileName(options_.Profile)),
-                                1000, nullptr,
-                                wxPD_CAN_ABORT | wxPD_REMAINING_TIME | wxPD_AUTO_HIDE);
-        Tally flown = Fly(options_.Plan, [&dialog](double share) {
-            return dialog.Update(static_cast<int>(std::lround(share * 999)));
-        });
-        return MakeReport(NameInUtf8(options_.Profile), options_.Plan, flown);
-    }
-
-    // Says so if the report is not where the user will look for it.
-    static int Show(const std::string& path, const wxFileName& profile) {
-        std::string usual = Stored(
-            wxFileName(profile.GetPath(), profile.GetName() + " rehearsal", "htm").GetFullPath());
-        if (path != usual)
-            wxMessageBox(
-                Shown((platform::FileExists(usual) ? "This file is no report, or is "
-                                                     "write-protected, and was left as it is:\n"
-                                                   : "This file could not be written:\n") +
-                      usual + "\n\nThe report is here:\n" + path),
-                Title, wxOK | wxICON_INFORMATION);
-        if (!wxLaunchDefaultApplication(Shown(path))) return Fail("Could not open " + path);
-        return EXIT_SUCCESS;
-    }
-
     Options options_;
 };
 

@@ -1,12 +1,12 @@
-// Rehearsal by mouse, for who never opens a terminal.
+// The window in which a profile is understood and made.
 #pragma once
 
 #include "rehearse/options.h"
 
 namespace quirkmeter::rehearse {
 
-/// Asks for a profile unless there is one, flies with a progress dialog, writes the report beside
-/// the profile and opens it. Tells what fails in message boxes. Returns the program's exit code.
+/// Shows the window, with the options' profile if there is one. Returns the program's exit code
+/// once it is closed.
 int RunWindow(const Options& options);
 
 }  // namespace quirkmeter::rehearse

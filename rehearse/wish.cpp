@@ -74,8 +74,8 @@ std::string LowerName(int system) {
 
 }  // namespace
 
-std::string KeepOnly(const std::string& names) {
-    bool kept[SystemSlots + 1] = {};
+std::string ReadSystems(const std::string& names, SystemSet& systems) {
+    systems.reset();
     for (std::size_t start = 0; start <= names.size();) {
         std::size_t end = std::min(names.find(',', start), names.size());
         std::string name = names.substr(start, end - start);
@@ -86,13 +86,16 @@ std::string KeepOnly(const std::string& names) {
             for (int s = 1; s < SystemSlots; ++s) fault += (s > 1 ? ", " : " ") + LowerName(s);
             return fault;
         }
-        kept[system] = true;
+        systems.set(static_cast<std::size_t>(system));
         start = end + 1;
     }
-    ForEachSubsystem([&kept](int s, int, SubsystemEntry& entry) {
-        if (!kept[s]) entry.Reliability = "100";
-    });
     return {};
+}
+
+void KeepOnly(const SystemSet& systems) {
+    ForEachSubsystem([&systems](int s, int, SubsystemEntry& entry) {
+        if (!systems[static_cast<std::size_t>(s)]) entry.Reliability = "100";
+    });
 }
 
 std::string MeetWish(double percent, const FlightPlan& plan) {
@@ -102,7 +105,7 @@ std::string MeetWish(double percent, const FlightPlan& plan) {
         return ExactChanceOfNoFailure(plan);
     };
     double wish = percent / 100, low = -20, high = 20;
-    for (int halving = 0; halving < 60; ++halving) {
+    for (int halving = 0; halving < 40; ++halving) {
         double middle = (low + high) / 2;
         (chanceAt(middle) > wish ? low : high) = middle;
     }

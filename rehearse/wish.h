@@ -2,15 +2,22 @@
 // that the pilot wants.
 #pragma once
 
+#include <bitset>
 #include <string>
 
+#include "model/catalogue.h"
 #include "rehearse/flight_plan.h"
 
 namespace quirkmeter::rehearse {
 
-/// Sets all systems of the catalogue but those of `names` ("instrument,radio") to a reliability of
-/// 100. Returns the fault in `names`; nothing when there is none.
-std::string KeepOnly(const std::string& names);
+using SystemSet = std::bitset<SystemSlots + 1>;  // by their numbers in the catalogue
+
+/// Reads names as "instrument,radio" into the set. Returns the fault in them; nothing when there is
+/// none.
+std::string ReadSystems(const std::string& names, SystemSet& systems);
+
+/// Sets all sub-systems of other systems to a reliability of 100.
+void KeepOnly(const SystemSet& systems);
 
 /// Makes everything in the catalogue that can fail do so k times as often, where k is chosen so that
 /// nothing fails in `percent` (0 to 100) of the plan's flights, by calculation and within half a

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <regex>
 
 #include "engine/program_state.h"
@@ -33,7 +34,8 @@ class RehearsalTest : public testing::Test {
     }
 
     Report FlyAndReport() {
-        return MakeReport("a.qmp", plan_, Fly(plan_, [](double) { return true; }));
+        Tally flown = Fly(plan_, [](double) { return true; });
+        return MakeReport("a.qmp", plan_, flown, OrdinaryFlight(plan_, flown));
     }
 
     FlightPlan plan_{.Flights = 2000, .Seed = 1};
@@ -63,6 +65,9 @@ TEST_F(RehearsalTest, FlightsFailAsOftenAsCalculated) {
         EXPECT_EQ(std::ranges::count(report.Chances, true, &Report::Chance::TooFar), 0)
             << row.Reliability << "#" << row.Hours << "\n"
             << ChancesOf(report);
+        EXPECT_THAT(Fly(plan_, [](double) { return true; }).MeanFailures(),
+                    testing::DoubleNear(ExactFailures(plan_), 0.05 + 0.02 * ExactFailures(plan_)))
+            << row.Reliability << "#" << row.Hours;
     }
 }
 
@@ -103,6 +108,20 @@ TEST_F(RehearsalTest, TheSameSeedGivesTheSameFlightsAtAnyTime) {
     EXPECT_NE(CsvOf(FlyAndReport()), flights);
 }
 
+TEST_F(RehearsalTest, TheOrdinaryFlightIsTheMiddleOneOfThoseWithFailures) {
+    SetAll("90", "1");
+    Tally flown = Fly(plan_, [](double) { return true; });
+    Flight flight = OrdinaryFlight(plan_, flown);
+    auto middle = flown.ByFailures.begin() + static_cast<std::ptrdiff_t>(flight.size());
+    auto none = flown.ByFailures.begin();
+    std::int64_t half = (flown.Flights - *none) / 2;
+    EXPECT_LE(std::accumulate(none + 1, middle, std::int64_t{0}), half);
+    EXPECT_LE(std::accumulate(middle + 1, flown.ByFailures.end(), std::int64_t{0}), half);
+    EXPECT_TRUE(std::ranges::is_sorted(flight, {}, &FailureInFlight::Step));
+    SetAll("100", "1");
+    EXPECT_TRUE(OrdinaryFlight(plan_, Fly(plan_, [](double) { return true; })).empty());
+}
+
 TEST_F(RehearsalTest, FlightsEndWhenTheyAreToldTo) {
     plan_.Flights = 1'000'000'000;
     double share = -1;
@@ -132,8 +151,15 @@ Tally TallyByHand() {
 
 class ReportTest : public RehearsalTest {
    protected:
-    Report report_ = MakeReport(
-        "<a> & b.qmp", {.Hours = 1.5, .Flights = 2000, .Engines = 1, .Seed = 7}, TallyByHand());
+    ReportTest() {
+        Catalogue[6][9].Reliability = "90";
+        report_ =
+            MakeReport("<a> & b.qmp", {.Hours = 1.5, .Flights = 2000, .Engines = 1, .Seed = 7},
+                       TallyByHand(), {{84, 1, 10}, {360, 6, 9}});
+        report_.Made = "FS2002 Quirkmeter 1.0, 2026-12-31";
+    }
+
+    Report report_;
 };
 
 TEST_F(ReportTest, IsText) {
@@ -141,32 +167,38 @@ TEST_F(ReportTest, IsText) {
         TextOf(report_),
         R"(<a> & b.qmp: 1,000 flights of 1.5 hours with 1 engine, stopped before all of 2,000 were flown (seed 7)
 
-A flight in which nothing fails  60.0 %
-Failures in a flight             1.10 on average, spread 2.81, at most 13
-The first failure                by 0:19 in half of the flights that have one (a quarter by 0:10, three quarters by 0:46)
+A flight in which nothing fails  60.00 % (calculated: 85.50 %)
+Failures in a flight             1.10 on average (calculated: 0.14), spread 2.81, at most 13
+The first failure                by 0 h 19 min in half of the flights that have one (a quarter by 0 h 10 min, three quarters by 0 h 46 min)
 
-Failures in a flight
-  0 to 1       85.0 %  ########################################
-  2 to 3       10.0 %  #####
-  4 to 5       0.00 %
-  6 to 7       0.00 %
-  8 to 9       0.00 %
-  10 to 11     0.00 %
-  12 to 13     5.00 %  ##
+Failures in a flight     flights  0 %                50 %             100 %
+  0 to 1                 85.00 %  ##################################
+  2 to 3                 10.00 %  ####
+  4 to 5                  0.00 %
+  6 to 7                  0.00 %
+  8 to 9                  0.00 %
+  10 to 11                0.00 %
+  12 to 13                5.00 %  ##
 
-Likeliest to fail
-  Autopilot - Master      30.0 %  ########################################
-  Instrument - Vacuum     12.0 %  ################
-  Instrument - Fuel       1.20 %  ##
+Likeliest to fail       flights  calculated  0 %                50 %             100 %
+  Autopilot - Master    30.00 %      0.00 %  ############
+  Instrument - Vacuum   12.00 %     14.50 %  #####
+  Instrument - Fuel      1.20 %      0.00 %
 
-Systems
-  Autopilot      30.0 %  ########################################
-  Control        0.00 %
-  Electrical     0.00 %
-  Engine         0.00 %
-  Fuel           0.00 %
-  Instrument     15.0 %  ####################
-  Radio          0.00 %
+Systems        flights  calculated  0 %                50 %             100 %
+  Autopilot    30.00 %      0.00 %  ############
+  Control       0.00 %      0.00 %
+  Electrical    0.00 %      0.00 %
+  Engine        0.00 %      0.00 %
+  Fuel          0.00 %      0.00 %
+  Instrument   15.00 %     14.50 %  ######
+  Radio         0.00 %      0.00 %
+
+An ordinary flight with failures
+  0 h 14 min  Autopilot - Master
+   1 h 0 min  Instrument - Vacuum
+
+FS2002 Quirkmeter 1.0, 2026-12-31
 )");
 }
 
@@ -176,38 +208,44 @@ TEST_F(ReportTest, IsAPage) {
     EXPECT_FALSE(IsPage("<html><title>Rehearsal of a.qmp</title>"));
     EXPECT_THAT(page, testing::StartsWith("<!DOCTYPE HTML"));
     EXPECT_EQ(std::regex_replace(page.substr(std::min(page.size(), page.find("<title>"))),
-                                 std::regex("<tr>[^\n]*>0.00 %<[^\n]*\n"), ""),
+                                 std::regex("<tr>[^\n]*width: 0.0%[^\n]*\n"), ""),
               R"(<title>Rehearsal of &lt;a> &amp; b.qmp</title>
 </head>
 <body>
 <h1>Rehearsal of &lt;a> &amp; b.qmp</h1>
 <p>1,000 flights of 1.5 hours with 1 engine, stopped before all of 2,000 were flown.</p>
 <table summary="In short">
-<tr><th scope="row">A flight in which nothing fails</th><td>60.0 %</td></tr>
-<tr><th scope="row">Failures in a flight</th><td>1.10 on average, spread 2.81, at most 13</td></tr>
-<tr><th scope="row">The first failure</th><td>by 0:19 in half of the flights that have one (a quarter by 0:10, three quarters by 0:46)</td></tr>
+<tr><th scope="row">A flight in which nothing fails</th><td>60.00 % (calculated: 85.50 %)</td></tr>
+<tr><th scope="row">Failures in a flight</th><td>1.10 on average (calculated: 0.14), spread 2.81, at most 13</td></tr>
+<tr><th scope="row">The first failure</th><td>by 0 h 19 min in half of the flights that have one (a quarter by 0 h 10 min, three quarters by 0 h 46 min)</td></tr>
 </table>
 <h2>Failures in a flight</h2>
 <table summary="Failures in a flight">
-<tr><th scope="col">Failures</th><th scope="col">Flights</th><td></td></tr>
-<tr><th scope="row">0 to 1</th><td class="number">85.0 %</td><td class="bar"><div style="width: 100%"></div></td></tr>
-<tr><th scope="row">2 to 3</th><td class="number">10.0 %</td><td class="bar"><div style="width: 12%"></div></td></tr>
-<tr><th scope="row">12 to 13</th><td class="number">5.00 %</td><td class="bar"><div style="width: 6%"></div></td></tr>
+<tr><th scope="col">Failures</th><th scope="col" class="number">Flights</th><td class="scale"><span class="low">0 %</span><span class="high">100 %</span>50 %</td></tr>
+<tr><th scope="row">0 to 1</th><td class="number">85.00 %</td><td class="bar"><div style="width: 85.0%"></div></td></tr>
+<tr><th scope="row">2 to 3</th><td class="number">10.00 %</td><td class="bar"><div style="width: 10.0%"></div></td></tr>
+<tr><th scope="row">12 to 13</th><td class="number">5.00 %</td><td class="bar"><div style="width: 5.0%"></div></td></tr>
 </table>
 <h2>Likeliest to fail</h2>
 <table summary="Likeliest to fail">
-<tr><th scope="col">Sub-system</th><th scope="col">Flights</th><td></td></tr>
-<tr><th scope="row">Autopilot - Master</th><td class="number">30.0 %</td><td class="bar"><div style="width: 100%"></div></td></tr>
-<tr><th scope="row">Instrument - Vacuum</th><td class="number">12.0 %</td><td class="bar"><div style="width: 40%"></div></td></tr>
-<tr><th scope="row">Instrument - Fuel</th><td class="number">1.20 %</td><td class="bar"><div style="width: 4%"></div></td></tr>
+<tr><th scope="col">Sub-system</th><th scope="col" class="number">Flights</th><th scope="col" class="number">Calculated</th><td class="scale"><span class="low">0 %</span><span class="high">100 %</span>50 %</td></tr>
+<tr><th scope="row">Autopilot - Master</th><td class="number">30.00 %</td><td class="number">0.00 %</td><td class="bar"><div style="width: 30.0%"></div></td></tr>
+<tr><th scope="row">Instrument - Vacuum</th><td class="number">12.00 %</td><td class="number">14.50 %</td><td class="bar"><div style="width: 12.0%"></div></td></tr>
+<tr><th scope="row">Instrument - Fuel</th><td class="number">1.20 %</td><td class="number">0.00 %</td><td class="bar"><div style="width: 1.2%"></div></td></tr>
 </table>
 <h2>Systems</h2>
 <table summary="Systems">
-<tr><th scope="col">System</th><th scope="col">Flights</th><td></td></tr>
-<tr><th scope="row">Autopilot</th><td class="number">30.0 %</td><td class="bar"><div style="width: 100%"></div></td></tr>
-<tr><th scope="row">Instrument</th><td class="number">15.0 %</td><td class="bar"><div style="width: 50%"></div></td></tr>
+<tr><th scope="col">System</th><th scope="col" class="number">Flights</th><th scope="col" class="number">Calculated</th><td class="scale"><span class="low">0 %</span><span class="high">100 %</span>50 %</td></tr>
+<tr><th scope="row">Autopilot</th><td class="number">30.00 %</td><td class="number">0.00 %</td><td class="bar"><div style="width: 30.0%"></div></td></tr>
+<tr><th scope="row">Instrument</th><td class="number">15.00 %</td><td class="number">14.50 %</td><td class="bar"><div style="width: 15.0%"></div></td></tr>
+</table>
+<h2>An ordinary flight with failures</h2>
+<table summary="An ordinary flight with failures">
+<tr><th scope="row">0 h 14 min</th><td>Autopilot - Master</td></tr>
+<tr><th scope="row">1 h 0 min</th><td>Instrument - Vacuum</td></tr>
 </table>
 <p class="note">Landing gear and flaps, which fail only while they are up, went up 1 min after take-off and came down 10 min before landing. The same flights again: seed 7.</p>
+<p class="note">FS2002 Quirkmeter 1.0, 2026-12-31</p>
 </body>
 </html>
 )");
@@ -250,14 +288,14 @@ TEST_F(ReportTest, ChancesBeyondFourStandardErrorsAreTooFar) {
         Catalogue[6][9].Reliability = row.Reliability;
         Tally tally{.Flights = 1000};
         tally.BySubsystem[6][9] = row.Flights;
-        Report report = MakeReport("", {.Hours = 1}, tally);
+        Report report = MakeReport("", {.Hours = 1}, tally, {});
         auto vacuum =
             std::ranges::find(report.Chances, "Instrument - Vacuum", &Report::Chance::Name);
         EXPECT_EQ(vacuum->TooFar, row.TooFar) << row.Reliability << " " << row.Flights << "\n"
                                               << ChancesOf(report);
     }
-    EXPECT_THAT(ChancesOf(report_), HasSubstr("Nothing fails                         100.0 %       "
-                                              "60.0 %            -0.40  too far\n"));
+    EXPECT_THAT(ChancesOf(report_), HasSubstr("Nothing fails                         85.50 %      "
+                                              "60.00 %           -22.90  too far\n"));
 }
 
 }  // namespace

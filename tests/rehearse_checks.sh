@@ -39,15 +39,15 @@ expect 1 "1 beyond four standard errors" "$ride" --flights 200 --seed 384 --chec
 
 echo "a bad profile"
 printf '1#1#90#1\r\n1#2#ninety#1\r\n' >"$folder/bad.qmp"
-expect 2 "bad.qmp:2: the reliability is not a number" "$folder/bad.qmp"
-expect 2 "/dev/zero: the file cannot be read" /dev/zero
+expect 2 "rehearse: line 2 of bad.qmp has a reliability that is not a number" "$folder/bad.qmp"
+expect 2 "rehearse: zero cannot be read" /dev/zero
 
 echo "a decimal comma"
 printf '6#9#99,5#1\r\n' >"$folder/comma.qmp"
-expect 2 "comma.qmp:1: the reliability is not a number" "$folder/comma.qmp" --flights 1
+expect 2 "line 1 of comma.qmp has a reliability that is not a number" "$folder/comma.qmp" --flights 1
 localedef -i de_DE -f UTF-8 "$top/de_DE.UTF-8"
 export LOCPATH=$top
-locale=de_DE.UTF-8 expect 0 "comma.qmp: 1 flights" "$folder/comma.qmp" --flights 1
+locale=de_DE.UTF-8 expect 0 "comma.qmp: 1 flight of" "$folder/comma.qmp" --flights 1
 
 echo "options"
 expect 0 "usage: rehearse" -h
@@ -80,7 +80,7 @@ expect 0 "Radio" "$ride" --nothing-fails 50 --save "$new" --overwrite --only ins
 ! grep -v '^[67]' "$new" | grep -qv '#100#' || fail "more than instruments and radios: $(cat "$new")"
 expect 2 'no system "radios", but autopilot, control,' "$ride" --nothing-fails 50 --save "$new" \
     --overwrite --only radios
-expect 2 "the nearest has 100.0 % of flights" assets/profiles/engines.qmp --engines 0 \
+expect 2 "the nearest has 100.00 % of flights" assets/profiles/engines.qmp --engines 0 \
     --nothing-fails 50 --save "$folder/none.qmp"
 [[ ! -e $folder/none.qmp ]] || fail "a profile that does not meet the wish was written"
 expect 2 "--nothing-fails and --save go together" "$ride" --nothing-fails 50
@@ -123,29 +123,65 @@ timeout --preserve-status -s INT 2 "$rehearse" assets/practice.qmp --flights 100
 ((status == 130)) && grep -q 'stopped before all of 1,000,000,000' "$folder/interrupt.txt" \
     "$folder/report.htm" || fail "$status $(cat "$folder/interrupt.txt")"
 
-echo "a profile dropped on it"
+echo "its window"
 printf '#!/bin/sh\nbasename "$1" >"%s"\n' "$top/opened" >"$bin/xdg-open"
 chmod +x "$bin/xdg-open"
 printf '6#9#50#1\r\n' >"$folder/Übung.qmp"
-# drop NAME LOCALE: drops the profile, closes what it says; it opens the report of that name.
-drop() {
-    rm -f "$top/opened"
-    LC_ALL=$2 PATH=$bin:$PATH timeout 120 setsid -w "$rehearse" "$folder/Übung.qmp" \
-        </dev/null >/dev/null 2>&1 &
+# await COMMAND...: waits until it succeeds, for half a minute at most.
+await() {
     for ((i = 0; i < 300; ++i)); do
-        [[ ! -s $top/opened ]] || break
-        xdotool search --onlyvisible --name "Quirkmeter - Rehearsal" windowfocus key Return || true
+        ! "$@" >/dev/null 2>&1 || return 0
         sleep 0.1
-    done >/dev/null 2>&1
-    wait $! || fail "dropped: $?"
+    done
+    fail "in vain: $*"
+}
+# keys WINDOW KEY...: types them into the window of that title.
+keys() {
+    await xdotool search --onlyvisible --name "$1" windowfocus
+    shift
+    xdotool "$@"
+}
+start() {
+    LC_ALL=$1 PATH=$bin:$PATH timeout 120 setsid -w "$rehearse" "$folder/Übung.qmp" \
+        </dev/null >/dev/null 2>&1 &
+    pid=$!
+}
+# report NAME: flies; the page of that name is opened.
+report() {
+    rm -f "$top/opened"
+    keys "Quirkmeter - Rehearsal" key alt+r
+    await test -s "$top/opened"
     grep -qx "$1" "$top/opened" || fail "not opened: $1"
+}
+end() {
+    keys "Quirkmeter - Rehearsal" key alt+F4
+    wait $pid || fail "the window ended with $?"
+}
+# drop NAME LOCALE: drops the profile and flies; it opens the report of that name.
+drop() {
+    start "$2"
+    report "$1"
     grep -q "<h1>Rehearsal of Übung.qmp</h1>" "$folder/$1" || fail "no report: $1"
+    end
 }
 drop "Übung rehearsal.htm" C
 drop "Übung rehearsal.htm" C.UTF-8
 echo "my notes" >"$folder/Übung rehearsal.htm"
 drop "Übung rehearsal 2.htm" C.UTF-8
 [[ $(cat "$folder/Übung rehearsal.htm") == "my notes" ]] || fail "a file that is no report was replaced"
+start C.UTF-8
+keys "Quirkmeter - Rehearsal" key alt+p type 90
+xdotool key Tab
+report "Übung rehearsal 2.htm"
+grep -q "<h1>Rehearsal of Übung.qmp, changed</h1>" "$folder/Übung rehearsal 2.htm" &&
+    grep -q "(calculated: 90.00 %)" "$folder/Übung rehearsal 2.htm" || fail "the wish was not met"
+keys "Quirkmeter - Rehearsal" key alt+s
+keys "Save as" key ctrl+a type "$top/saved.qmp"
+xdotool key Return
+await test -s "$top/saved.qmp"
+end
+expect 0 "90.00 %" "$folder/Übung.qmp" --nothing-fails 90 --save "$top/wanted.qmp" --flights 1
+cmp "$top/saved.qmp" "$top/wanted.qmp" || fail "the window saved another profile"
 status=0
 DISPLAY=:none setsid -w "$rehearse" "$folder/Übung.qmp" </dev/null 2>"$folder/printed" >/dev/null ||
     status=$?

@@ -21,10 +21,10 @@ namespace {
 constexpr float MaxReliability = 100;
 constexpr float MaxHours = 999;
 
-constexpr char NotAProfileLine[] = "this is not \"system#sub-system#reliability#hours\"";
+constexpr char NotAProfileLine[] = "is not a line of a profile";
 constexpr const char* FieldFaults[] = {
-    "the system is not a number", "the sub-system is not a number",
-    "the reliability is not a number", "the hours are not a number"};
+    "has a system that is not a number", "has a sub-system that is not a number",
+    "has a reliability that is not a number", "has hours that are not a number"};
 
 struct ProfileLine {
     double System, Subsystem;
@@ -67,8 +67,9 @@ LineFault TakeLine(std::string_view text, SettingTable& settings) {
     bool useReliability = InRange(line.Reliability, MaxReliability);
     bool useHours = InRange(line.Hours, MaxHours);
     if (!useReliability && !useHours) return nullptr;
-    if (line.System < 1 || line.System > SystemSlots) return "there is no such system";
-    if (line.Subsystem < 1 || line.Subsystem > SubsystemSlots) return "there is no such sub-system";
+    if (line.System < 1 || line.System > SystemSlots) return "names no system of the aircraft";
+    if (line.Subsystem < 1 || line.Subsystem > SubsystemSlots)
+        return "names no sub-system of the aircraft";
     Setting& setting = settings[static_cast<int>(line.System)][static_cast<int>(line.Subsystem)];
     if (useReliability) setting.Reliability = line.Reliability;
     if (useHours) setting.Hours = line.Hours;
@@ -79,7 +80,7 @@ std::optional<ProfileFault> TakeLines(LineReader& file, SettingTable& settings) 
     std::string text;
     for (int line = 1; file.Next(text); ++line)
         if (LineFault fault = TakeLine(text, settings)) return ProfileFault{line, fault};
-    if (!file.Ok()) return ProfileFault{0, "the file cannot be read"};
+    if (!file.Ok()) return ProfileFault{0, "cannot be read"};
     return std::nullopt;
 }
 

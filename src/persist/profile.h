@@ -10,7 +10,7 @@ namespace quirkmeter {
 
 struct ProfileFault {
     int Line = 0;           // from 1; 0: the file itself
-    std::string_view What;  // what is wrong with it, to stand behind a colon
+    std::string_view What;  // the fault, as "is not a line of a profile"
 };
 
 /// Reads a profile into the catalogue. A bad line, or a file that cannot be read, ends the reading;

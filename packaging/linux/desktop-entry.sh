@@ -6,6 +6,8 @@ cd "$(dirname "$0")"
 data=${XDG_DATA_HOME:-$HOME/.local/share}
 entries=$data/applications
 icons=$data/icons/hicolor/256x256/apps
+types=$data/mime/packages
+profile=application/x-quirkmeter-profile
 
 # The path as an argument in an entry: escaped for quotes, then for texts, then as a field code.
 argument() {
@@ -13,7 +15,7 @@ argument() {
         sed -z 's/[\\"`$]/\\&/g; s/\\/\\\\/g; s/\n/\\n/g; s/\t/\\t/g; s/%/%%/g'
 }
 
-# add PROGRAM NAME COMMENT [FIELD CODE]. Desktops read no escapes in the place of a command, and env
+# add PROGRAM NAME COMMENT [FIELD CODE [TYPE OF FILE]]. Desktops read no escapes in the place of a command, and env
 # would take a path with "=" for a variable: so nice is the command.
 add() {
     cat >"$entries/quirkmeter-$1.desktop" <<END
@@ -25,11 +27,35 @@ Exec=nice -n 0 "$(argument "$1")"${4-}
 Icon=quirkmeter
 Categories=Game;Simulation;
 StartupWMClass=$1
+MimeType=${5-}
 END
 }
 
+add_type() {
+    cat >"$types/quirkmeter.xml" <<END
+<?xml version="1.0" encoding="UTF-8"?>
+<mime-info xmlns="http://www.freedesktop.org/standards/shared-mime-info">
+  <mime-type type="$profile">
+    <comment>FS2002 Quirkmeter Profile</comment>
+    <glob pattern="*.qmp"/>
+  </mime-type>
+</mime-info>
+END
+}
+
+# Lets the desktop know which types of files there are and what opens them. A desktop without these
+# tools keeps no such lists.
+update_lists() {
+    if [[ -d $types ]]; then update-mime-database "$data/mime" || true; fi
+    if [[ -d $entries ]]; then update-desktop-database "$entries" || true; fi
+} 2>/dev/null
+
 remove() {
-    rm -f "$entries"/quirkmeter-*.desktop "$icons/quirkmeter.png"
+    rm -f "$entries"/quirkmeter-*.desktop "$icons/quirkmeter.png" "$types/quirkmeter.xml"
+    update_lists
+    # The lists that are left hold nothing when nothing else is listed.
+    [[ ! -d $types || -n $(ls -A "$types") ]] || rm -rf "$data/mime"
+    [[ $(ls -A "$entries" 2>/dev/null) != mimeinfo.cache ]] || rm "$entries/mimeinfo.cache"
     # Folders that were made for them go, too.
     for folder in "$entries" "$icons"; do
         [[ ! -d $folder ]] || (cd "$HOME" &&
@@ -39,12 +65,15 @@ remove() {
 }
 
 install() {
-    mkdir -p "$entries" "$icons"
+    mkdir -p "$entries" "$icons" "$types"
     cp quirkmeter.png "$icons"
     add Quirkmeter 'FS2002 Quirkmeter' 'Makes aircraft systems fail at random while you fly'
     add try-it 'Try FS2002 Quirkmeter' 'Flies with the Practice Simulator and everything switched on'
     add practice-simulator 'Practice Simulator' 'Stands in for the flight simulator'
-    add rehearse 'FS2002 Quirkmeter Rehearsal' 'Tells what to expect of a profile' ' %f'
+    add rehearse 'FS2002 Quirkmeter Rehearsal' 'Tells what to expect of a profile, and makes one' \
+        ' %f' "$profile;"
+    add_type
+    update_lists
     echo "The programs are in your menu now."
 }
 

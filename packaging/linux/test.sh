@@ -20,7 +20,8 @@ furnish() {
 }
 
 if (($# == 0)); then
-    need "${display_packages[@]}" bubblewrap debootstrap desktop-file-utils xdotool
+    need "${display_packages[@]}" bubblewrap debootstrap desktop-file-utils libglib2.0-bin \
+        shared-mime-info xdotool
     packaging/linux/pack.sh
     # The very packages that the program names when they are missing.
     packages=$(sed -n 's/^ *Debian.* sudo apt install //p' packaging/linux/start.sh)
@@ -94,6 +95,16 @@ close 'Practice Simulator'
 (on "$furnished" "$folder/desktop-entry.sh" remove)
 diff "$world/before" <(contents)
 echo "ok the menu's entries come, work and go without a trace"
+
+# On this machine, which has the tools that a desktop brings.
+export XDG_DATA_HOME=$world/share
+"$home/$flights/Quirkmeter/desktop-entry.sh" install
+[[ $(gio info -a standard::content-type "$home/$flights/Quirkmeter/program/practice.qmp") == *quirkmeter-profile* ]]
+gio mime application/x-quirkmeter-profile | grep -q quirkmeter-rehearse.desktop
+"$home/$flights/Quirkmeter/desktop-entry.sh" remove
+[[ ! -e $XDG_DATA_HOME ]]
+unset XDG_DATA_HOME
+echo "ok profiles open in rehearse"
 
 installed=$world/installed/profiles
 cmake --install ../release --prefix "$world/installed" >/dev/null

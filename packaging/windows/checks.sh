@@ -410,6 +410,7 @@ runs_from_foreign_folder() {
 }
 
 uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Quirkmeter'
+profile_key='HKCU\Software\Classes\Quirkmeter.Profile'
 installed() { echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/Quirkmeter; }
 menu() {
     echo "$WINEPREFIX"/drive_c/users/*/AppData/Roaming/Microsoft/Windows/Start*/Programs/FS2002*
@@ -423,6 +424,7 @@ installs() {
 Rehearse.lnk Try it.lnk " ]]
     wine reg query "$uninstall_key" /v QuietUninstallString |
         grep -qF 'Quirkmeter\uninstall.exe" /S'
+    wine reg query "$profile_key" /s | grep -qF 'Quirkmeter\rehearse.exe" "%1"'
 }
 
 # The uninstaller is told not to go on from a copy of itself, whose result nobody would see.
@@ -442,6 +444,7 @@ uninstall() {
     wine "$(installed)/uninstall.exe" /S
     await test ! -e "$(menu)"
     await no wine reg query "$uninstall_key"
+    await no wine reg query "$profile_key"
 }
 
 # "Older" has the time of its installation, as a profile of an earlier version has.

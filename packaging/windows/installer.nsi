@@ -5,10 +5,14 @@ SetCompressor /SOLID lzma
 RequestExecutionLevel user
 ManifestDPIAware true
 
+!include LogicLib.nsh
 !include MUI2.nsh
 
 !define INSTALLED "Software\Microsoft\Windows\CurrentVersion\Uninstall\Quirkmeter"
 !define MENU "$SMPROGRAMS\FS2002 Quirkmeter"
+!define CLASSES "Software\Classes"
+!define PROFILE "Quirkmeter.Profile"
+!define SHCNE_ASSOCCHANGED 0x08000000
 
 Name "FS2002 Quirkmeter"
 OutFile "${OUTPUT}"
@@ -111,6 +115,17 @@ Section
     CreateShortcut "${MENU}\Practice Simulator.lnk" "$INSTDIR\practice-simulator.exe"
     CreateShortcut "${MENU}\Help.lnk" "$INSTDIR\Quirkmeter.htm"
 
+    ; A profile opens in Rehearse, unless profiles open in another program already.
+    WriteRegStr HKCU "${CLASSES}\${PROFILE}" "" "FS2002 Quirkmeter Profile"
+    WriteRegStr HKCU "${CLASSES}\${PROFILE}\DefaultIcon" "" "$INSTDIR\Quirkmeter.exe"
+    WriteRegStr HKCU "${CLASSES}\${PROFILE}\shell\open\command" "" '"$INSTDIR\rehearse.exe" "%1"'
+    WriteRegStr HKCU "${CLASSES}\.qmp\OpenWithProgids" "${PROFILE}" ""
+    ReadRegStr $0 HKCU "${CLASSES}\.qmp" ""
+    ${If} $0 == ""
+        WriteRegStr HKCU "${CLASSES}\.qmp" "" "${PROFILE}"
+    ${EndIf}
+    System::Call "shell32::SHChangeNotify(i ${SHCNE_ASSOCCHANGED}, i 0, p 0, p 0)"
+
     WriteRegStr HKCU "${INSTALLED}" DisplayName "FS2002 Quirkmeter"
     WriteRegStr HKCU "${INSTALLED}" DisplayVersion "${VERSION}"
     WriteRegStr HKCU "${INSTALLED}" DisplayIcon "$INSTDIR\Quirkmeter.exe"
@@ -141,6 +156,8 @@ Section Uninstall
     Delete "$INSTDIR\help\open.png"
     Delete "$INSTDIR\help\options.png"
     Delete "$INSTDIR\help\practice-simulator.png"
+    Delete "$INSTDIR\help\rehearsal.png"
+    Delete "$INSTDIR\help\rehearse.png"
     Delete "$INSTDIR\help\reliability.png"
     Delete "$INSTDIR\help\save.png"
     Delete "$INSTDIR\help\settings.png"
@@ -157,4 +174,14 @@ Section Uninstall
     Delete "${MENU}\Help.lnk"
     RMDir "${MENU}"
     DeleteRegKey HKCU "${INSTALLED}"
+
+    DeleteRegKey HKCU "${CLASSES}\${PROFILE}"
+    DeleteRegValue HKCU "${CLASSES}\.qmp\OpenWithProgids" "${PROFILE}"
+    DeleteRegKey /ifempty HKCU "${CLASSES}\.qmp\OpenWithProgids"
+    ReadRegStr $0 HKCU "${CLASSES}\.qmp" ""
+    ${If} $0 == "${PROFILE}"
+        DeleteRegValue HKCU "${CLASSES}\.qmp" ""
+    ${EndIf}
+    DeleteRegKey /ifempty HKCU "${CLASSES}\.qmp"
+    System::Call "shell32::SHChangeNotify(i ${SHCNE_ASSOCCHANGED}, i 0, p 0, p 0)"
 SectionEnd

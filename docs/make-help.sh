@@ -9,18 +9,28 @@ need "${build_packages[@]}" "${display_packages[@]}" python3
 
 build release OFF Quirkmeter fsqmhc practice-simulator rehearse try-it
 
-# expect PROFILE ENGINES: a line of docs/expectations.txt.
+# expect PROFILE ENGINES: a line of docs/expectations.txt, from calculated chances.
 expect() {
-    LC_ALL=C build/release/bin/rehearse "assets/profiles/$1.qmp" --engines "$2" --seed 1 |
+    LC_ALL=C build/release/bin/rehearse "assets/profiles/$1.qmp" --engines "$2" --flights 1 --check |
         awk -F '  +' -v profile="$1" -v engines="$2" '
-            /in which nothing fails/ { quiet = $2 }
-            / on average/ { mean = $2 }
-            /^Likeliest/ { left = 3; next }
-            NF < 3 { left = 0 }
-            left-- > 0 { likeliest = likeliest (likeliest ? ", " : "") sprintf("%s %.0f%%", $2, $3) }
-            END { printf "%s | %s | %.0f | %.2f | %s\n", profile, engines, quiet, mean, likeliest }'
+            /in which nothing fails/ { split($2, part, "calculated: "); quiet = part[2] }
+            / on average/ { split($2, part, "calculated: "); mean = part[2] }
+            /calculated    rehearsed/ { table = 1; next }
+            table && !/^Nothing fails/ { chance[$1] = $2 + 0; name[++names] = $1 }
+            END {
+                for (place = 1; place <= 3; ++place) {
+                    best = ""
+                    for (i = 1; i <= names; ++i)
+                        if (chance[name[i]] > chance[best] + 0) best = name[i]
+                    if (best == "") break
+                    likeliest = likeliest (place > 1 ? ", " : "") \
+                        sprintf("%s %.0f%%", best, chance[best])
+                    delete chance[best]
+                }
+                printf "%s | %s | %.0f | %.2f | %s\n", profile, engines, quiet, mean, likeliest
+            }' || true # one flight lies beyond four standard errors of many chances
 }
-docs/help_parts.py # the profiles to be rehearsed
+docs/help_parts.py # makes the profiles
 while read -r profile engines; do
     expect "$profile" "$engines"
 done >docs/expectations.new <<'END'
@@ -50,5 +60,9 @@ done
 picture open 640
 picture save 640
 picture practice-simulator 680
+picture rehearse
+docs/take-screenshots.sh rehearsal
+convert docs/pictures/rehearsal.png -resize 640 -strip +dither -colors 64 \
+    PNG8:assets/help/rehearsal.png
 # One colour, to be drawn as long as a number is large.
 convert -size 8x8 xc:'#2e8b2e' -strip PNG8:assets/help/bar.png

@@ -87,6 +87,8 @@ fly() {
     keys Escape alt+s
     shoot save "Save As"
     keys Escape
+    start ./rehearse profiles/light-twin.qmp </dev/null
+    shoot rehearse "FS2002 Quirkmeter - Rehearsal"
 
     # Hardcore Mode in the air: the notice in the place of the list.
     kill "${processes[@]:display_processes}" && wait "${processes[@]:display_processes}" || true
@@ -107,7 +109,7 @@ rehearse() {
     need chromium
     build/release/bin/rehearse assets/profiles/light-twin.qmp --engines 2 --seed 1 \
         --html "$folder/report.htm" >/dev/null
-    chromium --headless --disable-gpu --hide-scrollbars --window-size=800,1160 "${sandbox[@]}" \
+    chromium --headless --disable-gpu --hide-scrollbars --window-size=800,1290 "${sandbox[@]}" \
         --user-data-dir="$folder/browser" --screenshot="$root/docs/pictures/rehearsal.png" \
         "file://$folder/report.htm" >/dev/null 2>&1
     echo docs/pictures/rehearsal.png

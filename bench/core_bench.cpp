@@ -1,4 +1,4 @@
-// What the program computes by itself, beside the plainest code that touches the same data. The
+// Measures the program's own computation beside the plainest code that touches the same data. The
 // in-process platform costs next to nothing.
 #include <filesystem>
 #include <fstream>

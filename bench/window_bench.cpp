@@ -1,5 +1,5 @@
-// What the program costs in flight: its real windows, and an interface module in another process,
-// which keeps the block mapped so that its own share is small.
+// Measures the cost of the program in flight, with its real windows and an interface module in another
+// process. The module keeps the block mapped so that its own share is small.
 #include <wx/app.h>
 #include <wx/modalhook.h>
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Makes the ready-made profiles, and of the help document the pictures and the parts that follow from
-# the profiles. What it makes is kept in assets/, so that a build needs nothing of this; run it again
+# the profiles. These files are kept in assets/, so that a build needs nothing of this; run it again
 # after changing a window or docs/reliability.txt.
 set -euo pipefail
 cd "$(dirname "$0")/.."

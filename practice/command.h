@@ -1,4 +1,4 @@
-// What the practice simulator can be told to do, one command a line, and scripts of them.
+// The commands of the practice simulator, one a line, and scripts of them.
 #pragma once
 
 #include <istream>

@@ -1,4 +1,4 @@
-// What a rehearsal reads and writes.
+// The files that a rehearsal reads and writes.
 #pragma once
 
 #include <optional>

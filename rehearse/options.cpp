@@ -40,7 +40,7 @@ struct Range {
 };
 using Percent = Range<double, std::optional<double>>;
 
-// What an option sets: a switch, which takes no value, a number, or the name of a file.
+// An option sets one of these: a switch, which takes no value, a number, or the name of a file.
 using Target = std::variant<bool*, Range<double>, Percent, Range<std::int64_t>,
                             Range<std::uint64_t>, std::string*>;
 

@@ -1,4 +1,4 @@
-// What a rehearsal has to say, in one record; rehearse/print.h puts it into a terminal, a browser
+// The result of a rehearsal, in one record; rehearse/print.h puts it into a terminal, a browser
 // and a spreadsheet.
 #pragma once
 

@@ -1,4 +1,4 @@
-// What happened in the flights of a rehearsal, in counts that do not grow with their number.
+// The counts of a rehearsal. Their size does not grow with the number of flights.
 #pragma once
 
 #include <array>

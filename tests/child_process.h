@@ -1,4 +1,4 @@
-// What tests of whole processes share: another process, waiting for what it does, and its files.
+// Support for tests of whole processes: another process, waiting for its actions, and its files.
 #pragma once
 
 #include <sys/prctl.h>
@@ -25,7 +25,7 @@ namespace quirkmeter {
 
 using Clock = std::chrono::steady_clock;
 
-/// How long a test waits for what must come, on a machine that is busy with other things as well.
+/// The longest wait of a test, on a machine that is busy with other work as well.
 inline constexpr std::chrono::seconds Patience{60};
 
 /// Waits until the condition holds; false when it still does not when the patience is at its end.
@@ -62,7 +62,7 @@ inline std::filesystem::path MakeFolder() {
     return mkdtemp(pattern.data());
 }
 
-/// What lies in the folder in which processes meet for as long as one of them does.
+/// The files in the folder in which processes meet that exist only while a process runs.
 inline std::vector<std::string> PassingFiles(const std::filesystem::path& folder) {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder / "quirkmeter")) {

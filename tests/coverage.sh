@@ -3,7 +3,7 @@
 # the windows they took; fails below 95 in a hundred.
 #
 # Branches by which an exception would leave do not count, nor those on lines without any source, nor
-# the comparisons that the compiler writes. What is left is not taken because
+# the comparisons that the compiler writes. The branches that remain are not taken because
 #   catalogue.cpp, .h   the walks end at a name that is empty; the bounds are a second fence
 #   tick.cpp, actuation.cpp
 #                       while there are failures the link is open, and what they queue fits; every

@@ -36,7 +36,7 @@ TEST_F(WindowTest, ReliabilityListsShowAndGiveNumbers) {
     EXPECT_EQ(Row(1), "yellow Airspeed|0,001%|0,5 hours of flight|No");
     inprocess::SetDecimalSeparator('.');
 
-    // What an entry holds, shows, and holds when that is accepted.
+    // The value of an entry, the text shown for it, and its value after that text is accepted.
     struct {
         const char *Reliability, *Hours, *Shown, *Accepted;
     } rows[] = {{"99.999", "0.5", "99.999 0.5", "99.999%|0.5 hours of flight|No"},

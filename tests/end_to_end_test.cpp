@@ -1,6 +1,6 @@
 // The programs as their users run them: real processes on a display, in folders of their own.
 //
-// What Quirkmeter does is seen at the other end of the wire, in the lines that the practice
+// The tests see the work of Quirkmeter at the other end of the wire, in the lines that the practice
 // simulator prints: each write, and with it each status line that goes to the simulator's screen.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,8 +27,8 @@ constexpr char Companion[] = "fsqmhc.exe";
 constexpr char Simulator[] = "practice-simulator";
 const std::string ProgramTitle = "FS2002 Quirkmeter";
 
-// What one pilot has: a program folder, a folder in which the processes meet, and a simulator.
-// Nothing that was started from it outlives it. What does not come in time is thrown.
+// The surroundings of one pilot: a program folder, a folder in which the processes meet, and a simulator.
+// No process started from it outlives it. A wait that takes too long throws.
 class Cockpit {
    public:
     Cockpit() {
@@ -364,7 +364,7 @@ TEST(Keyboard, TheCompanionEndsWhenItIsClosedOnTheTaskBar) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    // What a child of ours leaves behind becomes ours to wait for.
+    // A process that our child leaves behind becomes our child.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     return RUN_ALL_TESTS();
 }

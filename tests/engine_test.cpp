@@ -300,7 +300,7 @@ TEST_F(EngineTest, AnEngineBeyondTheCountIsNeitherCountedNorDrawn) {
 
 class HotkeyTest : public EngineTest {
    protected:
-    // Whether the status hotkey answers to its key, CTRL and SHIFT in these states.
+    // True when the status hotkey answers to its key, CTRL and SHIFT in these states.
     bool Fires(std::int16_t key, std::int16_t ctrl, std::int16_t shift) {
         inprocess::SetKey('S', key);
         inprocess::SetKey(17, ctrl);

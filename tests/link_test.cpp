@@ -78,7 +78,7 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
 TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
     TestSimulator simulator;
     int heldBySimulator = inprocess::HeldObjects();
-    // How many calls must fail for opening to fail, and their last error.
+    // The number of calls that must fail for opening to fail, and their last error.
     std::tuple<const char*, int, std::uint32_t, std::int32_t> cases[] = {
         {"FindWindowExA", 2, 0, SimNoWindow},
         {"RegisterWindowMessageA", 1, 8, SimNoMessage},
@@ -208,7 +208,7 @@ TEST_F(LinkedTest, AnImpossibleAnswerIsBelievedUpToItsFault) {
 
 class ActuationTest : public LinkedTest {
    protected:
-    // What maintaining the failures writes, as in one tick.
+    // The writes that maintain the failures, as in one tick.
     std::vector<std::string> Maintained() {
         MaintainFailures();
         return simulator_.TakeWrites();

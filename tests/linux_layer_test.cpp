@@ -53,7 +53,7 @@ void Print(auto value) {
     std::cout << value << std::endl;
 }
 
-// What another process comes to know.
+// Asks in another process and returns its answer.
 int Elsewhere(const std::function<int()>& ask) {
     return Process([&] { Print(ask()); }).Number();
 }

@@ -1,5 +1,5 @@
-// What the system itself says of the windows on its display, past wxWidgets. One header, a file
-// for each system.
+// Asks the system itself about the windows on its display, without wxWidgets. One header, a file for
+// each system.
 #pragma once
 
 #include <wx/filedlg.h>
@@ -17,13 +17,13 @@ wxString Text(const wxWindow* window);
 /// The text of a message box that is open.
 wxString Text(const wxMessageDialogBase* box);
 
-/// Whether a message box that is open shows the icon of a warning.
+/// True when a message box that is open shows the icon of a warning.
 bool ShowsWarning(const wxMessageDialogBase* box);
 
-/// Whether keys go to that window, which is shown.
+/// True when keys go to that window. It must be shown.
 bool HasKeyboard(const wxTopLevelWindow* window);
 
-/// Whether the system's file dialog has that name for chosen.
+/// True when the system's file dialog has that name chosen.
 bool ShowsFile(const wxFileDialog* dialog, const std::string& name);
 
 /// Asks for the dark theme, or no longer, where the theme is the program's to choose.

@@ -33,7 +33,7 @@ namespace inprocess = platform::inprocess;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What the rooms below asked of the main window.
+/// The requests of the rooms below to the main window.
 struct RecordingWindow final : MainWindow {
     void RefreshSubsystems() override { ++Refreshes; }
     void SetStatusCaption(const std::string& caption) override { Captions.push_back(caption); }
@@ -76,7 +76,7 @@ class TestSimulator {
     std::vector<std::byte> Block;  // as it arrived last
     int Batches = 0;
     std::intptr_t Reply = 1;
-    /// What a faulty module does to the answered block.
+    /// The change that a faulty module makes to the answered block.
     std::function<void(std::byte* block)> Spoil;
 
    private:

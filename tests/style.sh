@@ -20,7 +20,7 @@ including() {
         git grep -lF "$(basename "$header")\"" -- '*.cpp' || true
     done
 }
-# What this system does not compile is not understood.
+# clang-tidy cannot check files that this system does not compile.
 compiled() {
     sed -n "s|^ *\"file\": \"$PWD/\(.*\)\".*|\1|p" "$build/compile_commands.json"
 }

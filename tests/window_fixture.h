@@ -38,8 +38,8 @@ inline wxUIActionSimulator& Hands() {
 /// Milliseconds. A window manager may lose the keyboard when dialogs open and close at once.
 inline constexpr long RaiseAfter = 150;
 
-/// Whether one has waited long enough, even for a machine that is busy. A test that has failed waits
-/// no longer than it must.
+/// True when the wait was long enough even for a busy machine. A test that has failed waits no longer
+/// than it must.
 inline bool IsOver(const wxStopWatch& watch, long milliseconds) {
     return watch.Time() > (testing::Test::HasFailure() ? 500 : milliseconds);
 }
@@ -56,7 +56,7 @@ inline bool Until(const std::function<bool()>& condition, long milliseconds = 30
 }
 
 /// Knows the modal dialogs that are open. Each is dealt with once it has the keyboard: as the test
-/// has said; a message box is read and answered. One that nobody asked for, or that stays open, is
+/// has said; a message box is read and answered. A dialog that was not expected, or that stays open, is
 /// closed, and the test has failed.
 class Modals final : public wxModalDialogHook, private wxTimer {
    public:
@@ -66,7 +66,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
     }
     ~Modals() override { Unregister(); }
 
-    /// What to do with the next dialog, which is of that class; it must close it.
+    /// Sets the action for the next dialog, which is of that class. The action must close it.
     template <typename Dialog>
     void WhenOpen(const std::function<void(Dialog*)>& act) {
         expected_.push_back([act](wxDialog* opened) {
@@ -76,7 +76,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         });
     }
 
-    /// Whether a dialog is still to open.
+    /// True when a dialog is still expected.
     bool Expecting() const { return !expected_.empty(); }
     std::size_t Count() const { return open_.size(); }
     /// The dialog opened last.
@@ -200,7 +200,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         main_ = nullptr;
         AwaitEnd();
     }
-    /// Of the main window that has been closed.
+    /// Waits for the end of the main window that has been closed.
     void AwaitEnd() {
         EXPECT_TRUE(Until([] { return !TheMainWindow; }));
     }
@@ -353,7 +353,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         return Event_Skip;
     }
 
-    // What the program has heard of.
+    // The events that the program has heard of.
     int clicks_ = 0;
     std::size_t characters_ = 0;
     wxWindow* pointedAt_ = nullptr;

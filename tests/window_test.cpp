@@ -10,7 +10,7 @@ namespace quirkmeter {
 
 namespace {
 
-// What a window shows: its title, then the texts in it but for those of the rows.
+// The texts of a window: its title, then the texts in it but for those of the rows.
 std::string Texts(wxWindow* window) {
     if (!window->IsShown()) return "";
     std::string texts;

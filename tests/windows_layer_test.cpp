@@ -1,4 +1,4 @@
-// What depends on the calls of Windows itself: the link's result codes, and saving over an open file.
+// Rules that depend on the calls of Windows itself: the link's result codes, and saving over an open file.
 #include <gtest/gtest.h>
 
 #include <cstdio>

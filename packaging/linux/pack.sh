@@ -5,8 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
 
-# What a desktop with GTK 3 and libcanberra has under these names, whoever made it; start.sh says
-# what to install where it is missing. All other libraries lie beside the programs.
+# Every desktop with GTK 3 and libcanberra has these libraries under these names; start.sh names the
+# packages to install where one is missing. All other libraries lie beside the programs.
 system='^(ld-linux.*|lib(c|m|gcc_s|stdc\+\+|z|png16|fontconfig|X11|Xext|Xi|canberra|asound|cairo'
 system+='|pango.*|g(lib|object|io|tk|dk|dk_pixbuf)-.*))\.so\.'
 

@@ -3,7 +3,7 @@
 # with no DLL beside them. They come to build/windows/stage, together with the files that belong
 # beside them.
 #
-# What is missing is installed with apt. wxWidgets is built from Debian's own source package,
+# Missing packages are installed with apt. wxWidgets is built from Debian's own source package,
 # with wxwidgets.patch on top, once for each version and set of switches, and kept in the user's cache.
 # A build that was stopped goes on where it was. Exit status 75: that package cannot be fetched now.
 set -euo pipefail
@@ -14,8 +14,8 @@ host=i686-w64-mingw32
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
 jobs=$(nproc)
 
-# docview and dataview stay on: the headers refuse without them. What the programs do not use and the
-# rest of wxWidgets would bring along makes each of them larger.
+# docview and dataview stay on: the headers refuse without them. The other parts, which the
+# programs do not use, would make each program larger.
 switches=(
     --host="$host" CC="$host-gcc-posix" CXX="$host-g++-posix"
     CFLAGS=-Os CXXFLAGS=-Os --disable-shared --enable-monolithic
@@ -77,7 +77,7 @@ configure_wxwidgets() {
     touch "$objects/configured"
 }
 
-# What was being written when a build was stopped may be half there.
+# A file that was being written when a build was stopped may be incomplete.
 drop_newest_objects() {
     local newest
     newest=$(find "$objects" -name '*.[oad]' -printf '%T@\n' | sort -n | tail -n 1)

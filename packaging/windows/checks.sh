@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # usage: checks.sh FOLDER VERSION: runs the test programs and what is in the packages of that build
 # folder under Wine, which says it is that version of Windows (winxp, win10), on the display it is
-# given, and prints a line for each check. What is the same in every version is tried on XP only. What
-# Quirkmeter does is seen in the lines that the practice simulator prints, in its windows' titles and
+# given, and prints a line for each check. Checks that do not depend on the version run on XP only. The
+# checks see the work of Quirkmeter in the lines that the practice simulator prints, in its windows' titles and
 # in the files that it leaves; for each check that fails there is a picture of the display in the
 # folder.
 set -Eeuo pipefail

@@ -27,7 +27,8 @@ packaging/windows/imports.sh "$build"/stage/*.exe
 cmake -DBUILD_TESTING=ON "$build" >/dev/null
 cmake --build "$build" -j "$(nproc)" --target program_test window_test windows_layer_test \
     -- --quiet
-# What is compiled for Windows only; where that compiler has its headers, clang-tidy must be told.
+# Checks the files that are compiled for Windows only. clang-tidy must be told where that compiler has
+# its headers.
 headers=$(i686-w64-mingw32-g++-posix -print-file-name=include/c++)
 git ls-files 'src/platform/windows/*.cpp' tests/native_windows.cpp \
     tests/windows_layer_test.cpp |

@@ -10,7 +10,7 @@ need "${build_packages[@]}" "${test_packages[@]}" "${fuzz_packages[@]}"
 configure build/fuzz -G Ninja -S tests/fuzz -DCMAKE_CXX_COMPILER=clang++-14
 cmake --build build/fuzz -- --quiet
 
-# What is not of the outside world lies in memory.
+# Files of our own are kept in memory.
 TMPDIR=$(mktemp -d -p /dev/shm)
 export TMPDIR
 trap 'rm -r "$TMPDIR"' EXIT

@@ -1,4 +1,4 @@
-// What libFuzzer feeds to the program: a target for each kind of bytes that come from outside.
+// The inputs that libFuzzer feeds to the program: a target for each kind of bytes that come from outside.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "persist/profile.h"
@@ -39,7 +39,8 @@ void Begin(Bytes& bytes) {
     ScriptedDraw = [](std::int32_t, std::int32_t low) { return low; };
 }
 
-// What is read is written and read again: it stays the same, but for a hotkey that is none.
+// Settings that were read are written and read again. They stay the same, except for a hotkey that is
+// not a valid one.
 [[maybe_unused]] void SettingsFile(Bytes bytes) {
     Begin(bytes);
     Settings = {};
@@ -88,7 +89,8 @@ std::string CatalogueTexts() {
     Check(again && NumberText(static_cast<float>(*again)) == text);
 }
 
-// Whatever the module answers, only what was asked for is written, and the next batch is as ever.
+// The module may answer anything: only the bytes that were asked for are written, and the next batch is
+// the usual one.
 [[maybe_unused]] void AnsweredBlock(Bytes bytes) {
     Begin(bytes);
     static TestSimulator simulator;

@@ -35,10 +35,10 @@ namespace quirkmeter::torture {
 namespace inprocess = platform::inprocess;
 namespace variable = practice::offset;
 
-/// Whatever is left to chance: a number below `n`, which is 1 or more.
+/// Every random choice: a number below `n`, which is 1 or more.
 inline std::function<int(int n)> Choose;
 
-/// How the simulator's end of the wire behaves.
+/// The behaviour of the simulator's end of the wire.
 enum Fault { Good, Gone, Silent, Refuses, RepliesWrongly, SpoilsAnswers };
 
 class Flight final : public MainWindow {
@@ -152,7 +152,7 @@ class Flight final : public MainWindow {
         CheckList(before, after);
         if (connected && EngineState.Connected && !unloaded_) {
             CheckNewFailures(before, after);
-            // What the hotkey clears may fail again in the same tick.
+            // A sub-system that the hotkey clears may fail again in the same tick.
             if (fault_ == Good && !IsDown(Settings.ClearHotkey) &&
                 inprocess::CallCount("SendMessageTimeoutA") - sends == batches_)
                 CheckForce(before, after);
@@ -337,7 +337,7 @@ class Flight final : public MainWindow {
     std::deque<std::string> lastActions_;
     bool unloaded_ = false;
     std::int32_t gear_ = 0, flaps_ = 0;  // as the tick finds them
-    // What the tick did.
+    // The effects of the tick.
     int batches_ = 0;
     std::vector<std::int32_t> written_;
     std::string caption_;

@@ -65,7 +65,7 @@ int SaveIn(const std::string& kind, const std::function<unsigned long(unsigned l
            unsigned long seconds) {
     Settings.LastProfile = Folder + "/a.qmp";
     Save(1);
-    // Who replaces another user's file writes it in place, which is not as safe.
+    // Another user's file is written in place, which is not as safe.
     if (geteuid() == 0 && chown(Settings.LastProfile.c_str(), 65534, getegid()) != 0) return 1;
     int lost = 0, time = 1;
     for (int kill = 1; kill <= 1000; ++kill) {

@@ -74,14 +74,20 @@ def profile_text(rows, profile):
     )
 
 
+def cell(text):
+    number = re.fullmatch(r"(&nbsp;|[-\d.,%/])+( of flights)?", text)
+    return f'<td align="right">{text}</td>' if number else f"<td>{text}</td>"
+
+
 def table(head, lines):
+    """A table that scrolls on a narrow screen."""
     heads = "".join(f'<th scope="col">{text}</th>' for text in head)
-    rows = ["".join(f"<td>{text}</td>" for text in line) for line in lines]
+    rows = ["".join(map(cell, line)) for line in lines]
     return (
-        '<table border="1" cellpadding="4" cellspacing="0">\n'
+        '<div class="wide">\n<table border="1" cellpadding="4" cellspacing="0">\n'
         f"<thead><tr>{heads}</tr></thead>\n<tbody>\n"
         + "".join(f"<tr>{row}</tr>\n" for row in rows)
-        + "</tbody>\n</table>\n"
+        + "</tbody>\n</table>\n</div>\n"
     )
 
 

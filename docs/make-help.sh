@@ -57,8 +57,11 @@ picture() {
 for name in all-reliabilities hardcore main message options reliability settings; do
     picture "$name"
 done
-picture open 640
-picture save 640
+# Without the empty rows of the list, and with a frame.
+for name in open save; do
+    picture $name 640
+    mogrify -chop 0x270+0+140 -bordercolor '#808080' -border 1 "assets/help/$name.png"
+done
 picture practice-simulator 680
 picture rehearse
 docs/take-screenshots.sh rehearsal

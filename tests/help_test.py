@@ -68,7 +68,8 @@ def plain(text):
 def program_texts():
     """The literals of the sources, without access keys and escapes, the longest first."""
     texts = {"FS2002 Quirkmeter"}
-    for path in [*ROOT.glob("src/*/*.*"), ROOT / "packaging/windows/installer.nsi"]:
+    others = [ROOT / "rehearse/window.cpp", ROOT / "packaging/windows/installer.nsi"]
+    for path in [*ROOT.glob("src/*/*.*"), *others]:
         source = re.sub(r'"\s*\n\s*"', "", path.read_text())
         for literal in re.findall(r'"((?:[^"\\\n]|\\.)*)"', source):
             texts.add(plain(re.sub(r"[&\\]", "", literal)))

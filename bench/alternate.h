@@ -1,4 +1,4 @@
-// Two things measured by turns, so that whatever else the machine does weighs on both alike.
+// Measures two things alternately, so that other load on the machine affects both alike.
 #pragma once
 
 #include <benchmark/benchmark.h>

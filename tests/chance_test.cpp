@@ -25,7 +25,7 @@ TEST(Chance, EveryRunBeginsAtItsOwnClockReading) {
 
 // Pairs of numbers drawn one after the other, while the clock goes on. Fewer differences than those
 // of chance would be too even.
-TEST(Chance, IsEvenAndForgetsWhatWasDrawn) {
+TEST(Chance, IsUniformAndIndependentOfEarlierDraws) {
     constexpr std::size_t Ways = 100, Each = 200;
     std::vector<double> counts(Ways * Ways);
     for (std::size_t draw = 0, last = 0; draw < Each * Ways * Ways; ++draw) {

@@ -62,7 +62,7 @@ TEST_F(CompanionTest, StaysAndStartsTheProgramAgainAsItComesAndGoes) {
     }
 }
 
-TEST_F(CompanionTest, GivesItsWindowBackToAProgramThatCameJustNow) {
+TEST_F(CompanionTest, RecreatesItsWindowForAProgramThatStartedMeanwhile) {
     SetRunning(Second);
     EXPECT_EQ(companion_.Start(), Claimed);
     for (int tick = 0; tick < 31; ++tick) EXPECT_TRUE(companion_.Tick());
@@ -93,7 +93,7 @@ TEST_F(CompanionTest, StaysWhileItCannotLookForTheProgram) {
     EXPECT_FALSE(companion_.Tick());
 }
 
-TEST_F(CompanionTest, IsOneOnlyAndNothingWithoutItsWindow) {
+TEST_F(CompanionTest, HasASingleInstanceAndEndsWithoutItsWindow) {
     for (const char* call : {"ClaimSingleInstance", "OwnWindow", "InstanceProcess"}) {
         inprocess::FailCalls(call, 1, 1, platform::ErrorNotEnoughMemory);
         EXPECT_EQ(Companion("\\Quirkmeter").Start(), Failed) << call;

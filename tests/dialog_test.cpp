@@ -84,11 +84,11 @@ class FileDialogTest : public WindowTest {
                 Key(WXK_ESCAPE);
                 return;
             }
-            native::TypeFileName(Hands(), name);
+            native::TypeFileName(Input(), name);
             EXPECT_TRUE(Until(shows(name)));
             // It may still be busy with what was typed.
             long patience = 10;
-            do native::Accept(Hands(), dialog);
+            do native::Accept(Input(), dialog);
             while (!Until([dialog] { return !dialog->IsShown(); }, patience *= 2) &&
                    patience < 30'000);
         });

@@ -302,7 +302,7 @@ TEST(Keyboard, ASignalEndsTheProgramAlsoBeforeItIsShownAndBesideASilentSimulator
     ExpectEnd(waiting, SIGTERM, "a simulator that was stopped");
 }
 
-TEST(Keyboard, WhatCannotStartSaysWhy) {
+TEST(Keyboard, AProgramThatCannotStartSaysWhy) {
     Cockpit cockpit;
     Write(cockpit.File("quirkmeter"), "no folder to meet in");
     std::pair<const char*, const char*> titles[] = {{Program, ProgramTitle.c_str()},

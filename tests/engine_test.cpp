@@ -248,7 +248,7 @@ TEST_F(EngineTest, ADrawWithinTheFailureRangeFails) {
     }
 }
 
-TEST_F(EngineTest, WhatIsFullyReliableIsNeitherCountedNorDrawn) {
+TEST_F(EngineTest, AFullyReliableSubsystemIsNeitherCountedNorDrawn) {
     MakeEverythingDue();
     Entry("AP(Mach)").Reliability = "100";
     Entry("AP(Master)").Reliability = "99.999";
@@ -311,7 +311,7 @@ class HotkeyTest : public EngineTest {
     }
 };
 
-TEST_F(HotkeyTest, ModifiersOfTheCombinationAreDownAndOthersNotEvenTapped) {
+TEST_F(HotkeyTest, TheModifiersOfTheCombinationMustBeDownAndOthersUp) {
     std::tuple<int, bool, bool> rows[] = {{0, false, false}, {1, true, false},   {2, false, true},
                                           {3, true, true},   {-1, false, false}, {4, false, false}};
     for (auto [mods, withCtrl, withShift] : rows)

@@ -81,7 +81,7 @@ TEST_F(HardcoreTest, TheListIsHiddenInFlightOnly) {
     }
 }
 
-TEST_F(HardcoreTest, ACompanionThatCannotBeLookedForHasNotGone) {
+TEST_F(HardcoreTest, AFailedSearchForTheCompanionIsNoMissingCompanion) {
     platform::DropWindow(companion_);
     inprocess::FailCalls("FindWindowA", 1, 1, platform::ErrorNotEnoughMemory);
     EXPECT_TRUE(CheckHardcoreCompanion());
@@ -109,7 +109,7 @@ TEST_F(HardcoreTest, AFlightWithoutTheCompanionEndsTheProgram) {
     EXPECT_THAT(window_.Captions, IsEmpty()) << "the tick ends there";
 }
 
-TEST_F(HardcoreTest, TheLockRefusesInFlightWhatWouldAvoidOrUndoFailures) {
+TEST_F(HardcoreTest, TheLockRefusesInFlightToAvoidOrClearFailures) {
     Settings.ActiveHotkey.Key = 'A';
     inprocess::SetKey('A', -1);
     std::tuple<const char*, std::function<void()>, std::function<bool()>> rows[] = {

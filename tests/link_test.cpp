@@ -24,7 +24,7 @@ std::int32_t OpenResult(std::int32_t version = 0) {
     return result;
 }
 
-TEST_F(SimLinkTest, HandshakeGoesOnUntilTheSimulatorIsThere) {
+TEST_F(SimLinkTest, TheHandshakeRetriesUntilTheSimulatorAnswers) {
     TestSimulator simulator;
     simulator.Space.SetValue(0x3308, 4, 0);
     simulator.Spoil = [&](std::byte*) { simulator.Space.SetValue(0x3308, 4, 0xFADE0007); };
@@ -173,7 +173,7 @@ TEST_F(LinkedTest, SendIsRetriedFortyTimes) {
     }
 }
 
-TEST_F(LinkedTest, AnImpossibleAnswerIsBelievedUpToItsFault) {
+TEST_F(LinkedTest, AnImpossibleAnswerIsReadUpToItsFault) {
     struct {
         std::uint32_t Before = 0x11111111, Value = 0, After = 0x22222222;
     } buffer;

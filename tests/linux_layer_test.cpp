@@ -133,7 +133,7 @@ TEST_F(LinuxLayer, AMessageReachesAnotherProcessAndItsAnswerComesBack) {
     EXPECT_EQ(GetLastError(), ErrorInvalidWindowHandle);
 }
 
-TEST_F(LinuxLayer, AWindowAnswersWhoStillWaitsAndGoesWithoutATrace) {
+TEST_F(LinuxLayer, AWindowAnswersWaitingSendersAndLeavesNothingBehind) {
     int before = OpenDescriptors();
     int messages = 0;
     WindowHandle window =
@@ -164,7 +164,7 @@ std::function<void()> Locker(const fs::path& folder) {
     return [=] { Print(flock(open(folder.c_str(), O_RDONLY), LOCK_EX)); };
 }
 
-TEST_F(LinuxLayer, ALockedFolderHidesNobody) {
+TEST_F(LinuxLayer, ALockedFolderHidesNoInstance) {
     Process owner(Owner("ThunderRT6FormDC", "FSQMHC"));
     WindowHandle window = static_cast<WindowHandle>(owner.Number());
     Process first([] { Print(ClaimSingleInstance("Quirkmeter") == Claimed); });
@@ -263,7 +263,7 @@ TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
     EXPECT_EQ(OpenDescriptors(), before);
 }
 
-TEST_F(LinuxLayer, OnlyAFolderThatIsOursAloneIsUsed) {
+TEST_F(LinuxLayer, OnlyAFolderOfThisUserAloneIsUsed) {
     fs::path elsewhere = root_ / "elsewhere";
     fs::create_directory(elsewhere);
     fs::permissions(elsewhere, fs::perms::owner_all);
@@ -303,7 +303,7 @@ constexpr std::int16_t Down = std::int16_t(0x8000);
 constexpr std::int16_t DownAndPressed = std::int16_t(0x8001);
 
 // One test, because a process opens its display once.
-TEST_F(LinuxLayer, KeysAreSeenWhoeverHasTheFocusUntilTheDisplayGoesAway) {
+TEST_F(LinuxLayer, KeysAreSeenWithAnyFocusUntilTheDisplayIsLost) {
     unsetenv("DISPLAY");
     EXPECT_EQ(Elsewhere([] { return GetAsyncKeyState('S'); }), 0);
     Process server({"Xvfb", "-displayfd", "1", "-screen", "0", "64x64x8", "-nolisten", "tcp"});
@@ -457,7 +457,7 @@ std::pair<uid_t, gid_t> OwnerOf(const fs::path& path) {
     return {status.st_uid, status.st_gid};
 }
 
-TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrStands) {
+TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrKept) {
     fs::path file = root_ / "file";
     mode_t mask = umask(027);
     fs::create_symlink("file", root_ / "link");

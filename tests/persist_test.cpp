@@ -60,7 +60,7 @@ TEST_F(PersistTest, SettingsAreReadBackAsWritten) {
     EXPECT_EQ(ReadSettingsFrom(text), all);
 }
 
-TEST_F(PersistTest, OddSettingsChangeNothing) {
+TEST_F(PersistTest, InvalidSettingsChangeNothing) {
     EXPECT_EQ(ReadSettingsFrom("DISPLAYUPDATE=yes\r\n DISPLAYUPDATE=YES\r\nDISPLAYUPDATE =YES\r\n"
                                "displayupdate=YES\r\nDISPLAYUPDATE\r\n=\r\nFOO=1\r\n\r\n"
                                "HARDCOREMODE=NO\r\nSTATUS_HK=8x\r\nACTIVE_HK= 5\r\n"),

@@ -293,7 +293,7 @@ TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {
 }
 
 // For the thread sanitizer as well.
-TEST(Simulator, ThreadsTakeTurns) {
+TEST(Simulator, CallsFromTwoThreadsAreSerialised) {
     constexpr int Turns = 1000;
     std::size_t lines = 0;
     Simulator simulator({}, std::numeric_limits<double>::infinity(), [&](auto&) { ++lines; });

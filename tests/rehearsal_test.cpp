@@ -122,7 +122,7 @@ TEST_F(RehearsalTest, TheOrdinaryFlightIsTheMiddleOneOfThoseWithFailures) {
     EXPECT_TRUE(OrdinaryFlight(plan_, Fly(plan_, [](double) { return true; })).empty());
 }
 
-TEST_F(RehearsalTest, FlightsEndWhenTheyAreToldTo) {
+TEST_F(RehearsalTest, FlightsStopOnRequest) {
     plan_.Flights = 1'000'000'000;
     double share = -1;
     Tally flown = Fly(plan_, [&share](double now) {

@@ -30,9 +30,9 @@ inline void HandleEvents() {
 }
 
 /// Mouse and keyboard. Making them takes long, so they are made once.
-inline wxUIActionSimulator& Hands() {
-    static wxUIActionSimulator theHands;
-    return theHands;
+inline wxUIActionSimulator& Input() {
+    static wxUIActionSimulator input;
+    return input;
 }
 
 /// Milliseconds. A window manager may lose the keyboard when dialogs open and close at once.
@@ -152,7 +152,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         EXPECT_EQ(native::ShowsWarning(box), icon == wxICON_WARNING) << "an exclamation mark";
         messages_.push_back((icon == wxICON_WARNING ? "! " : "") + look::Stored(native::Text(box)));
         Meanwhile(box);
-        Hands().Char(WXK_RETURN);
+        Input().Char(WXK_RETURN);
         return true;
     }
 
@@ -238,14 +238,14 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         AwaitKeyboard();
         pointedAt_ = nullptr;
         EXPECT_TRUE(Until([&, there = true]() mutable {
-            Hands().MouseMove(window->ClientToScreen(at) + wxPoint((there = !there), 0));
+            Input().MouseMove(window->ClientToScreen(at) + wxPoint((there = !there), 0));
             return pointedAt_ == wxGetTopLevelParent(window);
         }));
     }
     void Release() {
         auto open = modals_.Count();
         int before = clicks_;
-        Hands().MouseUp();
+        Input().MouseUp();
         EXPECT_TRUE(Until([&] { return clicks_ > before; }));
         HandleEvents();
         AwaitDialogs(open);
@@ -254,8 +254,8 @@ class WindowTest : public ProgramTest, private wxEventFilter {
     void ClickUntil(wxWindow* window, wxPoint at, const std::function<bool()>& condition) {
         auto click = [&] {
             PointAt(window, at);
-            Hands().MouseDown();
-            Hands().MouseUp();
+            Input().MouseDown();
+            Input().MouseUp();
             return Until(condition, 5'000);
         };
         EXPECT_TRUE(click() || click() || click());
@@ -295,7 +295,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
     void Key(int key, int modifiers = wxMOD_NONE) {
         auto open = modals_.Count();
         AwaitKeyboard();
-        Hands().Char(key, modifiers);
+        Input().Char(key, modifiers);
         AwaitDialogs(open);
     }
     /// Types into the list. The letters come without a pause, however busy the machine is.
@@ -303,7 +303,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         Focus(list);
         AwaitKeyboard();
         auto all = characters_ + std::strlen(text);
-        Hands().Text(text);
+        Input().Text(text);
         EXPECT_TRUE(Until([&] { return characters_ >= all; }));
     }
     void Open(PickList* list) {

@@ -115,7 +115,7 @@ TEST_F(WindowTest, IsPaintedBetweenTwoTicksThatTakeLongerThanASecond) {
     painted->Destroy();
 }
 
-TEST_F(WindowTest, RowsShowWhatCanFailAndWhatHas) {
+TEST_F(WindowTest, RowsShowWhichSubsystemsCanFailAndWhichHaveFailed) {
     ChooseSystem(4);
     Catalogue[4][2].Reliability = "99.5";
     Catalogue[4][2].Hours = "0.5";
@@ -157,7 +157,7 @@ TEST_F(WindowTest, DialogOfARowTakesLettersAndAccessKeysAndStores) {
 
 TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     PointAt(main_->lblSubSystems, wxPoint(5, 5));
-    Hands().MouseDown();
+    Input().MouseDown();
     PointAt(main_->lvwSubSystems, RowPlace(2));
     Release();
 
@@ -173,8 +173,8 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     };
     expectRow(3);
     PointAt(main_->lvwSubSystems, RowPlace(3));
-    Hands().MouseClick();
-    Hands().MouseDown();
+    Input().MouseClick();
+    Input().MouseDown();
     Release();
 
     Focus(main_->lstSystems);
@@ -182,11 +182,11 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     AwaitFocus(main_->lvwSubSystems);
     EXPECT_EQ(Selected(), 3);
     PointAt(main_->lvwSubSystems, RowPlace(2));
-    Hands().MouseClick(wxMOUSE_BTN_RIGHT);
+    Input().MouseClick(wxMOUSE_BTN_RIGHT);
     HandleEvents();
     EXPECT_EQ(Selected(), 3) << "a right click changes nothing";
     PointAt(main_->lvwSubSystems, RowPlace(2));
-    Hands().MouseDown();
+    Input().MouseDown();
     PointAt(main_->lvwSubSystems, RowPlace(4));
     Release();
     expectRow(Selected());
@@ -198,17 +198,17 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
         if (pressedAt_ == wxDefaultPosition) return;
         tick.Stop();
         main_->RefreshSubsystems();
-        Hands().MouseUp();
+        Input().MouseUp();
     });
     expectRow(4);
     PointAt(main_->lvwSubSystems, RowPlace(4));
     pressedAt_ = wxDefaultPosition;
     tick.Start(5);
-    Hands().MouseDown();
+    Input().MouseDown();
     AwaitDialogs(0);
 }
 
-TEST_F(WindowTest, PlacesFollowTheScaleOfTheDisplay) {
+TEST_F(WindowTest, LayoutsFollowTheScaleOfTheDisplay) {
     auto places = [this] {
         return std::vector{main_->lstSystems->GetRect(), main_->cmdOptions->GetRect(),
                            main_->Frame1->GetRect(), main_->lblStatus->GetRect()};
@@ -340,7 +340,7 @@ class HardcoreWindowTest : public WindowTest {
     platform::WindowHandle companion_ = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", {});
 };
 
-TEST_F(HardcoreWindowTest, LockRefusesWhatItMustAndNothingElse) {
+TEST_F(HardcoreWindowTest, LockRefusesTheLockedActionsOnly) {
     AddFailure(1, 1);
     TakeOff();
     EXPECT_FALSE(main_->lvwSubSystems->IsShown());
@@ -369,7 +369,7 @@ TEST_F(HardcoreWindowTest, LockRefusesWhatItMustAndNothingElse) {
     EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=\r\n");
 }
 
-TEST_F(HardcoreWindowTest, KeyboardWorksOnWhenTakeOffHidTheListUnderADialog) {
+TEST_F(HardcoreWindowTest, TheKeyboardWorksAfterTakeOffHidTheListUnderADialog) {
     ClickRow(1, [this](frmReliability* dialog) {
         TakeOff();
         EXPECT_FALSE(main_->lvwSubSystems->IsShown());
@@ -398,7 +398,7 @@ TEST_F(HardcoreWindowTest, MissingCompanionClosesTheWindow) {
     AwaitEnd();
 }
 
-TEST_F(WindowTest, StartUpReadsWhatWasSavedAndSecondInstanceDoesNothing) {
+TEST_F(WindowTest, StartUpReadsTheSavedSettingsAndASecondInstanceEnds) {
     EXPECT_THAT(inprocess::TakeSounds(), ElementsAre("sound_warning.wav"));
     Close();
     for (auto [error, exitCode] : {std::pair{0u, 0}, std::pair{8u, 1}}) {

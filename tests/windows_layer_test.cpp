@@ -66,7 +66,7 @@ TEST(WindowsLayer, AModuleThatNeverAnswersIsATimeOut) {
     EXPECT_EQ(Open(), 11);
 }
 
-TEST(WindowsLayer, TheLinkSaysWhatIsWrong) {
+TEST(WindowsLayer, TheLinkReportsItsErrors) {
     SimInit();
     EXPECT_EQ(Open(), 2) << "no simulator";
     {

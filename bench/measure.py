@@ -143,7 +143,7 @@ def table():
 
 processor = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text())[1]
 made = f"{date.today()} on {os.cpu_count()} × {processor}, Linux {os.uname().release}, load "
-page = "\n".join(["# What the program costs", "", *table(), "",
+page = "\n".join(["# Performance", "", *table(), "",
                   f"Made by `./bench.sh`, {made}{os.getloadavg()[0]:.1f}.", "",
                   (ROOT / "bench/performance.txt").read_text()])
 print(page, end="")

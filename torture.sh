@@ -31,7 +31,7 @@ seconds=$((minutes * 60 / ${#drivers[@]}))
 rows='' failed=()
 for driver in "${drivers[@]}"; do
     echo "Running $driver for $seconds s" >&2
-    # A driver that hangs is lost as well.
+    # A driver that hangs counts as failed.
     driver_rows=$(timeout $((2 * seconds + 600)) "build/release/bin/$driver" "$seed" "$seconds") ||
         failed+=("$driver")
     rows+=$driver_rows$'\n'

@@ -253,7 +253,7 @@ class PracticeApp : public wxApp {
     PracticeApp(Simulator& simulator, const std::string& className, std::string& fault)
         : simulator_(simulator), className_(className), fault_(fault) {}
 
-    // Options are no business of wxWidgets: nothing is parsed here.
+    // wxWidgets must not parse the command line.
     bool OnInit() override {
         MakeFrame(simulator_);
         wire_ = std::thread([this] {

@@ -13,7 +13,7 @@ constexpr char FlightHeading[] = "An ordinary flight with failures";
 constexpr int BarWidth = 40;  // of all flights
 constexpr char Scale[] = "0 %                50 %             100 %";
 
-// Empty where nothing was calculated.
+// Returns an empty text where nothing was calculated.
 std::string CalculatedOf(const Report::Bar& bar) {
     return bar.Calculated ? PercentOf(*bar.Calculated) : "";
 }

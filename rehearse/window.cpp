@@ -43,7 +43,7 @@ class RehearsalFrame final : public wxFrame {
    public:
     RehearsalFrame();
 
-    /// Says so, and keeps the profile that is shown, when it cannot be read.
+    /// Shows the profile. If it cannot be read, shows a message and keeps the current profile.
     void Open(const std::string& path);
 
    private:
@@ -306,7 +306,7 @@ void RehearsalFrame::OnChoose() {
     if (dialog.ShowModal() == wxID_OK) Open(look::Stored(dialog.GetPath()));
 }
 
-// Nothing when the pilot cancelled it.
+// Returns nothing when the pilot cancelled.
 std::optional<Report> RehearsalFrame::RehearseWithProgress() {
     wxProgressDialog dialog(Title, "Flying with " + name_->GetLabelText(), 1000, this,
                             wxPD_APP_MODAL | wxPD_CAN_ABORT | wxPD_REMAINING_TIME);

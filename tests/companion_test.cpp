@@ -1,4 +1,4 @@
-// The life of the Hardcore Mode companion, told by a Quirkmeter that comes and goes.
+// Tests the Hardcore Mode companion beside a Quirkmeter that starts and ends.
 #include "companion.h"
 
 #include <gmock/gmock.h>

@@ -39,7 +39,7 @@ class Cockpit {
     }
     ~Cockpit() {
         started_.clear();
-        // The companion first, for it starts the program.
+        // End the companion first, because it restarts the program.
         for (const char* program : {Companion, Program, Simulator}) {
             for (pid_t process : Running(program)) {
                 kill(process, SIGKILL);
@@ -241,7 +241,7 @@ void LeaveHardcoreMode(Leave how) {
         EXPECT_GE(Seconds(moves[i]) - Seconds(moves[i - 1]), 0.99);
 }
 
-// At the same time, because a flight lasts for seconds in most of which nothing happens.
+// The flights run at the same time, because each one waits most of its seconds.
 TEST(Flight, ConnectsFailsSystemsAndEnds) {
     std::function<void()> all[] = {FlyUntilSystemsFail,
                                    [] { LeaveHardcoreMode(Leave::OnGroundBySignal); },

@@ -73,8 +73,8 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
     EXPECT_EQ(OpenResult(), SimMappingExists) << "the old mapping still holds the name";
 }
 
-// Every call that opening makes, failing at every time it is made: the code that stands for it, and
-// nothing held afterwards.
+// Fails each call of opening, each time that opening makes it. Opening returns the code for that call
+// and releases everything.
 TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
     TestSimulator simulator;
     int heldBySimulator = inprocess::HeldObjects();

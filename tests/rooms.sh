@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The layout of the source tree, and what no tool checks of its style: prints every line that breaks
-# a rule, and fails when there is one.
+# Checks the layout of the source tree, and the style rules for which there is no tool. Prints every
+# line that breaks a rule, and fails when there is one.
 cd "$(dirname "$0")/.."
 
 all=(src practice companion rehearse tests bench)

@@ -100,7 +100,7 @@ compile_wxwidgets() {
     }
 }
 
-# The folder gets its name when all is in it, so that it is whole wherever it is found.
+# Rename the folder last, so that a folder of this name is always complete.
 install_wxwidgets() {
     local staged=$wxwidgets.partial
     rm -rf "$staged"

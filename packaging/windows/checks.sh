@@ -17,7 +17,7 @@ rm -f "$build"/FAILED-*.png
 world=$(mktemp -d)
 # Wine itself lies where it would without the home folder below.
 export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$HOME/.cache}
-# A Windows of its own, which ends with all that runs on it.
+# Use a separate Wine prefix. Its programs end with it.
 export WINEPREFIX=$world/prefix WINEDEBUG=-all
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe="
 export HOME=$world/home USER=Jörg LC_ALL=C.UTF-8
@@ -476,7 +476,7 @@ uninstall_leaves_nothing() {
 }
 
 mkdir "$HOME" "$WINEPREFIX" "$plain"
-# A letter that no layout has would be on the keyboard only while it is pressed.
+# xdotool maps a letter that no layout has to a key only while it is pressed. Provide the layouts.
 setxkbmap us,ru
 # The file dialogs of Windows 7 are missing in Windows XP, whatever the version that Wine reports.
 new_dialogs=('{DC1C5A9C-E88A-4DDE-A5A1-60F82A20AEF7}' '{C0B4E2F3-BA21-4773-8DBA-335EC946EB8B}')

@@ -110,14 +110,18 @@ RehearsalFrame::RehearsalFrame() : wxFrame(nullptr, wxID_ANY, Title), panel_(new
     SetSizerAndFit(frame);
 
     // A label's letter reaches no field on GTK.
-    wxAcceleratorEntry letters[] = {{wxACCEL_ALT, 'H', hours_->GetId()},
-                                    {wxACCEL_ALT, 'G', engines_->GetId()},
-                                    {wxACCEL_ALT, 'N', slider_->GetId()},
-                                    {wxACCEL_ALT, 'P', percent_->GetId()}};
-    SetAcceleratorTable({static_cast<int>(std::size(letters)), letters});
-    for (wxWindow* field : std::initializer_list<wxWindow*>{hours_, engines_, slider_, percent_})
+    std::vector<wxAcceleratorEntry> letters;
+    auto reach = [&](wxWindow* field, char letter) {
+        int id = NewControlId();  // Windows would send the field's own to the field
+        letters.emplace_back(wxACCEL_ALT, letter, id);
         Bind(
-            wxEVT_MENU, [field](wxCommandEvent&) { field->SetFocus(); }, field->GetId());
+            wxEVT_MENU, [field](wxCommandEvent&) { field->SetFocus(); }, id);
+    };
+    reach(hours_, 'H');
+    reach(engines_, 'G');
+    reach(slider_, 'N');
+    reach(percent_, 'P');
+    SetAcceleratorTable({static_cast<int>(letters.size()), letters.data()});
     SetDropTarget(new DropTarget(*this));
 }
 

@@ -149,17 +149,18 @@ Tally TallyByHand() {
     return tally;
 }
 
+Report ReportByHand() {
+    Catalogue[6][9].Reliability = "90";
+    Report report =
+        MakeReport("<a> & b.qmp", {.Hours = 1.5, .Flights = 2000, .Engines = 1, .Seed = 7},
+                   TallyByHand(), {{84, 1, 10}, {360, 6, 9}});
+    report.Made = "FS2002 Quirkmeter 1.0, 2026-12-31";
+    return report;
+}
+
 class ReportTest : public RehearsalTest {
    protected:
-    ReportTest() {
-        Catalogue[6][9].Reliability = "90";
-        report_ =
-            MakeReport("<a> & b.qmp", {.Hours = 1.5, .Flights = 2000, .Engines = 1, .Seed = 7},
-                       TallyByHand(), {{84, 1, 10}, {360, 6, 9}});
-        report_.Made = "FS2002 Quirkmeter 1.0, 2026-12-31";
-    }
-
-    Report report_;
+    Report report_ = ReportByHand();
 };
 
 TEST_F(ReportTest, IsText) {

@@ -1,8 +1,10 @@
 #include "practice/window.h"
 
+#include <wx/display.h>
 #include <wx/spinctrl.h>
 #include <wx/wx.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <thread>
@@ -103,6 +105,9 @@ PracticeFrame::PracticeFrame(Simulator& simulator)
     auto* frame = new wxBoxSizer(wxVERTICAL);
     frame->Add(panel_, wxSizerFlags(1).Expand());
     SetSizerAndFit(frame);
+    // Leaves the left side of the screen to Quirkmeter.
+    wxRect screen = wxDisplay(this).GetClientArea();
+    Move(std::max(screen.x, screen.GetRight() + 1 - GetSize().x), screen.y);
 
     ShowFlight(view);
     Bind(wxEVT_TIMER, &PracticeFrame::OnTimer, this);

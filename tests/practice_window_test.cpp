@@ -1,6 +1,7 @@
 // The practice simulator's window, worked by events, and what it shows of the flight.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <wx/display.h>
 #include <wx/evtloop.h>
 #include <wx/spinctrl.h>
 #include <wx/stopwatch.h>
@@ -97,6 +98,14 @@ TEST_F(PracticeWindowTest, EveryControlWorksTheFlight) {
     }
     simulator_.End();
     EXPECT_TRUE(Until([] { return wxTopLevelWindows.empty(); })) << "it closes with the simulator";
+}
+
+TEST_F(PracticeWindowTest, LeavesTheLeftSideOfTheScreenToQuirkmeter) {
+    frame_->Show();
+    int right = wxDisplay(frame_).GetClientArea().GetRight();
+    EXPECT_TRUE(Until([&] { return frame_->GetScreenRect().GetRight() == right; }));
+    frame_->Destroy();
+    EXPECT_TRUE(Until([] { return wxTopLevelWindows.empty(); }));
 }
 
 TEST_F(PracticeWindowTest, ShowsWhatAClientDoes) {

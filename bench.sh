@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Measures what the program costs, each figure beside a baseline from the same run; prints the table
-# and writes docs/performance.md. The sizes of the Windows programs are in it where
+# Measures the cost of the program, each figure beside a baseline from the same run; prints the
+# table and writes docs/performance.md, with the sizes of the Windows programs if
 # packaging/windows/build.sh has built them.
 set -euo pipefail
 cd "$(dirname "$0")"

@@ -1,5 +1,4 @@
-# The Debian packages that the project needs, and how it is built. Sourced by the scripts beside it:
-# need NAME... installs those packages that are missing.
+# The Debian packages and the build of the project. Sourced by the scripts beside it.
 
 build_packages=(cmake ninja-build ccache g++ pkg-config libwxgtk3.2-dev libgtk-3-dev libx11-dev
   libxi-dev libcanberra-dev libasound2-dev)
@@ -13,6 +12,7 @@ fuzz_packages=(clang-14 libclang-rt-14-dev)
 # ccache: share compiled objects between checkouts.
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=yes
 
+# need NAME...: installs those of the packages that are missing.
 need() {
     local missing=() package sudo=()
     for package; do
@@ -27,8 +27,8 @@ need() {
         apt-get install -y -qq --no-install-recommends "$@" >/dev/null' sh "${missing[@]}"
 }
 
-# configure FOLDER OPTION...: CMake refuses a build folder that was moved or copied here with its
-# checkout, so such a one is configured afresh.
+# configure FOLDER OPTION...: configures the build. CMake refuses a build folder that was moved or
+# copied with its checkout, so that one is configured afresh.
 configure() {
     local cache=$1/CMakeCache.txt fresh=()
     [[ ! -e $cache || $(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$cache") -ef $1 ]] ||
@@ -36,8 +36,8 @@ configure() {
     cmake "${fresh[@]}" -B "$@" >/dev/null
 }
 
-# build PRESET TESTING [TARGET...]: builds what has changed, with (ON) or without (OFF) the tests. Two
-# scripts that build in the same folder take turns.
+# build PRESET TESTING [TARGET...]: builds the changed files, with (ON) or without (OFF) the tests.
+# Two scripts that build in the same folder take turns.
 build() {
     local preset=$1 testing=$2 lock
     shift 2

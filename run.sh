@@ -22,7 +22,7 @@ trap 'exit 130' INT
 trap 'exit 143' TERM
 
 start() { "$@" & processes+=($!); }
-# The shell handles a signal at once while it waits, but not while a command is in the foreground.
+# Waiting for a background process lets the shell handle a signal at once.
 run() {
     start "$@"
     wait $!
@@ -34,7 +34,7 @@ cmake --install build/release --prefix build/stage >/dev/null
 cd build/stage
 
 ./try-it --settings
-# The profiles of this folder move with the checkout.
+# If the checkout has moved, look for the last profile in its new place.
 last=$(sed -n 's/^LASTPROFILE=\(.*\)\r$/\1/p' Quirkmeter.ini)
 moved=$PWD/${last##*/build/stage/}
 if [[ ! -e $last && -f $moved ]]; then
@@ -42,8 +42,8 @@ if [[ ! -e $last && -f $moved ]]; then
     mv Quirkmeter.new Quirkmeter.ini
 fi
 
-# Prints what the practice simulator reports: its events, and of the writes that come every second
-# those that say something new; of a draining tank the first.
+# Prints the simulator's report without repetitions: all events, of the writes those with a new
+# value, and of a draining tank only the first.
 report() {
     awk '$2 == "#" || $2 == "0x3380" || !($2 in last) || (last[$2] != $4 && !/tank level/) {
              print; fflush()

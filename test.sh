@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds everything, checks the style of what has changed and passes all tests: ./test.sh for the
+# Builds everything, checks the style of the changed files and runs all tests: ./test.sh for the
 # release build, ./test.sh debug for the one with the address and undefined-behaviour sanitizers.
 set -euo pipefail
 cd "$(dirname "$0")"

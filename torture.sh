@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Tries to break the program: ./torture.sh [SEED] [--minutes N]. Runs each driver for its share of N
-# minutes with a seed that it prints, and ends with a table of what was tried and what was lost. Fails
-# when anything was lost. An ordinary user's run leaves out the checks that need root (another user, a
-# full disk) and says so.
+# minutes with a seed that it prints, and ends with a table of cases tried and lost. Fails when a
+# case was lost. For an ordinary user it leaves out the cases that need root (another user, a full
+# disk) and says so.
 set -euo pipefail
 cd "$(dirname "$0")"
 . ./packages.sh
 
-# Each is a program of tests/torture/, called with SEED SECONDS: progress on stderr, on stdout its rows
-# "what|tried|lost", and success when nothing was lost.
+# Each driver is a program of tests/torture/, called with SEED SECONDS. It prints progress on stderr
+# and rows "what|tried|lost" on stdout, and succeeds when nothing was lost.
 drivers=(hours calls saving)
 
 seed=$((RANDOM * 32768 + RANDOM)) minutes=5

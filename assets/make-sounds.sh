@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the program's three sounds out of plain tones with sox, all equally loud. Their files are
+# Generates the program's three sounds from plain tones with sox, at equal loudness. The files are
 # kept beside this script, so that a build needs no sox; run it again after changing a sound.
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -8,7 +8,7 @@ raw=$(mktemp --suffix=.wav)
 trap 'rm -f "$raw"' EXIT
 loudness=-22 # dB, root mean square
 
-# make NAME TONE...: the tones one after the other, each "SECONDS FREQUENCY FREQUENCY".
+# make NAME TONE...: writes the tones in sequence; each is "SECONDS FREQUENCY FREQUENCY".
 make() {
     local name=$1 tone parts=()
     shift

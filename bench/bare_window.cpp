@@ -1,4 +1,4 @@
-// The least that a program with a window can be on Windows.
+// The smallest program with a window on Windows.
 #include <windows.h>
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {

@@ -58,7 +58,7 @@ constexpr int Records = (BlockUsed - 4) / (4 * RecordWords);
 std::int32_t Block[BlockSize / 4];
 std::int32_t Answers[Records];
 
-// A record says itself where the next one begins.
+// Each record gives the position of the next one.
 void CopyAndWalk() {
     std::int32_t* next = Block;
     for (int i = 0; i < Records; ++i, next += RecordWords) {
@@ -74,7 +74,7 @@ void CopyAndWalk() {
     benchmark::ClobberMemory();
 }
 
-// With a module that does nothing.
+// The module does nothing.
 void AFullBlock(benchmark::State& state) {
     SimLink.View = SimLink.Next = reinterpret_cast<std::byte*>(Block);
     SimLink.Window = platform::OwnWindow("", "", [](auto, auto, auto) { return std::intptr_t{1}; });

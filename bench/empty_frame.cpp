@@ -1,4 +1,4 @@
-// The least that a program of wxWidgets can be.
+// The smallest wxWidgets program.
 #include <wx/app.h>
 #include <wx/frame.h>
 

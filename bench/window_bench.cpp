@@ -35,7 +35,7 @@ void ServeModule() {
     space.SetValue(0x3304, 4, 0x19980005);
     space.SetValue(0x3308, 4, 0xFADE0007);
     std::byte* block = nullptr;
-    // A bare message comes without an atom.
+    // The message is sent without an atom.
     platform::OwnWindow("UIPCMAIN", "", [&](auto, std::uintptr_t atom, auto) -> std::intptr_t {
         if (atom == 0) return 0;
         if (!block) block = MapBlock(atom);
@@ -66,7 +66,7 @@ double ResidentBytes() {
     return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
-// With a minute in every ten in which everything fails.
+// In one minute of every ten, everything fails.
 void GrowthInADay(benchmark::State& state) {
     double afterAnHour = 0;
     for (auto _ : state)
@@ -81,7 +81,7 @@ void GrowthInADay(benchmark::State& state) {
 }
 BENCHMARK(GrowthInADay)->Iterations(1);
 
-// Closes a dialog when all that painting it has brought about is done.
+// Closes a dialog once it is painted and its events are handled.
 struct Opening final : wxModalDialogHook {
     int Enter(wxDialog* dialog) override {
         dialog->Bind(wxEVT_PAINT, [dialog](wxPaintEvent& event) {
@@ -116,7 +116,7 @@ class BenchApp final : public wxApp {
         Window = new frmMain;
         Window->Load();
         Window->Start();
-        Window->tmrTimer.Stop();  // ticks come from here
+        Window->tmrTimer.Stop();  // the benchmark makes the ticks
         Window->Show();
         Settings.DisplayFailures = true;
         benchmark::RunSpecifiedBenchmarks();

@@ -1,7 +1,7 @@
-# Installs what the pilot may change, the profiles and the sounds. A file that is there stays.
+# Installs the files that the pilot may change, profiles and sounds. An existing file stays.
 cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH checkout)
 set(assets "${checkout}/assets")
-string(REPLACE "[" "[[]" pattern "${assets}")  # a bracket in the folder's name is no pattern
+string(REPLACE "[" "[[]" pattern "${assets}")  # takes a bracket in the folder's name literally
 file(GLOB_RECURSE files RELATIVE "${assets}" "${pattern}/*.qmp" "${pattern}/*.wav")
 foreach(file ${files})
   set(installed "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${file}")

@@ -42,7 +42,7 @@ void Companion::DropCompanionWindow() {
 
 bool Companion::Tick() {
     std::optional<std::uint32_t> lookup = RunningProgram();
-    if (!lookup) return true;  // could not look: the next tick will tell
+    if (!lookup) return true;  // the search failed: the next tick repeats it
     std::uint32_t running = *lookup;
     ++ticks_;
     switch (state_) {
@@ -71,7 +71,7 @@ bool Companion::Tick() {
 // the window.
 bool Companion::KeepServing() {
     DropCompanionWindow();
-    bool gone = RunningProgram() == 0u;  // false when it could not look
+    bool gone = RunningProgram() == 0u;  // false when the search failed
     return !gone && OwnCompanionWindow();
 }
 

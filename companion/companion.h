@@ -1,5 +1,5 @@
-// The Hardcore Mode companion: the window that Quirkmeter looks for, kept for as long as the
-// program runs, and the second start that saves the user a double-click.
+// The Hardcore Mode companion. It keeps the window that Quirkmeter looks for as long as the program
+// runs, and starts the program a second time, which saves the user a double-click.
 #pragma once
 
 #include "platform/platform.h"
@@ -16,7 +16,7 @@ class Companion {
     ~Companion();
     Companion(const Companion&) = delete;
 
-    /// Shows the window that the program looks for. Taken when another companion is there already,
+    /// Shows the window that the program looks for. Taken when another companion runs already,
     /// Failed when the window could not be made.
     platform::InstanceClaim Start();
 

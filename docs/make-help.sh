@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Makes the ready-made profiles, and of the help document the pictures and the parts that follow from
-# the profiles. These files are kept in assets/, so that a build needs nothing of this; run it again
-# after changing a window or docs/reliability.txt.
+# Generates the ready-made profiles, and the pictures and calculated parts of the help document.
+# These files are kept in assets/, so that a build needs nothing of this; run it again after
+# changing a window or docs/reliability.txt.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh
@@ -9,7 +9,7 @@ need "${build_packages[@]}" "${display_packages[@]}" python3
 
 build release OFF Quirkmeter fsqmhc practice-simulator rehearse try-it
 
-# expect PROFILE ENGINES: a line of docs/expectations.txt, from calculated chances.
+# expect PROFILE ENGINES: prints a line of docs/expectations.txt, from calculated chances.
 expect() {
     LC_ALL=C build/release/bin/rehearse "assets/profiles/$1.qmp" --engines "$2" --flights 1 --check |
         awk -F '  +' -v profile="$1" -v engines="$2" '
@@ -49,7 +49,7 @@ docs/help_parts.py
 
 docs/take-screenshots.sh 100
 
-# picture NAME [WIDTH]: from docs/pictures, in few colours, and no wider than that.
+# picture NAME [WIDTH]: copies a picture from docs/pictures with few colours, reduced to that width.
 picture() {
     convert "docs/pictures/$1-100.png" -resize "${2-1000}x>" -strip +dither -colors 64 \
         -define png:compression-level=9 PNG8:"assets/help/$1.png"
@@ -57,7 +57,7 @@ picture() {
 for name in all-reliabilities hardcore main message options reliability settings; do
     picture "$name"
 done
-# Without the empty rows of the list, and with a frame.
+# Cut the empty rows of the list and add a frame.
 for name in open save; do
     picture $name 640
     mogrify -chop 0x270+0+140 -bordercolor '#808080' -border 1 "assets/help/$name.png"
@@ -67,5 +67,5 @@ picture rehearse
 docs/take-screenshots.sh rehearsal
 convert docs/pictures/rehearsal.png -resize 640 -strip +dither -colors 64 \
     PNG8:assets/help/rehearsal.png
-# One colour, to be drawn as long as a number is large.
+# The page stretches this single colour to draw bars.
 convert -size 8x8 xc:'#2e8b2e' -strip PNG8:assets/help/bar.png

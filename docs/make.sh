@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes anew everything that is kept in the tree and made: the icon, the sounds, the profiles, the help
-# document and all pictures but the one from Windows.
+# Regenerates all generated files in the tree: the icon, the sounds, the profiles, the help document
+# and all pictures except the one from Windows.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# usage: take-screenshots.sh [100] [200] [rehearsal] [windows]: takes the pictures of docs/pictures from
-# the running programs on a virtual display, at 100 % and at 200 %, a report of rehearse in a browser,
-# and the main window as Windows draws it, or only what is named, after ./run.sh and
-# packaging/windows/build.sh have built everything.
+# usage: take-screenshots.sh [100] [200] [rehearsal] [windows]: takes the pictures of docs/pictures,
+# or only the named ones, on a virtual display: the running programs at 100 % and at 200 %, a report
+# of rehearse in a browser, and the main window on Windows. ./run.sh and packaging/windows/build.sh
+# must have built the programs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh
@@ -18,14 +18,15 @@ export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$HOME/.cache} # Wine's, whatever the hom
 
 start() { "$@" >/dev/null 2>&1 & processes+=($!); }
 
-# front TITLE: the search fails when any window closes under it, as a dialog may just do.
+# front TITLE: brings the window to the front. The search fails if any window closes meanwhile, as a
+# dialog may, so it is repeated.
 front() {
     local end=$((SECONDS + 20))
     until timeout 10 xdotool search --sync --onlyvisible --name "^$1\$" windowactivate --sync; do
         ((SECONDS < end))
     done
 }
-# shoot NAME TITLE: the window of that title, once it stands still.
+# shoot NAME TITLE: takes a picture of the window once it no longer changes.
 shoot() {
     front "$2"
     shoot_active "$1"
@@ -49,7 +50,7 @@ fly() {
     export GDK_SCALE=$((scale / 100))
     open_display 2600x1800
     local display_processes=${#processes[@]}
-    # At home, so that the file dialogs show no other place.
+    # Use a home folder, so that the file dialogs show no other place.
     export HOME=$folder/pilot
     rm -rf "$HOME/Quirkmeter"
     cmake --install build/release --prefix "$HOME/Quirkmeter" >/dev/null
@@ -90,7 +91,7 @@ fly() {
     start ./rehearse profiles/light-twin.qmp </dev/null
     shoot rehearse "FS2002 Quirkmeter - Rehearsal"
 
-    # Hardcore Mode in the air: the notice in the place of the list.
+    # In the air, Hardcore Mode shows a notice instead of the list.
     kill "${processes[@]:display_processes}" && wait "${processes[@]:display_processes}" || true
     processes=("${processes[@]:0:display_processes}")
     echo -e 'HARDCOREMODE=YES\r' >>Quirkmeter.ini

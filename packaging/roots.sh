@@ -1,8 +1,9 @@
-# Roots of Debian 12 in which the packages are tried, each made once and kept in the user's cache.
-# Sourced by the trials.
+# Minimal Debian 12 systems for the tests of the packages. Each is made once and kept in the user's
+# cache. Sourced by those tests.
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/quirkmeter
 
-# make_root FOLDER COMMAND...: which fills FOLDER.partial. A root that has its name is whole.
+# make_root FOLDER COMMAND...: runs the command, which fills FOLDER.partial, and renames that to
+# FOLDER, so that FOLDER is always complete.
 make_root() {
     [[ ! -d $1 ]] || return 0
     echo "Making $1" >&2
@@ -13,7 +14,7 @@ make_root() {
     return 1
 }
 
-# bootstrap FOLDER [OPTION]...
+# bootstrap FOLDER [OPTION]...: fills the folder with a minimal system.
 bootstrap() {
     debootstrap --variant=minbase --components=main "${@:2}" bookworm "$1" "$(
         apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' \

@@ -69,7 +69,7 @@ AnnunciatorPanel::AnnunciatorPanel(wxWindow* parent, std::vector<LampRow> rows)
 }
 
 wxStaticText* AnnunciatorPanel::MakeLamp(const Lamp& lamp) {
-    // As wide as the longest text of any lamp.
+    // The lamps are as wide as the longest text.
     auto* label = new wxStaticText(this, wxID_ANY, "Tank External 2 (Leak)", wxDefaultPosition,
                                    wxDefaultSize, wxALIGN_CENTRE | wxST_NO_AUTORESIZE);
     label->SetMinSize(label->GetBestSize() + FromDIP(wxSize(8, 0)));

@@ -1,5 +1,5 @@
 // The two displays of the practice simulator's window: the simulator's screen and the annunciator
-// panel. Both are native texts, which screen readers know; neither takes the focus.
+// panel. Both are native texts, which screen readers read; neither takes the focus.
 #pragma once
 
 #include <wx/wx.h>

@@ -7,7 +7,7 @@ namespace quirkmeter::practice {
 
 namespace {
 
-// True when a write of a whole variable works against the pilot for as long as it is repeated.
+// True when a write of a whole variable is a failure while it is repeated.
 bool Holds(VariableKind kind, std::uint64_t value, std::uint64_t before) {
     switch (kind) {
         case VariableKind::Autopilot:

@@ -36,10 +36,10 @@ class Effects {
    public:
     Effects();
 
-    /// Records a write that the space already holds.
+    /// Records a write that is already in the space.
     void Note(const AppliedWrite& write, const OffsetSpace& space, double now);
 
-    /// Lets go of the variables that were held until `now` and returns them.
+    /// Releases the variables that were held until `now` and returns them.
     std::vector<const Variable*> LetGo(double now);
 
     /// The text on the simulator's screen, empty for none.

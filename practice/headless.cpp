@@ -27,8 +27,9 @@ void PrintLine(const std::string& line) {
 std::string RunHeadless(const std::shared_ptr<Simulator>& simulator, const std::string& className) {
     Wire wire(*simulator, className);
     if (std::string fault = wire.Open(); !fault.empty()) return fault;
-    // Nothing can wake a thread that waits for a line, so it is left behind at the end. It must not
-    // hold up standard input's lock of the C library then.
+    // A thread that waits for a line cannot be woken and is left behind at the end. Without this
+    // call it would hold the C library's lock of standard input, for which the end of the process
+    // waits.
     std::ios::sync_with_stdio(false);
     std::thread([simulator] { TakeCommands(*simulator); }).detach();
     wire.Serve();

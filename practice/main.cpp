@@ -42,7 +42,7 @@ bool ParseSeconds(const std::string& text, double& seconds) {
     return error == std::errc() && stop == end && std::isfinite(seconds) && seconds >= 0;
 }
 
-// Returns what is wrong with the option or its value, empty when nothing is.
+// Returns the fault of the option or its value, empty when there is none.
 std::string TakeValue(const std::string& option, const std::string& value, Options& options) {
     const char* wanted = nullptr;
     bool good = false;
@@ -68,7 +68,7 @@ std::string TakeValue(const std::string& option, const std::string& value, Optio
     return good ? "" : option + " takes " + wanted;
 }
 
-// Returns what is wrong, empty when nothing is.
+// Returns the fault, empty when there is none.
 std::string ParseOptions(int argc, char** argv, Options& options) {
     std::string fault;
     for (int i = 1; i < argc && fault.empty(); ++i) {

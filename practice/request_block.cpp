@@ -14,8 +14,7 @@ constexpr std::size_t WordSize = 4;
 constexpr std::size_t ReadHeaderSize = 4 * WordSize;
 constexpr std::size_t WriteHeaderSize = 3 * WordSize;
 
-// Volatile, because another process may be writing there: a word is fetched once, so that the value
-// checked is the value used.
+// Volatile: another process may write here, so read a word once and use the value that was checked.
 std::uint32_t FetchWord(const std::byte* from) {
     const volatile std::byte* bytes = from;
     std::uint32_t word = 0;

@@ -13,7 +13,7 @@
 
 namespace quirkmeter::practice {
 
-/// Takes the lines that are printed, one at a time.
+/// Called with each printed line, one at a time.
 using LinePrinter = std::function<void(const std::string& line)>;
 
 class Simulator {
@@ -21,7 +21,7 @@ class Simulator {
     /// It ends by itself after `duration` seconds, which may be infinite.
     Simulator(Script script, double duration, LinePrinter print);
 
-    /// Begins the flight now, with that event. To be called once, before Advance and Answer.
+    /// Begins the flight now, with that event. Call it once, before Advance and Answer.
     void Start(const std::string& event);
     void Advance();
     void Apply(const Command& command);

@@ -1,4 +1,4 @@
-// try-it: a first flight by one double-click. Starts the practice simulator and Quirkmeter and, if
+// try-it: a first flight by one double-click. Starts the practice simulator and Quirkmeter. If
 // there are no settings yet, writes some with everything switched on.
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +18,7 @@ constexpr char Settings[] =
     "ACTIVE_HK=68\r\nACTIVE_HKCS=3\r\n"
     "DISPLAYUPDATE=YES\r\nDISPLAYFAILURES=YES\r\nPLAYFAILURESOUND=YES\r\n";
 
-// Keeps the settings of a pilot who has some.
+// Leaves existing settings unchanged.
 bool WriteSettings() {
     std::string file = platform::ProgramFile("\\Quirkmeter.ini");
     if (platform::FileExists(file)) return true;
@@ -39,7 +39,7 @@ bool SimulatorRuns() {
            platform::FindWindowA("FS98MAIN", nullptr) != 0;
 }
 
-// Without a simulator after ten seconds Quirkmeter starts alone, and keeps looking for one.
+// After ten seconds without a simulator Quirkmeter starts nevertheless and keeps trying to connect.
 bool StartSimulator() {
     if (SimulatorRuns()) return true;
     if (!Start("\\" PRACTICE_PROGRAM)) return false;

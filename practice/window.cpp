@@ -284,7 +284,7 @@ class PracticeApp : public wxApp {
 
     void ShowFault(const std::string& fault) {
         fault_ = fault;
-        // The message box does not look whether the simulator has ended.
+        // A message box does not notice the end of the simulator, so a signal must end the process.
         for (int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
         wxMessageBox(wxString(fault.data(), *wxConvFileName), "Practice Simulator");
         simulator_.End();
@@ -309,7 +309,7 @@ std::string RunWindow(Simulator& simulator, const std::string& className) {
     std::string fault;
     platform::CloseOwnConsole();
     platform::PreferX11();
-    // Where there is no display, wxWidgets' own target dies while it tries to show that.
+    // Without a display, wxWidgets' own log target crashes.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxApp::SetInstance(new PracticeApp(simulator, className, fault));
     if (wxEntry(count, arguments) != 0) fault = "cannot open the display";

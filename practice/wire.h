@@ -1,5 +1,5 @@
-// The interface module's end of the wire: the window that clients look for, and the answers to the
-// messages that they send to it.
+// The simulator's side of the protocol: the window that clients look for, and the answers to their
+// messages.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace quirkmeter::practice {
 
-/// To be used from one thread.
+/// Use it from one thread.
 class Wire {
    public:
     Wire(Simulator& simulator, std::string className);

@@ -9,8 +9,8 @@ namespace quirkmeter::rehearse {
 
 namespace {
 
-// A draw is one of 100001 numbers, of which a thousand for each percent below 100 mean failure; a
-// reliability has three decimals at most, so only the rounding of the last half is left to say.
+// A draw is one of 100001 numbers, and each percent below 100 makes a thousand of them failures.
+// The failure range has two halves, which are rounded separately.
 double ChanceOfDraw(double reliability) {
     double half = static_cast<float>((100 - reliability) * 500);
     return (std::floor(50000.5 + half) - std::floor(50000.5 - half)) / (MaxDraw + 1);
@@ -23,7 +23,7 @@ int StepsOfPeriod(double hours) {
     return steps;
 }
 
-// The draws of a sub-system in a flight: one in each whole period, and in the rest by chance.
+// The draws of a sub-system in a flight: one in each whole period, and perhaps one in the rest.
 struct Draws {
     double Fails;  // the chance that one means failure
     int Whole;
@@ -37,7 +37,8 @@ Draws DrawsOf(const SubsystemEntry& entry, const FlightPlan& plan) {
     int counted = IsRetractable(entry) ? steps.CountUp() : steps.All;
     double hours = HoursOf(entry);
     int period = StepsOfPeriod(hours);
-    // A draw comes at one of these steps of a period, which may be shorter or longer by a rounding.
+    // Chance chooses the draw from this many steps. Rounding may make the number differ from the
+    // steps of the period.
     double drawSteps = std::fmax(1, std::nearbyint(hours * DrawStepsPerHour));
     return {ChanceOfDraw(ReliabilityOf(entry)), counted / period,
             std::fmin(counted % period, drawSteps) / drawSteps, period};
@@ -65,7 +66,7 @@ double ExactFailures(const FlightPlan& plan) {
             return;
         }
         Draws draws = DrawsOf(entry, plan);
-        // With a draw at every step, the next ones meet the stall in force.
+        // With a draw at every step, the draws during a stall have no effect.
         double missed = draws.PeriodSteps == 1 ? StallTicks / TicksPerDrawStep : 0;
         failures += (draws.Whole + draws.InRest) * draws.Fails / (1 + missed * draws.Fails);
     });

@@ -16,11 +16,11 @@ std::optional<std::string> LoadProfile(const std::string& path);
 /// The name of the path's file, in UTF-8.
 std::string NameInUtf8(const std::string& path);
 
-/// True when, as far as can be told beforehand, WriteReport will write there. Changes nothing.
+/// True when WriteReport is likely to succeed there. Changes nothing.
 bool CanWriteReport(const std::string& path);
 
-/// Replaces the file as one step; writes to standard output where the path says so, and to what is no
-/// regular file (a device, a pipe) as it is. False when that failed.
+/// Replaces the file as one step. Writes directly to standard output, a device or a pipe. False on
+/// failure.
 bool WriteReport(const std::string& path, const std::string& report);
 
 }  // namespace quirkmeter::rehearse

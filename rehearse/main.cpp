@@ -1,4 +1,4 @@
-// rehearse: what a profile will do to the pilot, before flying.
+// rehearse: shows what a profile will do before the pilot flies with it.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -30,13 +30,13 @@ int Fail(const std::string& what, int code) {
     return code;
 }
 
-// Started from a desktop, where nobody could read what is printed.
+// True when rehearse was started from a desktop, where nobody can read printed lines.
 bool IsByMouse() {
     return !platform::OnTerminal(0) && !platform::OnTerminal(1) && !platform::OnTerminal(2) &&
            !platform::OutputRedirected();
 }
 
-// The line that a terminal shows while flights are flown, unless that takes less than a second.
+// The progress line on a terminal. Runs of less than a second show none.
 class ProgressLine {
    public:
     ~ProgressLine() {
@@ -92,7 +92,7 @@ int RunOnTerminal(const Options& options) {
     if (options.HtmlFile != StandardOutput && options.CsvFile != StandardOutput)
         std::cout << TextOf(report);
     if (options.Check) std::cout << "\n" << ChancesOf(report);
-    // The files may be standard output by another name.
+    // Print first: the files may be standard output under another name.
     if (!std::cout.flush()) return Fail("cannot write to standard output", EXIT_FAILURE);
     if (!options.HtmlFile.empty() && !WriteReport(options.HtmlFile, PageOf(report)))
         return Fail("cannot write " + options.HtmlFile, EXIT_FAILURE);

@@ -72,7 +72,7 @@ std::string Written(Number number) {
     return {text, std::to_chars(text, std::end(text), number).ptr};
 }
 
-// Sets what the option sets. Returns what its value must be; nothing when it was right.
+// Stores an option's value. Returns the valid values; nothing when this is one of them.
 struct Setter {
     const std::string& Value;
 

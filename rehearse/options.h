@@ -23,7 +23,7 @@ struct Options {
     bool NothingElse = true;  // there was no option, at most a profile
 };
 
-/// Returns what is wrong with the command line; nothing when it is right.
+/// Returns the fault of the command line; nothing when there is none.
 std::string ParseOptions(int argc, char** argv, Options& options);
 
 }  // namespace quirkmeter::rehearse

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int MaxNames = 99;
 
-// A file of that name that is no report is somebody else's and must stay.
+// False for a file that has the report's name but is no report: it must stay.
 bool MayHoldReport(const std::string& path) {
     if (!platform::CanReplaceFile(path)) return false;
     char start[1024];

@@ -1,4 +1,4 @@
-// Where the report of a profile goes when the pilot named no file.
+// The file of a profile's report when the pilot named none.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@ struct PageFile {
     std::string Usual;  // "NAME rehearsal.htm" beside the profile, where the pilot looks for it
 };
 
-/// Writes the page to its usual place or, where that cannot be done or holds somebody else's file,
-/// to one as near to it as possible: under another name, or in the folder for temporary files.
+/// Writes the page beside the profile. If it cannot be written there, or another file has its name,
+/// uses another name or the folder for temporary files.
 PageFile WritePage(const std::string& profile, const std::string& page);
 
 }  // namespace quirkmeter::rehearse

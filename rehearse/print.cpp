@@ -64,10 +64,10 @@ constexpr char PageHead[] = R"(<!DOCTYPE HTML PUBLIC "-//W3C//DTD HTML 4.01//EN"
 <meta http-equiv="Content-Type" content="text/html; charset=utf-8">
 )";
 
-// By this IsPage knows a page.
+// IsPage recognises a page by this text.
 constexpr char PageMark[] = "<meta name=\"generator\" content=\"FS2002 Quirkmeter rehearse\">\n";
 
-// The colours stand in the style sheet too, which a browser that knows no dark scheme leaves alone.
+// Browsers that do not know the dark colour scheme ignore it and show the light colours.
 constexpr char PageStyle[] = R"(<style type="text/css">
 body { max-width: 46em; margin: 2em auto; padding: 0 1em; font-family: Arial, sans-serif;
        color: #1d2a1d; background: #ffffff }

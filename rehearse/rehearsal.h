@@ -1,4 +1,4 @@
-// A rehearsal from the first flight to the report.
+// A whole rehearsal, from the first flight to the report.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,5 @@
-// The result of a rehearsal, in one record; rehearse/print.h puts it into a terminal, a browser
-// and a spreadsheet.
+// The result of a rehearsal in one record, which rehearse/print.h writes as text, as a page and as
+// a table.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ struct Report {
     };
     struct Chart {
         std::string Heading;
-        std::string Names;  // what the bars' names are
+        std::string Names;  // the title of the names
         std::vector<Bar> Bars;
     };
     struct Count {

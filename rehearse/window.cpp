@@ -35,7 +35,7 @@ constexpr char Title[] = "FS2002 Quirkmeter - Rehearsal";
 constexpr char ProfileFiles[] = "FS2002 Quirkmeter Profile (*.qmp)|*.qmp";
 constexpr std::size_t LikeliestShown = 5;
 
-// By the systems' numbers, with the letter that works the box from the keyboard.
+// By the systems' numbers, with the access key of each box.
 const char* const SystemLabels[] = {"&Autopilot", "Con&trol",    "&Electrical", "Eng&ine",
                                     "&Fuel",      "Instru&ment", "Ra&dio"};
 
@@ -61,7 +61,7 @@ class RehearsalFrame final : public wxFrame {
     void OnRehearse();
     void OnSave();
 
-    std::string profile_;                  // its path; empty: none is open yet
+    std::string profile_;                  // its path; empty: none is open
     std::vector<SubsystemEntry> entries_;  // as the file has them
     FlightPlan plan_;
     std::optional<double> wish_;  // percent of flights in which nothing fails; nothing: as it is
@@ -83,7 +83,7 @@ class DropTarget final : public wxFileDropTarget {
    public:
     explicit DropTarget(RehearsalFrame& frame) : frame_(frame) {}
 
-    // The program that the file comes from waits until this returns.
+    // Return at once: the program that the file comes from waits for this.
     bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& files) override {
         frame_.CallAfter(&RehearsalFrame::Open, look::Stored(files.front()));
         return true;
@@ -109,10 +109,10 @@ RehearsalFrame::RehearsalFrame() : wxFrame(nullptr, wxID_ANY, Title), panel_(new
     frame->Add(panel_, wxSizerFlags(1).Expand());
     SetSizerAndFit(frame);
 
-    // A label's letter reaches no field on GTK.
+    // On GTK the access key of a label does not reach its field.
     std::vector<wxAcceleratorEntry> letters;
     auto reach = [&](wxWindow* field, char letter) {
-        int id = NewControlId();  // Windows would send the field's own to the field
+        int id = NewControlId();  // on Windows the field would receive its own id
         letters.emplace_back(wxACCEL_ALT, letter, id);
         Bind(
             wxEVT_MENU, [field](wxCommandEvent&) { field->SetFocus(); }, id);
@@ -125,7 +125,7 @@ RehearsalFrame::RehearsalFrame() : wxFrame(nullptr, wxID_ANY, Title), panel_(new
     SetDropTarget(new DropTarget(*this));
 }
 
-// A label and its field, which screen readers call by the name.
+// Adds a label and its field, with a name for screen readers.
 template <typename Field>
 Field* Labelled(wxSizer* row, wxStaticText* label, Field* field, const wxString& name) {
     row->Add(label, wxSizerFlags().CentreVertical().Border(wxRIGHT));
@@ -261,7 +261,7 @@ void RehearsalFrame::Open(const std::string& path) {
     ApplyWish();
 }
 
-// Makes the catalogue what the window shows, from what the file has.
+// Applies the window's plan, systems and wish to the profile of the file, in the catalogue.
 void RehearsalFrame::ApplyWish() {
     plan_.Hours = hours_->GetValue();
     plan_.Engines = engines_->GetValue();

@@ -1,4 +1,4 @@
-// The window in which a profile is understood and made.
+// The window of rehearse, which explains profiles and makes new ones.
 #pragma once
 
 #include "rehearse/options.h"

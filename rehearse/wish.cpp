@@ -17,7 +17,8 @@ namespace {
 
 constexpr double HalfPoint = 0.005;
 constexpr int LastHoursEntry = 1008;
-// Three decimals are too coarse below this chance of failure; longer hours take a larger one.
+// Below this chance of failure three decimals are too coarse: the hours grow and the chance with
+// them.
 constexpr double MinUnreliability = 0.5;
 constexpr double SmallestUnreliability = 0.001;
 

@@ -12,8 +12,8 @@ namespace quirkmeter::rehearse {
 
 using SystemSet = std::bitset<SystemSlots + 1>;  // by their numbers in the catalogue
 
-/// Reads names as "instrument,radio" into the set. Returns the fault in them; nothing when there is
-/// none.
+/// Reads names, as in "instrument,radio", into the set. Returns the fault in them; nothing when
+/// there is none.
 std::string ReadSystems(const std::string& names, SystemSet& systems);
 
 /// Sets all sub-systems of other systems to a reliability of 100.

@@ -1,4 +1,4 @@
-// The program's own chance.
+// The program's random numbers.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -23,8 +23,8 @@ TEST(Chance, EveryRunBeginsAtItsOwnClockReading) {
     EXPECT_GT(draws.size(), 15u);
 }
 
-// Pairs of numbers drawn one after the other, while the clock goes on. Fewer differences than those
-// of chance would be too even.
+// Pairs of consecutive draws, while the clock goes on. A difference from the expected count that is
+// too small is a fault, too.
 TEST(Chance, IsUniformAndIndependentOfEarlierDraws) {
     constexpr std::size_t Ways = 100, Each = 200;
     std::vector<double> counts(Ways * Ways);

@@ -1,4 +1,4 @@
-// Support for tests of whole processes: another process, waiting for its actions, and its files.
+// Support for tests of whole processes: child processes, waits with a deadline, and files.
 #pragma once
 
 #include <sys/prctl.h>
@@ -25,10 +25,10 @@ namespace quirkmeter {
 
 using Clock = std::chrono::steady_clock;
 
-/// The longest wait of a test, on a machine that is busy with other work as well.
+/// The longest wait of a test, long enough for a busy machine.
 inline constexpr std::chrono::seconds Patience{60};
 
-/// Waits until the condition holds; false when it still does not when the patience is at its end.
+/// Waits until the condition holds; false after the longest wait.
 template <typename Condition>
 bool Becomes(Condition condition) {
     auto end = Clock::now() + Patience;
@@ -39,8 +39,8 @@ bool Becomes(Condition condition) {
     return true;
 }
 
-/// Waits for the end of a child. Its exit code, or minus the number of the signal that ended it;
-/// nothing when it runs on.
+/// Waits for the end of a child. Returns its exit code, or minus the number of the signal that
+/// ended it; nothing when it still runs after the longest wait.
 inline std::optional<int> ExitCode(pid_t child) {
     int status = 0;
     if (!Becomes([&] { return waitpid(child, &status, WNOHANG) != 0; })) return std::nullopt;
@@ -82,7 +82,7 @@ class Process {
               execvp(arguments[0], arguments.data());
               _exit(127);
           }) {}
-    /// A copy of this process that does `act` and then waits to be killed.
+    /// A copy of this process that runs `act` and then waits to be killed.
     explicit Process(const std::function<void()>& act) {
         int ends[2] = {-1, -1};
         socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends);
@@ -108,7 +108,8 @@ class Process {
 
     pid_t Pid() const { return pid_; }
 
-    /// The next line that it printed, or what there is of one when its output ends or the patience.
+    /// The next line of its output. At the end of the output, or after the longest wait, the part
+    /// of a line that has come.
     std::string Line() const {
         std::string line;
         for (char next; recv(socket_, &next, 1, 0) == 1 && next != '\n';) line += next;
@@ -116,7 +117,7 @@ class Process {
     }
     int Number() const { return std::stoi(Line()); }
 
-    /// Gives it a line on its standard input.
+    /// Writes a line to its standard input.
     void Tell(const std::string& line) const {
         std::string text = line + '\n';
         send(socket_, text.data(), text.size(), MSG_NOSIGNAL);
@@ -124,7 +125,7 @@ class Process {
 
     void Signal(int signal) const { kill(pid_, signal); }
 
-    /// Waits for its end; see above.
+    /// Waits for its end, as ExitCode does.
     std::optional<int> ExitCode() {
         std::optional<int> code = quirkmeter::ExitCode(pid_);
         if (code) pid_ = -1;

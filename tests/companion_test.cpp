@@ -31,9 +31,9 @@ class CompanionTest : public testing::Test {
 TEST_F(CompanionTest, StaysAndStartsTheProgramAgainAsItComesAndGoes) {
     struct Life {
         const char* Story;
-        std::vector<std::pair<std::uint32_t, int>> Stages;  // who runs, for how many ticks at most
+        std::vector<std::pair<std::uint32_t, int>> Stages;  // the process; its ticks at most
         std::size_t Starts;
-        int LastTicks;  // of the last stage, for which it stayed
+        int LastTicks;  // the ticks of the last stage
     };
     Life lives[] = {
         {"started again, closed", {{Starter, 29}, {None, 30}, {Second, 99}, {None, 9}}, 1, 0},
@@ -66,7 +66,7 @@ TEST_F(CompanionTest, RecreatesItsWindowForAProgramThatStartedMeanwhile) {
     SetRunning(Second);
     EXPECT_EQ(companion_.Start(), Claimed);
     for (int tick = 0; tick < 31; ++tick) EXPECT_TRUE(companion_.Tick());
-    // Not there yet at the first look, there at the second.
+    // The program is missing at the first look and there at the second.
     inprocess::FailCalls("InstanceProcess", 1, 1, platform::ErrorSuccess);
     EXPECT_TRUE(companion_.Tick());
     EXPECT_TRUE(WindowIsThere());

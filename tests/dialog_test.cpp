@@ -9,7 +9,7 @@ namespace quirkmeter {
 
 namespace {
 
-// The lists hold each other, and read their own point whatever the regional settings.
+// The lists limit each other and always use a point, whatever the regional settings.
 TEST_F(WindowTest, ReliabilityListsShowAndGiveNumbers) {
     inprocess::SetDecimalSeparator(',');
     ClickRow(1, [this](frmReliability* dialog) {
@@ -36,7 +36,7 @@ TEST_F(WindowTest, ReliabilityListsShowAndGiveNumbers) {
     EXPECT_EQ(Row(1), "yellow Airspeed|0,001%|0,5 hours of flight|No");
     inprocess::SetDecimalSeparator('.');
 
-    // The value of an entry, the text shown for it, and its value after that text is accepted.
+    // The value of an entry, its text, and the value after that text was accepted.
     struct {
         const char *Reliability, *Hours, *Shown, *Accepted;
     } rows[] = {{"99.999", "0.5", "99.999 0.5", "99.999%|0.5 hours of flight|No"},
@@ -68,8 +68,8 @@ class FileDialogTest : public WindowTest {
 
     std::string Path(const char* name) { return (folder_ / name).string(); }
 
-    // Presses the button and types the file's name into the dialog, which shows the test's folder
-    // and the name chosen last; none cancels it.
+    // Presses the button, checks that the file dialog shows the test's folder and the name chosen
+    // last, and types the file's name; without a name, cancels.
     void ChooseFile(wxButton* button, const std::string& name, const char* last = "") {
         Work<wxFileDialog>(button, [=, this](wxFileDialog* dialog) {
             EXPECT_EQ(dialog->GetMessage(), "") << "the title is the system's own";
@@ -86,7 +86,7 @@ class FileDialogTest : public WindowTest {
             }
             native::TypeFileName(Input(), name);
             EXPECT_TRUE(Until(shows(name)));
-            // It may still be busy with what was typed.
+            // The dialog may still handle the typed keys.
             long patience = 10;
             do native::Accept(Input(), dialog);
             while (!Until([dialog] { return !dialog->IsShown(); }, patience *= 2) &&
@@ -117,7 +117,7 @@ TEST_F(FileDialogTest, ProfilesAreSavedAndOpenedUnderTheNameGiven) {
     EXPECT_THAT(modals_.TakeMessages(), ElementsAre("! Could not write " + Path("a&b")));
     EXPECT_EQ(Settings.LastProfile, Path("a&b"));
 
-    // A name in letters that Windows' code page has not.
+    // The name has letters that Windows' code page lacks.
     inprocess::FailCalls("HoldsPath", 1, 2, 0);
     for (wxButton* button : {main_->cmdSaveAs, main_->cmdOpen}) ChooseFile(button, "f", "a&b");
     EXPECT_EQ(Settings.LastProfile, Path("a&b"));
@@ -142,7 +142,7 @@ TEST_F(WindowTest, OptionsLeadToHelpAndSettings) {
 
 class SettingsWindowTest : public WindowTest {
    protected:
-    // Works the settings dialog through the options dialog.
+    // Opens the settings dialog through the options dialog.
     void Edit(const std::function<void(frmSettings*)>& act) {
         Work<frmOptions>(main_->cmdOptions, [this, act](frmOptions* options) {
             Work<frmSettings>(options->cmdSettings, act);
@@ -157,7 +157,7 @@ class SettingsWindowTest : public WindowTest {
         return {dialog->Status, dialog->Clear, dialog->Active};
     }
 
-    // The switches in their order, x for one that is on, and the hotkeys.
+    // The switches in their order, x when on, and the hotkeys.
     static std::string Shown(frmSettings* dialog) {
         std::string shown;
         for (wxCheckBox* option : Switches(dialog)) shown += option->GetValue() ? "x" : "-";
@@ -166,7 +166,7 @@ class SettingsWindowTest : public WindowTest {
                      (shift->GetValue() ? "+SHIFT" : "");
         return shown;
     }
-    // Sets the controls to what is then shown so.
+    // Sets the controls to such a text.
     static void Set(frmSettings* dialog, const std::string& shown) {
         std::istringstream words(shown);
         std::string word;

@@ -1,7 +1,7 @@
 # Virtual displays. Sourced by the scripts that need one.
 
-# open_display SIZE: starts a virtual display of that size with a window manager and sets DISPLAY. The
-# caller ends what is added to the array "processes".
+# open_display SIZE: starts a virtual display of that size with a window manager and sets DISPLAY.
+# Adds its processes to the array "processes", which the caller ends.
 open_display() {
     local display_number manager
     # Without -noreset the server resets when its first client leaves before the second connects.

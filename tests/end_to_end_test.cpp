@@ -1,7 +1,7 @@
 // The programs as their users run them: real processes on a display, in folders of their own.
 //
-// The tests see the work of Quirkmeter at the other end of the wire, in the lines that the practice
-// simulator prints: each write, and with it each status line that goes to the simulator's screen.
+// The tests observe Quirkmeter through the lines that the practice simulator prints, one for each
+// write. Status lines on the simulator's screen are such writes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -27,13 +27,13 @@ constexpr char Companion[] = "fsqmhc.exe";
 constexpr char Simulator[] = "practice-simulator";
 const std::string ProgramTitle = "FS2002 Quirkmeter";
 
-// The surroundings of one pilot: a program folder, a folder in which the processes meet, and a simulator.
-// No process started from it outlives it. A wait that takes too long throws.
+// The environment of one test: a program folder, a runtime folder and a simulator. Ends every
+// process started in it. A wait without success throws.
 class Cockpit {
    public:
     Cockpit() {
-        // Not by this process: a program cannot be started while a file that is open for writing is
-        // being inherited by what another thread starts.
+        // Copy in another process: a thread that forks here would inherit the copy's open
+        // descriptor, and a file that is open for writing cannot be executed.
         Process copy({"cp", Built(Program), Built(Companion), Built(Simulator), folder_});
         EXPECT_EQ(copy.ExitCode(), 0);
     }
@@ -54,7 +54,7 @@ class Cockpit {
     fs::path File(const char* name) const { return folder_ / name; }
     fs::path Settings() const { return File("Quirkmeter.ini"); }
 
-    // A display of this cockpit's own, for what is started from now on.
+    // A separate display for the programs started afterwards.
     void StartDisplay() {
         display_.emplace(std::vector<std::string>{"Xvfb", "-noreset", "-displayfd", "1"});
         displayName_ = ":" + display_->Line();
@@ -63,7 +63,7 @@ class Cockpit {
 
     Process& Start(const char* program) { return started_.emplace_back(Here({File(program)})); }
 
-    // The processes that run a program of this cockpit, whoever started it.
+    // The processes that run a program of this cockpit, also those started by another program.
     std::vector<pid_t> Running(const char* program) const {
         std::vector<pid_t> found;
         for (const auto& process : fs::directory_iterator("/proc")) {
@@ -89,7 +89,7 @@ class Cockpit {
     }
     void Tell(const std::string& command) { simulator_->Tell(command); }
 
-    // Listens until that many more lines with this text have come.
+    // Reads the simulator's output until it has printed the text in that many more lines.
     void Await(const std::string& text, std::size_t count = 1) {
         std::size_t from = lines_.size();
         auto end = Clock::now() + Patience;
@@ -100,7 +100,7 @@ class Cockpit {
         }
     }
 
-    // The lines with that text that have come so far, or from that one on.
+    // The lines with that text, from line number `from` on.
     std::vector<std::string> Heard(const std::string& text, std::size_t from = 0) const {
         std::vector<std::string> found;
         for (std::size_t i = from; i < lines_.size(); ++i)
@@ -108,7 +108,7 @@ class Cockpit {
         return found;
     }
 
-    // Ends the simulator, after which all that it had to say has been heard.
+    // Ends the simulator and reads the rest of its output.
     void EndSimulator() {
         Tell("quit");
         Await("# quit");
@@ -125,7 +125,7 @@ class Cockpit {
                                      "HOME=" + folder_.string(), "LC_ALL=C.UTF-8",
                                      "CANBERRA_DRIVER=null", "GDK_BACKEND=x11", "NO_AT_BRIDGE=1",
                                      "GSETTINGS_BACKEND=memory", "DISPLAY=" + displayName_,
-                                     // wxWidgets does not give everything back at the end.
+                                     // wxWidgets leaks some memory at its end.
                                      "ASAN_OPTIONS=detect_leaks=0"};
         command.insert(command.begin(), std::begin(environment), std::end(environment));
         return command;
@@ -149,7 +149,7 @@ double Seconds(const std::string& line) {
     return std::stod(line);
 }
 
-// The program's windows with that title that can be seen, once there are as many as that.
+// Waits until that many windows of the program with that title are visible, and returns them.
 std::vector<std::string> Windows(pid_t program, const std::string& title, std::size_t count) {
     std::vector<std::string> found;
     auto search = [&] {
@@ -163,7 +163,7 @@ std::vector<std::string> Windows(pid_t program, const std::string& title, std::s
     return found;
 }
 
-// The colours in a window: one until it is painted.
+// The number of colours in a window. A window that is not painted yet has one.
 int Colours(const std::string& window) {
     Process import({"import", "-window", window, "-format", "%k", "info:"});
     return std::atoi(import.Line().c_str());
@@ -185,7 +185,7 @@ void FlyUntilSystemsFail() {
     cockpit.Start(Program);
     cockpit.Await("0x3380 128 \"QM:  Operational.  No failures.\"");
     cockpit.Await("0x07BC 4 0 Master (autopilot switch)", 3);  // the last write of a tick
-    // Drawn at the tenth tick in the air, and written at each one since.
+    // The failure is drawn at the tenth tick in the air and written in every tick since.
     auto flags = cockpit.Heard("0x0B71 1 1 Pitot Static (failure flag)");
     EXPECT_EQ(flags.size(), 3u);
     double tookOff = Seconds(cockpit.Heard("# took off").at(0));
@@ -195,8 +195,9 @@ void FlyUntilSystemsFail() {
 
 enum class Leave { OnGroundBySignal, InAirWithoutCompanion, InAirWithoutDisplay };
 
-// The user's one start: it starts the companion and ends, and the companion starts the program
-// again. Then one of the two or their display ends, and the rest with it.
+// The user starts the program once: it starts the companion and ends, and the companion starts it
+// again. Then the test ends the program, the companion or their display, and the others must
+// follow.
 void LeaveHardcoreMode(Leave how) {
     bool airborne = how != Leave::OnGroundBySignal;
     std::string settings = "DISPLAYUPDATE=YES\r\nHARDCOREMODE=YES\r\n";
@@ -208,7 +209,7 @@ void LeaveHardcoreMode(Leave how) {
     EXPECT_EQ(cockpit.Start(Program).ExitCode(), 0);
     cockpit.Await(onHold);
     EXPECT_EQ(Content(cockpit.Settings()), settings);
-    // Two ticks in which the companion sees the program run.
+    // In these two ticks the companion sees the program run.
     cockpit.Tell("pause");
     cockpit.Await("\"QM:  On hold (sim paused)(not airborne). Hardcore Mode.\"");
     cockpit.Tell("resume");
@@ -241,7 +242,7 @@ void LeaveHardcoreMode(Leave how) {
         EXPECT_GE(Seconds(moves[i]) - Seconds(moves[i - 1]), 0.99);
 }
 
-// The flights run at the same time, because each one waits most of its seconds.
+// The flights run in parallel, because each one mostly waits.
 TEST(Flight, ConnectsFailsSystemsAndEnds) {
     std::function<void()> all[] = {FlyUntilSystemsFail,
                                    [] { LeaveHardcoreMode(Leave::OnGroundBySignal); },
@@ -330,7 +331,7 @@ TEST(Keyboard, TheMainWindowHasTheKeyboardAfterSettingsNotAnotherProgram) {
         };
         if (!Becomes(isActive)) throw std::runtime_error(title + " has not got the keyboard");
     };
-    // Without activating a window, which would change what the window manager turns to.
+    // Do not activate a window here: the window manager would give the focus to it later.
     auto press = [](const char* key) { Process({"xdotool", "key", key}).ExitCode(); };
     cockpit.StartSimulator({});
     awaitActive("Practice Simulator");
@@ -364,7 +365,7 @@ TEST(Keyboard, TheCompanionEndsWhenItIsClosedOnTheTaskBar) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    // A process that our child leaves behind becomes our child.
+    // Adopt the processes that a child leaves behind.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     return RUN_ALL_TESTS();
 }

@@ -23,7 +23,7 @@ class EngineTest : public LinkedTest {
     void Tick(int count = 1) {
         while (count-- > 0) EngineTick();
     }
-    // Every sub-system fails at its next draw step, unless told otherwise.
+    // Every sub-system fails at its next draw step unless a test sets other values.
     void MakeEverythingDue() {
         ForEachSubsystem([](int, int, SubsystemEntry& entry) {
             entry.Reliability = "0";
@@ -212,7 +212,7 @@ TEST_F(EngineTest, APeriodHasOneDrawAtItsDrawStepAndStartsAgainAtItsEnd) {
     EXPECT_EQ(entry.DrawAt, 11);
 }
 
-// Where a processor keeps more digits than a double has, a period could end a step late.
+// With more digits than a double has, a period could end a step late.
 TEST_F(EngineTest, APeriodEndsWithTheStepThatFillsItsHours) {
     std::pair<std::string, int> rows[] = {{"0", 1}, {"0.0125", 5}, {"0.0375", 14}, {"1", 360}};
     SubsystemEntry& entry = Entry("AP(Mach)");
@@ -300,7 +300,7 @@ TEST_F(EngineTest, AnEngineBeyondTheCountIsNeitherCountedNorDrawn) {
 
 class HotkeyTest : public EngineTest {
    protected:
-    // True when the status hotkey answers to its key, CTRL and SHIFT in these states.
+    // True when the status hotkey acts with its key, CTRL and SHIFT in these states.
     bool Fires(std::int16_t key, std::int16_t ctrl, std::int16_t shift) {
         inprocess::SetKey('S', key);
         inprocess::SetKey(17, ctrl);

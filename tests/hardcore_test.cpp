@@ -1,4 +1,5 @@
-// Hardcore Mode: its companion, what it hides and refuses in flight, and the price of leaving one.
+// Hardcore Mode: its companion, the actions that it hides or refuses in flight, and the price of
+// leaving a flight.
 #include "engine/connection.h"
 #include "engine/hotkeys.h"
 #include "engine/tick.h"

@@ -51,7 +51,7 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
     old.Space.SetValue(0x3304, 4, 0x19980004);
     EXPECT_EQ(OpenResult(), SimBadVersionFs98);
 
-    TestSimulator simulator;  // of the two it is the one to be found
+    TestSimulator simulator;  // of the two, the link finds this one
     for (auto [module, simulated, batches] : {std::tuple{0x19980004u, 0xFADE0007u, 1},
                                               {0xFFFFFFFFu, 0xFADE0007u, 1},
                                               {0x19980005u, 0xFADF0007u, 1},
@@ -73,12 +73,12 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
     EXPECT_EQ(OpenResult(), SimMappingExists) << "the old mapping still holds the name";
 }
 
-// Fails each call of opening, each time that opening makes it. Opening returns the code for that call
-// and releases everything.
+// Makes each platform call of opening fail in turn. Opening must return the code for that call and
+// release everything.
 TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
     TestSimulator simulator;
     int heldBySimulator = inprocess::HeldObjects();
-    // The number of calls that must fail for opening to fail, and their last error.
+    // How many calls in a row must fail for opening to fail, and their last error.
     std::tuple<const char*, int, std::uint32_t, std::int32_t> cases[] = {
         {"FindWindowExA", 2, 0, SimNoWindow},
         {"RegisterWindowMessageA", 1, 8, SimNoMessage},
@@ -141,18 +141,18 @@ TEST_F(LinkedTest, RequestsEndAtTheUsedPartOfTheBlock) {
     EXPECT_EQ(result, SimDoesNotFit);
     EXPECT_FALSE(SimWrite(0, -12, bytes.data(), result));
     EXPECT_TRUE(SimProcess(result));
-    // As many requests as ever fit.
+    // As many requests as fit.
     int reads = 0;
     while (SimRead(0, 0, bytes.data(), result)) ++reads;
     EXPECT_EQ(reads, (32512 - 4) / 16);
     EXPECT_TRUE(SimProcess(result));
 }
 
-// A window that is gone stays gone; everything else may come back.
+// A window that is gone is never retried; after every other fault the link recovers.
 TEST_F(LinkedTest, SendIsRetriedFortyTimes) {
     std::tuple<int, std::uint32_t, std::int32_t, int> cases[] = {
         {39, 0, SimOk, 40},
-        {40, 0, SimTimeout, 41},  // too late even when it is delivered
+        {40, 0, SimTimeout, 41},  // too late even if it is delivered
         {40, 5, SimSendFailed, 41},
         {40, platform::ErrorInvalidWindowHandle, SimSendFailed, 1},
         {0, 0, SimBadReply, 1}};
@@ -208,7 +208,7 @@ TEST_F(LinkedTest, AnImpossibleAnswerIsReadUpToItsFault) {
 
 class ActuationTest : public LinkedTest {
    protected:
-    // The writes that maintain the failures, as in one tick.
+    // The writes of one tick that keep the failures in force.
     std::vector<std::string> Maintained() {
         MaintainFailures();
         return simulator_.TakeWrites();
@@ -360,7 +360,7 @@ TEST_F(ActuationTest, ClearingRefreshesTheListAndSounds) {
 
 class StatusTest : public ActuationTest {
    protected:
-    // The status line when it has been shown.
+    // Shows the status line and returns it.
     std::string Shown(const std::string& line, bool force = false) {
         EngineState.StatusText = line;
         if (!force) FinishStatus();
@@ -381,7 +381,7 @@ TEST_F(StatusTest, NamesTheFailuresNewestFirstUntilTheLineIsFull) {
     Fail("Eng(Engine 1 (Fail))");
     Fail("Radio(ADF)");
     EXPECT_EQ(Shown("3 failures."), "3 failures... Radio(ADF), Eng(Engine 1 (Fail)), Inst(Vacuum)");
-    // The line has room for one label more while it is shorter than 70 characters.
+    // The line takes one more label while it is shorter than 70 characters.
     std::string x(66 - 12, 'x');
     EXPECT_EQ(Shown(x), x + ".. Radio(ADF), Eng(Engine 1 (Fail))...");
     x.assign(66, 'x');

@@ -16,7 +16,7 @@
 #include "child_process.h"
 #include "platform/platform.h"
 
-// Last, because Xlib makes macros of names that the test library uses.
+// These headers come last: Xlib defines macros with names that GoogleTest uses.
 // clang-format off
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
@@ -53,12 +53,12 @@ void Print(auto value) {
     std::cout << value << std::endl;
 }
 
-// Asks in another process and returns its answer.
+// Runs `ask` in another process and returns its answer.
 int Elsewhere(const std::function<int()>& ask) {
     return Process([&] { Print(ask()); }).Number();
 }
 
-// A window of another process, which prints its handle.
+// Creates a window in another process, prints its handle and answers its messages.
 std::function<void()> Owner(const char* className, const char* title) {
     return [=] {
         Print(OwnWindow(className, title, [](auto message, auto wParam, auto lParam) {
@@ -78,7 +78,7 @@ int OpenDescriptors() {
 class LinuxLayer : public testing::Test {
    protected:
     LinuxLayer() {
-        // Longer than the address of a socket can be.
+        // Longer than the address of a socket may be.
         runtime_ = root_ / std::string(120, 'r');
         fs::create_directory(runtime_);
         setenv("XDG_RUNTIME_DIR", runtime_.c_str(), 1);
@@ -159,7 +159,7 @@ TEST_F(LinuxLayer, OneProcessAtATimeIsTheSingleInstance) {
     EXPECT_EQ(Elsewhere(claim), static_cast<int>(Claimed));
 }
 
-// Holds the lock of the folder until it is killed.
+// Holds the folder's lock until it is killed.
 std::function<void()> Locker(const fs::path& folder) {
     return [=] { Print(flock(open(folder.c_str(), O_RDONLY), LOCK_EX)); };
 }
@@ -230,7 +230,8 @@ char* Map(MappingHandle mapping) {
     return static_cast<char*>(MapViewOfFile(mapping, FileMapWrite, 0, 0, 0));
 }
 
-// Another process counts in the last byte of the block; 100 more in one that was there.
+// Counts in the last byte of the block, in another process. Adds 100 to the result if the block
+// existed.
 int CountElsewhere(const char* name) {
     return Elsewhere([name] {
         MappingHandle mapping = Create(name);
@@ -302,7 +303,7 @@ TEST_F(LinuxLayer, OnlyAFolderOfThisUserAloneIsUsed) {
 constexpr std::int16_t Down = std::int16_t(0x8000);
 constexpr std::int16_t DownAndPressed = std::int16_t(0x8001);
 
-// One test, because a process opens its display once.
+// All in one test, because a process can open its display only once.
 TEST_F(LinuxLayer, KeysAreSeenWithAnyFocusUntilTheDisplayIsLost) {
     unsetenv("DISPLAY");
     EXPECT_EQ(Elsewhere([] { return GetAsyncKeyState('S'); }), 0);
@@ -310,7 +311,7 @@ TEST_F(LinuxLayer, KeysAreSeenWithAnyFocusUntilTheDisplayIsLost) {
     setenv("DISPLAY", (":" + server.Line()).c_str(), 1);
     Display* display = XOpenDisplay(nullptr);
     ASSERT_NE(display, nullptr) << "Xvfb did not start";
-    // Somebody else has the keyboard.
+    // Another client has the keyboard focus.
     XGrabKeyboard(display, DefaultRootWindow(display), False, GrabModeAsync, GrabModeAsync,
                   CurrentTime);
     auto press = [display](KeySym key, bool down) {
@@ -334,7 +335,7 @@ TEST_F(LinuxLayer, KeysAreSeenWithAnyFocusUntilTheDisplayIsLost) {
     press(XK_Shift_R, true);
     EXPECT_EQ(GetAsyncKeyState(16), DownAndPressed) << "on either side";
     EXPECT_EQ(Process({"setxkbmap", "fr"}).ExitCode(), 0);
-    constexpr unsigned FirstOfTheDigits = 10;  // its digit takes SHIFT on a French keyboard
+    constexpr unsigned FirstOfTheDigits = 10;  // on a French keyboard the digit takes SHIFT
     XTestFakeKeyEvent(display, FirstOfTheDigits, True, CurrentTime);
     XSync(display, False);
     EXPECT_EQ(GetAsyncKeyState('1'), DownAndPressed) << "on a French keyboard";
@@ -368,7 +369,7 @@ TEST_F(LinuxLayer, ASoundReachesTheDeviceOrThereIsSilence) {
     EXPECT_EQ(Content(root_ / "complaints"), "");
 }
 
-// Reports beside itself how it was started, in a file that appears with all of its content.
+// Writes how it was started to a file beside itself; the file appears complete.
 constexpr char Reporter[] = R"(#!/bin/sh
 report=$(/usr/bin/dirname "$0")/report
 read -r pid name state parent group session rest </proc/$$/stat
@@ -400,7 +401,7 @@ TEST_F(LinuxLayer, ShellStartsAProgramOrOpensADocument) {
     EXPECT_EQ(told(folder / "report"), "report\n0\n$(id)\n" + root_.string() + "\n");
 
     std::string path = getenv("PATH");
-    // As on a file system that has no permissions.
+    // A document is executable on a file system without permissions.
     fs::permissions(document, fs::perms::owner_all);
     setenv("PATH", folder.c_str(), 1);
     EXPECT_EQ(execute(document, "0", "0"), 31) << "nothing to open it with";
@@ -436,14 +437,13 @@ TEST_F(LinuxLayer, APathWithControlCharactersFitsNoLine) {
         EXPECT_FALSE(HoldsPath(path)) << testing::PrintToString(path);
 }
 
-// Replaces it as a user who may write files of root's, but not everywhere as root may, with room for
-// a thousand bytes.
+// Replaces the file as an ordinary user who may write files up to 1000 bytes.
 bool UserReplaces(const fs::path& path, const std::string& content) {
     pid_t user = fork();
     if (user == 0) {
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit limit{1000, 1000};
-        // From within the folder, since those above it may be closed to that user.
+        // Enter the folder first: that user may not be able to pass the folders above it.
         fs::current_path(path.parent_path());
         bool ready = setrlimit(RLIMIT_FSIZE, &limit) == 0 && (geteuid() != 0 || setuid(65534) == 0);
         _exit(!ready || !ReplaceFile(path.filename(), content));
@@ -480,7 +480,7 @@ TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrKept) {
         EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
         ASSERT_EQ(chown(file.c_str(), 0, 0), 0);
     }
-    // A process that cannot be running, and one that does.
+    // One process id that cannot exist, and one of a process that runs.
     Write(root_ / ".quirkmeter-99999999-0.tmp", "killed while saving");
     Write(root_ / (".quirkmeter-" + std::to_string(getppid()) + "-0.tmp"), "still saving");
     fs::path home = fs::current_path();
@@ -498,7 +498,7 @@ TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrKept) {
 }
 
 TEST_F(LinuxLayer, AFileIsWrittenInPlaceIfItsFolderTakesNoOther) {
-    // A folder that takes none at all, one in which everybody's files stay, and one like any other.
+    // A folder that takes no new file, one with the sticky bit, and an ordinary one.
     for (auto permissions : {fs::perms(0555), fs::perms(01777), fs::perms(0777)}) {
         fs::path folder = root_ / std::to_string(static_cast<int>(permissions));
         fs::create_directory(folder);
@@ -524,7 +524,7 @@ TEST_F(LinuxLayer, TheSeparatorIsThatOfTheUsersLocale) {
     Process compiler({"localedef", "-c", "--quiet", "-i", root_ / "source", "-f", "ANSI_X3.4-1968",
                       root_ / "xx_XX"});
     compiler.ExitCode();
-    bool compiled = fs::exists(root_ / "xx_XX/LC_NUMERIC");  // else no character maps here
+    bool compiled = fs::exists(root_ / "xx_XX/LC_NUMERIC");  // false without the character maps
     setenv("LOCPATH", root_.c_str(), 1);
     unsetenv("LC_ALL");
     for (std::string locale : {"xx_XX", "no_SUCH"}) {

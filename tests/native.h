@@ -1,5 +1,5 @@
-// Asks the system itself about the windows on its display, without wxWidgets. One header, a file for
-// each system.
+// Queries the system about the windows on its display, without wxWidgets. Each system has its own
+// source file.
 #pragma once
 
 #include <wx/filedlg.h>
@@ -20,25 +20,25 @@ wxString Text(const wxMessageDialogBase* box);
 /// True when a message box that is open shows the icon of a warning.
 bool ShowsWarning(const wxMessageDialogBase* box);
 
-/// True when keys go to that window. It must be shown.
+/// True when the window has the keyboard focus. It must be shown.
 bool HasKeyboard(const wxTopLevelWindow* window);
 
-/// True when the system's file dialog has that name chosen.
+/// True when that name is chosen in the system's file dialog.
 bool ShowsFile(const wxFileDialog* dialog, const std::string& name);
 
-/// Asks for the dark theme, or no longer, where the theme is the program's to choose.
+/// Switches the dark theme on or off, where a program can choose it.
 void PreferDarkTheme(bool dark);
 
-/// The colour of that place of the display.
+/// The colour of a point of the display.
 wxColour ColourAt(wxPoint place);
 
-/// Types the name of a file of the folder that the system's file dialog shows.
+/// Types a file name into the system's file dialog, which shows the file's folder.
 void TypeFileName(wxUIActionSimulator& keyboard, const std::string& name);
 
-/// Accepts what the system's file dialog shows.
+/// Accepts the choice in the system's file dialog.
 void Accept(wxUIActionSimulator& keyboard, const wxFileDialog* dialog);
 
-/// Closes a dialog or box of the system's own without an answer.
+/// Closes a dialog or box of the system without an answer.
 void Dismiss(const wxDialog* dialog);
 
 }  // namespace quirkmeter::native

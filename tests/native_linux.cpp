@@ -8,7 +8,7 @@ namespace quirkmeter::native {
 
 namespace {
 
-// GTK's own headers are not needed for the program, so its functions are looked up by name.
+// The program builds without GTK's headers, so this looks its functions up by name.
 template <typename Function>
 Function* Gtk(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));
@@ -68,12 +68,12 @@ wxColour ColourAt(wxPoint place) {
     return {part(16), part(8), part(0)};
 }
 
-// A point lets the dialog for opening, too, take what is typed as a name.
+// The point opens the dialog's text field also when the dialog opens a file.
 void TypeFileName(wxUIActionSimulator& keyboard, const std::string& name) {
     keyboard.Text(("./" + name).c_str());
 }
 
-// A key might only close the list of names that GTK proposes.
+// The Enter key might only close GTK's list of suggestions.
 void Accept(wxUIActionSimulator&, const wxFileDialog* dialog) {
     constexpr int Accept = -3;
     Respond(dialog, Accept);

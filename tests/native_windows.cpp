@@ -14,8 +14,8 @@ wxString TextOf(HWND window) {
     return text;
 }
 
-// wxWidgets does not know the window of a message box or file dialog. None: the keyboard is in
-// no such window.
+// The window of a message box or file dialog, which wxWidgets does not know; null when none has the
+// keyboard focus.
 HWND SystemsDialog() {
     HWND window = ::GetForegroundWindow();
     bool ours = ::GetWindowThreadProcessId(window, nullptr) == ::GetCurrentThreadId();
@@ -29,7 +29,7 @@ wxString Text(const wxWindow* window) {
     return TextOf(window->GetHandle());
 }
 
-// The icon of a message box is a static control, too, without a text.
+// Skips the icon of a message box, a static control without a text.
 wxString Text(const wxMessageDialogBase*) {
     HWND text = nullptr;
     do text = ::FindWindowExW(SystemsDialog(), text, L"Static", nullptr);
@@ -41,7 +41,7 @@ bool ShowsWarning(const wxMessageDialogBase*) {
     HWND icon = nullptr;
     do icon = ::FindWindowExW(SystemsDialog(), icon, L"Static", nullptr);
     while (icon && (::GetWindowLongW(icon, GWL_STYLE) & SS_TYPEMASK) != SS_ICON);
-    return ::SendMessageW(icon, STM_GETICON, 0, 0) != 0;  // Wine shows an empty one as well
+    return ::SendMessageW(icon, STM_GETICON, 0, 0) != 0;  // Wine also has an icon without a picture
 }
 
 bool HasKeyboard(const wxTopLevelWindow* window) {

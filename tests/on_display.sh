@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs a command on a virtual display of its own with a window manager. A test program that ends
-# half-way has failed, whatever its exit status.
+# Runs a command on a virtual display with a window manager. A test program that ends early has
+# failed, whatever its exit status.
 set -euo pipefail
 . "$(dirname "$0")/display.sh"
 processes=()
-# It is there from the beginning of a test program to its end.
+# GoogleTest creates this file when a test program starts and removes it at the program's end.
 export TEST_PREMATURE_EXIT_FILE=${TMPDIR:-/tmp}/quirkmeter-display-$$
 trap 'kill "${processes[@]}" 2>/dev/null || true; rm -f "$TEST_PREMATURE_EXIT_FILE"' EXIT
 # Ignore what the libraries under wxWidgets never free.

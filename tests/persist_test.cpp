@@ -21,7 +21,7 @@ class PersistTest : public ProgramTest {
         return ReadFile("Quirkmeter.ini");
     }
 
-    // True when nothing was wrong with the profile.
+    // True when the profile has no fault.
     bool ReadProfileFrom(std::string_view content) {
         WriteFile("heavy.qmp", content);
         Settings.LastProfile = (folder_ / "heavy.qmp").string();
@@ -77,7 +77,7 @@ TEST_F(PersistTest, InvalidSettingsChangeNothing) {
               (SettingsRecord{.LastProfile = "", .DisplayUpdate = true}));
 }
 
-// A folder of its name stands for a file that another program holds.
+// A folder of its name stands in for a file that another program has locked.
 TEST_F(PersistTest, SettingsThatCannotBeReadAreTriedAgainAndNeverReplaced) {
     auto ini = folder_ / "Quirkmeter.ini";
     std::filesystem::create_directory(ini);

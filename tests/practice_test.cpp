@@ -26,7 +26,7 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 
-// A client's block, in words; data that are shorter than a word are followed by zeros.
+// A client's block of requests, in words. Zeros fill up data that are shorter than a word.
 using Block = std::vector<std::uint32_t>;
 
 bool CarryOut(
@@ -47,7 +47,7 @@ TEST(RequestBlock, CarriesOutRecordsInOrderAndLeavesHeadersAsTheyWere) {
     EXPECT_EQ(block, answered) << "only the low half of an identifier counts";
 }
 
-// A flight whose events are printed, and a client that sends it one write at a time.
+// A flight that records its events, and a client that sends it one write at a time.
 class FlightTest : public ::testing::Test {
    protected:
     void Answer(Block& block) {
@@ -173,8 +173,8 @@ TEST_F(FlightTest, UnderstandsItsCommandsAndNothingElse) {
         EXPECT_FALSE(ParseCommand(line)) << line;
 }
 
-// The practice simulator's table of variables and the program's catalogue are two readings of one
-// list.
+// Compares two lists that were written independently: the practice simulator's variables and the
+// program's catalogue.
 TEST(Lamps, EveryFailureLightsTheLampOfItsNameAndNoOther) {
     platform::inprocess::Reset();
     ResetProgramState();
@@ -207,8 +207,8 @@ TEST(Lamps, EveryFailureLightsTheLampOfItsNameAndNoOther) {
     ResetProgramState();
 }
 
-// The client acts whenever the simulator sleeps: a misbehaviour begins, then it uses the link that
-// is open and connects again.
+// The client acts whenever the simulator sleeps: it starts a misbehaviour, uses the open link and
+// connects again.
 TEST(Wire, EveryMisbehaviourIsEnteredAndLeft) {
     namespace inprocess = platform::inprocess;
     struct {
@@ -292,7 +292,7 @@ TEST(Script, RunsItsLinesInTheOrderOfTheirTimes) {
     EXPECT_EQ(badLine, 3);
 }
 
-// For the thread sanitizer as well.
+// The thread sanitizer runs this test, too.
 TEST(Simulator, CallsFromTwoThreadsAreSerialised) {
     constexpr int Turns = 1000;
     std::size_t lines = 0;

@@ -1,4 +1,4 @@
-// The practice simulator's window, worked by events, and what it shows of the flight.
+// The practice simulator's window: its controls, worked by events, and its display of the flight.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <wx/display.h>
@@ -42,7 +42,7 @@ class PracticeWindowTest : public testing::Test {
         if (auto* spin = dynamic_cast<wxSpinCtrl*>(control)) return spin->GetValue();
         return dynamic_cast<wxChoice&>(*control).GetSelection();
     }
-    // The flight must do as that control says, and the control show what the flight holds.
+    // Works the control. The flight must change and the control must show the new value.
     void Work(wxWindow* control, int value, const std::string& event) {
         SCOPED_TRACE(event);
         wxSpinEvent spun(wxEVT_SPINCTRL, control->GetId());

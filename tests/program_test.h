@@ -33,7 +33,7 @@ namespace inprocess = platform::inprocess;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The requests of the rooms below to the main window.
+/// A main window that records the calls of the rooms below.
 struct RecordingWindow final : MainWindow {
     void RefreshSubsystems() override { ++Refreshes; }
     void SetStatusCaption(const std::string& caption) override { Captions.push_back(caption); }
@@ -51,7 +51,7 @@ struct RecordingWindow final : MainWindow {
     bool ListShown = true;
 };
 
-/// The simulator's end of the wire.
+/// The simulator and its interface module.
 class TestSimulator {
    public:
     explicit TestSimulator(const char* className = "UIPCMAIN") {
@@ -70,13 +70,13 @@ class TestSimulator {
     TestSimulator(const TestSimulator&) = delete;
 
     practice::OffsetSpace Space;
-    /// As the practice simulator prints them, without the time.
+    /// The lines that the practice simulator prints for the writes, without the time.
     std::vector<std::string> Writes;
     std::vector<std::string> TakeWrites() { return std::exchange(Writes, {}); }
-    std::vector<std::byte> Block;  // as it arrived last
+    std::vector<std::byte> Block;  // the last one that arrived
     int Batches = 0;
     std::intptr_t Reply = 1;
-    /// The change that a faulty module makes to the answered block.
+    /// Changes the answered block, as a faulty module might.
     std::function<void(std::byte* block)> Spoil;
 
    private:
@@ -134,8 +134,8 @@ class ProgramTest : public testing::Test {
     RecordingWindow window_;
 };
 
-/// A test with the link open; the simulator has four engines and full tanks and is in the
-/// air, gear and flaps up.
+/// A test with an open link, four engines, full tanks, and the aircraft in the air with gear and
+/// flaps up.
 class LinkedTest : public ProgramTest {
    protected:
     LinkedTest() {
@@ -149,7 +149,8 @@ class LinkedTest : public ProgramTest {
     TestSimulator simulator_;
 };
 
-/// The place of a sub-system in the catalogue, by its label in the status line: "Inst(Vacuum)".
+/// Returns the catalogue's numbers of a sub-system from its label in the status line, as
+/// "Inst(Vacuum)".
 inline std::pair<int, int> Place(std::string_view label) {
     std::pair<int, int> place;
     ForEachSubsystem([&](int s, int n, const SubsystemEntry& entry) {

@@ -1,4 +1,4 @@
-// Flights in simulated time against the calculated chances, and what is said of them.
+// Flights in simulated time against the calculated chances, and the report on them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -83,7 +83,7 @@ TEST_F(RehearsalTest, ExactChancesAreThoseOfTheRules) {
     entry.Reliability = "99.999";
     EXPECT_NEAR(ExactChance(entry, {.Hours = 1}), 1.0 / 100001, 1e-12);
     SubsystemEntry& gear = Catalogue[2][5];
-    gear.Reliability = "90";  // up for the 49 minutes from the first to before the last ten
+    gear.Reliability = "90";  // up for 49 minutes: from the first to ten before landing
     EXPECT_DOUBLE_EQ(ExactChance(gear, {.Hours = 1}), draw * 49 / 60);
     SubsystemEntry& stall = Catalogue[4][4];
     stall.Reliability = "90";
@@ -93,9 +93,10 @@ TEST_F(RehearsalTest, ExactChancesAreThoseOfTheRules) {
 
 TEST_F(RehearsalTest, AStallEndsAfterThirtyTicksAndComesAgain) {
     Catalogue[4][2].Reliability = "0";  // as good as certain at every draw
-    Catalogue[4][2].Hours = "0";        // which comes at every draw step
+    Catalogue[4][2].Hours = "0";        // with a draw at every draw step
     plan_ = {.Hours = 0.1, .Flights = 1000};
-    // In force at the three draws after its own, so that every fourth of 36 draw steps has one.
+    // A stall is in force at the next three draws, so one of every four of the 36 draw steps starts
+    // one.
     EXPECT_NEAR(Fly(plan_, [](double) { return true; }).MeanFailures(), 9, 0.02);
 }
 
@@ -133,7 +134,7 @@ TEST_F(RehearsalTest, FlightsStopOnRequest) {
     EXPECT_DOUBLE_EQ(share, static_cast<double>(flown.Flights) / 1e9);
 }
 
-// A thousand flights of two thousand, with failures in two systems.
+// A thousand of two thousand flights, with failures in two systems.
 Tally TallyByHand() {
     Tally tally{.Flights = 1000, .Failures = 1100, .SquaredFailures = 9100};
     tally.ByFailures[0] = 600;

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# usage: rehearse_checks.sh REHEARSE: works the program as its users do, on the display it is given.
+# usage: rehearse_checks.sh REHEARSE: works rehearse as its users do, on the current display.
 set -euo pipefail
 shopt -s nullglob
 export LC_ALL=C.UTF-8
@@ -18,8 +18,8 @@ fail() {
     exit 1
 }
 
-# expect STATUS TEXT ARGUMENT...: rehearse with these arguments ends with the status and prints a
-# line with the text.
+# expect STATUS TEXT ARGUMENT...: runs rehearse with these arguments; it must end with the status
+# and print a line with the text.
 expect() {
     local wanted=$1 text=$2 status=0
     shift 2
@@ -34,7 +34,8 @@ for profile in assets/*.qmp assets/profiles/*.qmp; do
         expect 0 "Nothing fails" "$profile" --engines "$engines" --flights 1000 --seed 1 --check
     done
 done
-# The flights of this seed happen to lie that far off. If they no longer do, look for another one.
+# By chance, a count in the flights of this seed is that far off. If the flights change, search for
+# another seed.
 expect 1 "1 beyond four standard errors" "$ride" --flights 200 --seed 384 --check
 
 echo "a bad profile"
@@ -68,7 +69,8 @@ for profile in assets/practice.qmp assets/profiles/{trainer,freighter,engines}.q
             --hours 3 --engines 4 --flights 1000 --seed 2 --check
         awk -v wish=$wish '/^Nothing fails/ { met = $3 > wish - 0.55 && $3 < wish + 0.55 }
             END { exit !met }' "$folder/printed" || fail "$wish by $profile: $(cat "$folder/printed")"
-        # A line for each sub-system in order; what is at 100 stays, the rest is the dialog's to show.
+        # The profile needs all sub-systems in order. A reliability of 100 must stay; the dialog
+        # must be able to show every other value.
         awk -F'[#\r]' -v wish=$wish 'NR == FNR { name[NR] = $1 "#" $2; whole[NR] = $3 == 100; next }
             { bad += $1 "#" $2 != name[FNR] || ($3 == 100) != whole[FNR] ||
                   $3 !~ /^[0-9]+(\.[0-9][0-9]?[0-9]?)?$/ || $4 !~ /^(0\.[1-9]|[0-9]+)$/ || $4 > 999 }
@@ -90,7 +92,7 @@ expect 1 "cannot write $folder/nowhere/x.qmp" "$ride" --nothing-fails 50 --save 
 echo "where reports go"
 plan=("$ride" --flights 50 --seed 1)
 expect 0 "50 flights" "${plan[@]}" --csv "$folder/plain.csv"
-# same FILE: it holds the same counts.
+# same FILE: compares the counts with those of the first report.
 same() { cmp "$folder/plain.csv" "$1" || fail "$1 is not what a file holds"; }
 expect 0 "what,number" "${plan[@]}" --csv -
 same "$folder/printed"
@@ -106,7 +108,7 @@ same "$folder/piped"
 ln -s /proc/self/fd/1 "$folder/stdout"
 expect 0 "50 flights" "${plan[@]}" --csv "$folder/stdout"
 grep -q '^what,number' "$folder/printed" || fail "the counts are not in standard output"
-# Flights for hours are not begun.
+# rehearse must fail before it flies: these flights would take hours.
 chmod 444 "$folder/plain.csv"
 for target in plain.csv nowhere/report.csv ''; do
     expect 1 "cannot write $folder/$target" "$ride" --flights 1000000000 --csv "$folder/$target"
@@ -127,7 +129,7 @@ echo "its window"
 printf '#!/bin/sh\nbasename "$1" >"%s"\n' "$top/opened" >"$bin/xdg-open"
 chmod +x "$bin/xdg-open"
 printf '6#9#50#1\r\n' >"$folder/Übung.qmp"
-# await COMMAND...: waits until it succeeds, for half a minute at most.
+# await COMMAND...: waits until the command succeeds, for half a minute at most.
 await() {
     for ((i = 0; i < 300; ++i)); do
         ! "$@" >/dev/null 2>&1 || return 0
@@ -135,7 +137,7 @@ await() {
     done
     fail "in vain: $*"
 }
-# keys WINDOW KEY...: types them into the window of that title.
+# keys WINDOW KEY...: types the keys into the window of that title.
 keys() {
     await xdotool search --onlyvisible --name "$1" windowfocus
     shift
@@ -146,7 +148,7 @@ start() {
         </dev/null >/dev/null 2>&1 &
     pid=$!
 }
-# report NAME: flies; the page of that name is opened.
+# report NAME: starts the flights and waits until the page of that name is opened.
 report() {
     rm -f "$top/opened"
     keys "Quirkmeter - Rehearsal" key alt+r
@@ -157,7 +159,8 @@ end() {
     keys "Quirkmeter - Rehearsal" key alt+F4
     wait $pid || fail "the window ended with $?"
 }
-# drop NAME LOCALE: drops the profile and flies; it opens the report of that name.
+# drop NAME LOCALE: starts rehearse with the profile, as a drop on its icon does, and checks the
+# report of that name.
 drop() {
     start "$2"
     report "$1"

@@ -9,7 +9,7 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib
 
 PATIENCE = 60  # seconds
-COMBO_BOX = None  # wxWidgets does not tell when its own has the keyboard.
+COMBO_BOX = None  # wxWidgets does not report the focus of its own combo box.
 MAIN = "FS2002 Quirkmeter"
 
 
@@ -34,7 +34,7 @@ def heard_in(title):
     windows = (window for program in children(Atspi.get_desktop(0)) for window in children(program))
     try:
         return next((focused(window) for window in windows if window.get_name() == title), None)
-    except GLib.Error:  # a window that closes
+    except GLib.Error:  # the window is closing
         return None
 
 
@@ -118,7 +118,7 @@ with tempfile.TemporaryDirectory() as folder:
                 [MAIN, "Quirkmeter"]]:
             shutil.copy(pathlib.Path(sys.argv[1]) / program, folder)
             programs.append(subprocess.Popen([pathlib.Path(folder) / program, *options]))
-            to_front(title)  # or it takes the keyboard later, from the other one
+            to_front(title)  # otherwise it would take the focus from the next one
         work_all_windows()
     finally:
         for program in programs:

@@ -1,4 +1,4 @@
-// Chance under a test's control, linked in the place of the program's own.
+// Random numbers under a test's control, linked instead of the program's own.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +9,11 @@
 
 namespace quirkmeter {
 
-/// Answers every call of RandomInRange; the lowest number unless a test says otherwise.
+/// Answers every call of RandomInRange; by default with the lowest number.
 inline std::function<std::int32_t(std::int32_t high, std::int32_t low)> ScriptedDraw =
     [](std::int32_t, std::int32_t low) { return low; };
 
-/// For its lifetime, draws give the numbers in Next and after them the lowest ones.
+/// During its lifetime, draws return the numbers in Next and then the lowest ones.
 struct DrawScript {
     DrawScript()
         : Before(std::exchange(ScriptedDraw, [this](auto high, auto low) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs what has threads, the practice simulator, with the thread sanitizer.
+# Runs the practice simulator, which has threads, with the thread sanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . ./packages.sh
@@ -7,6 +7,6 @@ cd "$(dirname "$0")/.."
 need "${build_packages[@]}" "${test_packages[@]}"
 build threads ON practice_test practice-simulator
 build/threads/bin/practice_test --gtest_brief=1
-# Commands from the one thread while the other one serves its window.
+# Send commands from one thread while the other serves the window.
 { yes $'gear down\ngear up\nmisbehave drop\nmisbehave none' || true; } | head -n 20000 |
     build/threads/bin/practice-simulator --headless --duration 3 | grep -c 'gear up'

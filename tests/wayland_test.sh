@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# usage: wayland_test.sh FOLDER: a hotkey on a Wayland desktop, with the programs of that folder. The
-# desktop is a nested compositor; the key is pressed on the display around it.
+# usage: wayland_test.sh FOLDER: tests a hotkey on a Wayland desktop with the programs of that
+# folder. The desktop is a nested compositor; the key is pressed on the display around it.
 set -euo pipefail
-# In namespaces of its own: the compositor gives up where another X server's socket is in its way.
+# Use separate namespaces: the compositor fails where another X server's socket exists.
 if [[ -z ${OWN_SOCKETS-} ]]; then
     user=()
     ((EUID == 0)) || user=(--user --map-current-user --keep-caps)
@@ -16,14 +16,15 @@ trap 'kill "${processes[@]}" 2>/dev/null || true; wait; rm -rf "$folder"' EXIT
 cp "$1"/{Quirkmeter,practice-simulator} "$folder"
 printf 'STATUS_HK=83\r\nSTATUS_HKCS=1\r\nDISPLAYUPDATE=YES\r\n' >"$folder/Quirkmeter.ini"
 user=()
-if ((EUID == 0)); then  # the compositor wants an ordinary user
+if ((EUID == 0)); then  # the compositor refuses to run as root
     chown -R nobody: "$folder"
     user=(setpriv --reuid=nobody --regid=nogroup --clear-groups)
 fi
 export XDG_RUNTIME_DIR=$folder HOME=$folder GSETTINGS_BACKEND=memory NO_AT_BRIDGE=1
 unset DISPLAY WAYLAND_DISPLAY GDK_BACKEND
 
-# start LOG COMMAND...: in the background, its output in that file of the folder.
+# start LOG COMMAND...: starts the command in the background, with its output in that file of the
+# folder.
 start() {
     local log=$folder/$1
     shift
@@ -31,7 +32,7 @@ start() {
     "${user[@]}" "$@" >"$log" 2>&1 &
     processes+=($!)
 }
-# await FILE COUNT PATTERN: until so many lines of the file match, by the options of grep.
+# await FILE COUNT PATTERN: waits until that many lines of the file match, by the options of grep.
 await() {
     local log=$folder/$1 count=$2
     shift 2

@@ -1,7 +1,6 @@
-// The real windows with their real controls on a display, worked by mouse and keyboard, over the
-// in-process platform: the simulator, the clock and the files are the test's. Every wait is for
-// something to see and has an end, and a dialog that nobody answers is closed: a test may fail, but
-// never hang.
+// Works the real windows on a display by mouse and keyboard, over the in-process platform: the test
+// controls the simulator, the clock and the files. Every wait has a deadline, and an unexpected
+// dialog is closed, so that a test can fail but never hang.
 #pragma once
 
 #include <wx/app.h>
@@ -29,22 +28,22 @@ inline void HandleEvents() {
     wxYield();
 }
 
-/// Mouse and keyboard. Making them takes long, so they are made once.
+/// The mouse and the keyboard. Created once, because that is slow.
 inline wxUIActionSimulator& Input() {
     static wxUIActionSimulator input;
     return input;
 }
 
-/// Milliseconds. A window manager may lose the keyboard when dialogs open and close at once.
+/// Milliseconds until a window is raised again: a window manager may lose the focus when dialogs
+/// open and close at once.
 inline constexpr long RaiseAfter = 150;
 
-/// True when the wait was long enough even for a busy machine. A test that has failed waits no longer
-/// than it must.
+/// True when the time is up. After a failure, a test waits only briefly.
 inline bool IsOver(const wxStopWatch& watch, long milliseconds) {
     return watch.Time() > (testing::Test::HasFailure() ? 500 : milliseconds);
 }
 
-/// Waits for the condition, handling events; false when it does not come to hold.
+/// Handles events until the condition holds; false when it does not in time.
 inline bool Until(const std::function<bool()>& condition, long milliseconds = 30'000) {
     wxStopWatch watch;
     while (!condition()) {
@@ -55,9 +54,9 @@ inline bool Until(const std::function<bool()>& condition, long milliseconds = 30
     return true;
 }
 
-/// Knows the modal dialogs that are open. Each is dealt with once it has the keyboard: as the test
-/// has said; a message box is read and answered. A dialog that was not expected, or that stays open, is
-/// closed, and the test has failed.
+/// Handles the open modal dialogs. When one gets the focus, it runs the action that the test set
+/// for it, or records the text of a message box and answers it. It closes a dialog that was not
+/// expected, or that stays open, and the test fails.
 class Modals final : public wxModalDialogHook, private wxTimer {
    public:
     Modals() {
@@ -90,7 +89,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
     static constexpr int Pulse = 5;           // milliseconds
     static constexpr long Patience = 20'000;  // milliseconds
 
-    /// False for a dialog that is not the one to act on.
+    /// Returns false when the dialog is not of the expected class.
     using Act = std::function<bool(wxDialog*)>;
     enum class Stage { Opening, BeingAnswered, Closing };
     struct Modal {
@@ -101,7 +100,7 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         int Raised = 0;
     };
 
-    // The file dialog of GTK comes here twice.
+    // GTK's file dialog calls this twice.
     int Enter(wxDialog* dialog) override {
         open_.push_back(dialog == Last() ? open_.back() : Modal{dialog, ActFor(dialog)});
         return wxID_NONE;
@@ -117,15 +116,15 @@ class Modals final : public wxModalDialogHook, private wxTimer {
         return act;
     }
 
-    // Only the dialog opened last can be worked. Others may open while it is, and the timer must run
-    // for them; it rests in between, or handling events would have no end.
+    // Works only the dialog opened last. The timer keeps running for others that open meanwhile,
+    // but pauses between two runs: otherwise handling events would never end.
     void Notify() override {
         StartOnce(Pulse);
         if (open_.empty()) return;
         Modal& last = open_.back();
         if (last.At == Stage::BeingAnswered) {
             if (last.Since.Time() < 5 * Patience) return;
-            // A box that wxWidgets knows nothing of holds it up, and nobody can close that.
+            // A box that wxWidgets does not know blocks it, and nothing here can close that.
             ADD_FAILURE() << "\"" << last.Dialog->GetTitle() << "\" is never answered to the end";
             std::_Exit(EXIT_FAILURE);
         }
@@ -189,7 +188,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         main_ = new frmMain;
         ASSERT_TRUE(main_->Load());
         main_->Start();
-        main_->tmrTimer.Stop();  // ticks come from the test
+        main_->tmrTimer.Stop();  // the test makes the ticks
         main_->Show();
         main_->Raise();
         AwaitKeyboard();
@@ -200,7 +199,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         main_ = nullptr;
         AwaitEnd();
     }
-    /// Waits for the end of the main window that has been closed.
+    /// Waits until the closed main window has ended.
     void AwaitEnd() {
         EXPECT_TRUE(Until([] { return !TheMainWindow; }));
     }
@@ -210,7 +209,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         EngineTick();
     }
 
-    /// Clicks what opens the dialog.
+    /// Sets the action for the dialog, then clicks the control that opens it.
     template <typename Dialog>
     void Work(wxWindow* control, const std::function<void(Dialog*)>& act) {
         modals_.WhenOpen(act);
@@ -227,13 +226,13 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         for (int i = 0; i < 200 && !Until(listens, RaiseAfter); ++i) window->Raise();
         EXPECT_TRUE(listens()) << window->GetTitle();
     }
-    /// Until the dialogs that were to open have opened and are closed again.
+    /// Waits until the expected dialogs have opened, and until only that many are open.
     void AwaitDialogs(std::size_t open) {
         EXPECT_TRUE(Until([&] { return !modals_.Expecting() && modals_.Count() <= open; }));
         if (open == 0 && main_) AwaitKeyboard();
     }
 
-    /// The pointer is there when the window has heard that it moved, if only by a pixel.
+    /// Moves the pointer, by a pixel if need be, until the window has received the motion.
     void PointAt(wxWindow* window, wxPoint at) {
         AwaitKeyboard();
         pointedAt_ = nullptr;
@@ -250,7 +249,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         HandleEvents();
         AwaitDialogs(open);
     }
-    // A new window may still be on its way to its place, and leave the pointer behind.
+    // Click again if nothing happens: a new window may still move away from the pointer.
     void ClickUntil(wxWindow* window, wxPoint at, const std::function<bool()>& condition) {
         auto click = [&] {
             PointAt(window, at);
@@ -298,7 +297,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         Input().Char(key, modifiers);
         AwaitDialogs(open);
     }
-    /// Types into the list. The letters come without a pause, however busy the machine is.
+    /// Types into the list in one burst, even on a busy machine: a pause would start a new search.
     void Type(PickList* list, const char* text) {
         Focus(list);
         AwaitKeyboard();
@@ -317,7 +316,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         main_->lstSystems->ProcessWindowEvent(event);
     }
 
-    /// The texts of a row, behind the colour of its disc.
+    /// The colour of the row's disc and the texts of the row.
     std::string Row(int row) {
         wxListItem disc;
         disc.SetId(row - 1);
@@ -338,13 +337,13 @@ class WindowTest : public ProgramTest, private wxEventFilter {
 
     frmMain* main_ = nullptr;
     Modals modals_;
-    // Where the mouse was pressed last, as the program has heard.
+    // The place of the last press that the program received.
     wxPoint pressedAt_ = wxDefaultPosition;
 
    private:
     int FilterEvent(wxEvent& event) override {
         wxEventType type = event.GetEventType();
-        // The native list on Windows keeps the release of the button for itself and tells of a click.
+        // The native list on Windows reports a click instead of the button's release.
         if (type == wxEVT_LEFT_UP || type == wxEVT_COMMAND_LEFT_CLICK) ++clicks_;
         if (type == wxEVT_LEFT_DOWN) pressedAt_ = static_cast<wxMouseEvent&>(event).GetPosition();
         if (type == wxEVT_CHAR) ++characters_;
@@ -353,7 +352,7 @@ class WindowTest : public ProgramTest, private wxEventFilter {
         return Event_Skip;
     }
 
-    // The events that the program has heard of.
+    // The events that the program received.
     int clicks_ = 0;
     std::size_t characters_ = 0;
     wxWindow* pointedAt_ = nullptr;

@@ -10,7 +10,7 @@ namespace quirkmeter {
 
 namespace {
 
-// The texts of a window: its title, then the texts in it but for those of the rows.
+// The texts of a window: its title, then all texts in it except those of the rows.
 std::string Texts(wxWindow* window) {
     if (!window->IsShown()) return "";
     std::string texts;
@@ -29,7 +29,7 @@ std::string Texts(wxWindow* window) {
     } else if (auto* list = dynamic_cast<PickList*>(window)) {
         add("[" + look::Stored(list->GetValue()) + "]");
     } else {
-        // A panel has a text, too, which nobody sees.
+        // Skip panels: their texts are invisible.
         if (!dynamic_cast<wxPanel*>(window)) add(look::Stored(native::Text(window)));
         for (wxWindow* child : window->GetChildren()) add(Texts(child));
     }
@@ -41,7 +41,7 @@ int RangeWidth(int system, int subsystem) {
     return entry.RangeHigh - entry.RangeLow;
 }
 
-// Read from the system's own controls: the same on every system.
+// The texts come from the native controls and are the same on every system.
 TEST_F(WindowTest, EveryTextIsShownAsItStands) {
     EXPECT_EQ(Texts(main_),
               "FS2002 Quirkmeter|Systems| Autopilot| Control| Electrical| Engine| Fuel| Instrument|"
@@ -93,7 +93,7 @@ TEST_F(WindowTest, EveryTextIsShownAsItStands) {
                            "Failure displaying|Profile opening|Deactivating|Sub-systems|"));
 }
 
-// On Linux a timer that is due comes before painting.
+// On Linux, timers that are due run before painting.
 TEST_F(WindowTest, IsPaintedBetweenTwoTicksThatTakeLongerThanASecond) {
     TestSimulator simulator;
     Tick();  // connects
@@ -192,7 +192,7 @@ TEST_F(WindowTest, ClickOnARowOpensOneDialogAndNothingElseDoes) {
     expectRow(Selected());
     Key(WXK_RETURN);
 
-    // A tick while the button is down, which a list of Windows keeps for itself.
+    // Tick while the button is down. The native list on Windows runs its own event loop then.
     wxTimer tick;
     tick.Bind(wxEVT_TIMER, [this, &tick](wxTimerEvent&) {
         if (pressedAt_ == wxDefaultPosition) return;
@@ -243,7 +243,7 @@ TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
                      auto button, const std::function<void()>& meanwhile = [] {}) {
         Catalogue[1][3].RangeHigh = 1234;
         ClickRow(3, [=, this](frmReliability* dialog) {
-            dialog->cboRelLeft->SetStringSelection("5");  // not returned by these buttons
+            dialog->cboRelLeft->SetStringSelection("5");  // these buttons leave it unchanged
             meanwhile();
             Click(dialog->*button);
         });
@@ -262,7 +262,7 @@ TEST_F(WindowTest, TestAndClearFailureActOnTheirSubsystem) {
     EXPECT_EQ(Catalogue[1][3].RangeHigh, 1234) << "no new ranges";
     press(&frmReliability::cmdTest, [this] { Tick(); });
     EXPECT_EQ(FailureCount, 1) << "never twice";
-    // A tick under the dialog loses the failure that the button is to test again.
+    // A tick while the dialog is open loses the failure that the button is to test again.
     press(&frmReliability::cmdTest, [this, &simulator] {
         simulator.Reply = 0;
         Tick();
@@ -323,7 +323,7 @@ class HardcoreWindowTest : public WindowTest {
         Land();
     }
     ~HardcoreWindowTest() override {
-        EngineState.Airborne = false;  // or closing would end the flight
+        EngineState.Airborne = false;  // otherwise closing would end the flight
         platform::DropWindow(companion_);
     }
 
@@ -388,7 +388,7 @@ TEST_F(HardcoreWindowTest, MissingCompanionClosesTheWindow) {
     AwaitEnd();
     EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=\r\nHARDCOREMODE=YES\r\n");
 
-    // Gone by the first tick, at start-up.
+    // Here the companion ends during start-up, before the first tick.
     inprocess::FailCalls("FindWindowA", 2, 1, 0);
     companion_ = platform::OwnWindow("ThunderRT6FormDC", "FSQMHC", {});
     ResetProgramState();

@@ -1,4 +1,4 @@
-// Rules that depend on the calls of Windows itself: the link's result codes, and saving over an open file.
+// Rules that depend on Windows: the link's result codes, and replacing an open file.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -17,7 +17,7 @@ namespace {
 using practice::Misbehaviour;
 using practice::Simulator;
 
-// A practice simulator on a thread of its own.
+// A practice simulator that runs on a second thread.
 class Simulating {
    public:
     explicit Simulating(const char* className, Misbehaviour kind = Misbehaviour::None)
@@ -59,7 +59,7 @@ int Batch() {
     return code;
 }
 
-// A minute and a half: 41 attempts of two seconds each.
+// This takes a minute and a half: 41 attempts of two seconds each.
 TEST(WindowsLayer, AModuleThatNeverAnswersIsATimeOut) {
     SimInit();
     Simulating simulator("UIPCMAIN", Misbehaviour::Silent);
@@ -81,14 +81,14 @@ TEST(WindowsLayer, TheLinkReportsItsErrors) {
         EXPECT_EQ(Batch(), 13) << "a wrong answer";
     }
     EXPECT_EQ(Batch(), 12) << "the window is gone";
-    SimInit();  // forgets the block, which is still there
+    SimInit();  // forgets the block, which still exists
     Simulating simulator("UIPCMAIN");
     EXPECT_EQ(Open(), 5) << "a block of that name";
 }
 
 TEST(WindowsLayer, AFileIsReplacedWhileAnotherProgramReadsIt) {
     std::ofstream("profile") << "old";
-    std::ifstream held("profile");  // shares all of it but its deletion
+    std::ifstream held("profile");  // forbids only deletion
     EXPECT_TRUE(platform::ReplaceFile("profile", "new"));
     std::string content;
     std::ifstream("profile") >> content;

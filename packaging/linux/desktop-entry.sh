@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# usage: desktop-entry.sh install|remove: puts the programs of this folder into the user's menu, or
-# takes them out again. After the folder has moved: install once more.
+# usage: desktop-entry.sh install|remove: adds the programs of this folder to the user's menu, or
+# removes them. Install again after moving the folder.
 set -euo pipefail
 cd "$(dirname "$0")"
 data=${XDG_DATA_HOME:-$HOME/.local/share}
@@ -9,14 +9,15 @@ icons=$data/icons/hicolor/256x256/apps
 types=$data/mime/packages
 profile=application/x-quirkmeter-profile
 
-# The path as an argument in an entry: escaped for quotes, then for texts, then as a field code.
+# Prints the path as an argument of an entry: escaped for quotes, then for texts, then as a field
+# code.
 argument() {
     printf %s "$PWD/$1" |
         sed -z 's/[\\"`$]/\\&/g; s/\\/\\\\/g; s/\n/\\n/g; s/\t/\\t/g; s/%/%%/g'
 }
 
-# add PROGRAM NAME COMMENT [FIELD CODE [TYPE OF FILE]]. Desktops read no escapes in the place of a command, and env
-# would take a path with "=" for a variable: so nice is the command.
+# add PROGRAM NAME COMMENT [FIELD CODE [TYPE OF FILE]]: writes an entry. The command is nice:
+# desktops do not unescape the command itself, and env would take a path with "=" for a variable.
 add() {
     cat >"$entries/quirkmeter-$1.desktop" <<END
 [Desktop Entry]
@@ -43,8 +44,8 @@ add_type() {
 END
 }
 
-# Lets the desktop know which types of files there are and what opens them. A desktop without these
-# tools keeps no such lists.
+# Updates the desktop's lists of file types and of the programs that open them. A desktop without
+# these tools has no such lists.
 update_lists() {
     if [[ -d $types ]]; then update-mime-database "$data/mime" || true; fi
     if [[ -d $entries ]]; then update-desktop-database "$entries" || true; fi
@@ -53,10 +54,10 @@ update_lists() {
 remove() {
     rm -f "$entries"/quirkmeter-*.desktop "$icons/quirkmeter.png" "$types/quirkmeter.xml"
     update_lists
-    # The lists that are left hold nothing when nothing else is listed.
+    # Remove the lists if no other program is in them.
     [[ ! -d $types || -n $(ls -A "$types") ]] || rm -rf "$data/mime"
     [[ $(ls -A "$entries" 2>/dev/null) != mimeinfo.cache ]] || rm "$entries/mimeinfo.cache"
-    # Folders that were made for them go, too.
+    # Also remove the folders that install made, if they are empty.
     for folder in "$entries" "$icons"; do
         [[ ! -d $folder ]] || (cd "$HOME" &&
             rmdir -p --ignore-fail-on-non-empty "${folder#"$HOME/"}")

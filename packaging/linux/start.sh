@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Starts the program of the name that it is called by. Where the system lacks a library for that, it
-# says which, and how to get it.
+# Starts the program whose name this link has. If the system lacks a library for it, names the
+# library and how to install it.
 set -euo pipefail
 name=$(basename "$0")
 program=$(dirname "$(readlink -f "$0")")/program/$name

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Packs the programs for Linux and works the archive as a newcomer would, an ordinary user on bare
-# roots of Debian 12: one as debootstrap makes it, one with what the archive asks for. The roots are
-# kept in the user's cache; where they cannot be made, it says so and skips the rest. The first
-# failure ends it, and leaves a picture of the display, build/linux/FAILED.png.
+# Packs the programs for Linux and works the archive as a new user would, without root's rights, in
+# two minimal Debian 12 systems: one as debootstrap makes it, one with the packages that the archive
+# asks for. The systems are kept in the user's cache; where they cannot be made, it says so and
+# skips the rest. The first failure ends it and leaves a picture of the display,
+# build/linux/FAILED.png.
 set -Eeuo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
@@ -23,7 +24,7 @@ if (($# == 0)); then
     need "${display_packages[@]}" bubblewrap debootstrap desktop-file-utils libglib2.0-bin \
         shared-mime-info xdotool
     packaging/linux/pack.sh
-    # The very packages that the program names when they are missing.
+    # Install the packages that the program itself names.
     packages=$(sed -n 's/^ *Debian.* sudo apt install //p' packaging/linux/start.sh)
     bare=$cache/bookworm furnished=$cache/bookworm-${packages// /-}
     make_root "$bare" bootstrap "$bare.partial" || skip
@@ -35,13 +36,13 @@ bare=$1 furnished=$2
 cd build/linux
 world=$(mktemp -d)
 home=$world/home log=$world/simulator.log main='FS2002 Quirkmeter'
-# In a folder whose name an entry of the menu has to spell.
+# The folder's name has characters that menu entries must escape.
 flights='Meine Flüge = 100 % "$flights"'
 folder=/home/pilot/$flights/Quirkmeter
 trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$world"' EXIT
 trap 'echo "FAILED: $BASH_COMMAND"; cat "$world/errors"; import -window root FAILED.png' ERR
 
-# on ROOT COMMAND...: as the user; only the home folder and /tmp can be written.
+# on ROOT COMMAND...: runs the command as the user, who can write only the home folder and /tmp.
 on() {
     exec bwrap --ro-bind "$1" / --dev /dev --ro-bind /proc /proc --bind "$world/tmp" /tmp \
         --ro-bind /tmp/.X11-unix /tmp/.X11-unix --tmpfs /home --bind "$home" /home/pilot \
@@ -51,7 +52,7 @@ on() {
 }
 await() { timeout "$patience" bash -c 'until eval "$1"; do sleep 0.1; done' - "$1"; }
 activate() {
-    # A search fails when any window closes under it.
+    # The search fails if any window closes meanwhile.
     await "xdotool search --onlyvisible --name '^$1\$' windowactivate --sync"
 }
 close() {
@@ -59,7 +60,7 @@ close() {
     xdotool key alt+F4
     await "! xdotool search --onlyvisible --name '^$1\$' >/dev/null 2>&1"
 }
-# Every folder, and every file with its content. The libraries may make an empty cache.
+# Lists all folders, and all files with their checksums, except the libraries' cache.
 contents() { (cd "$home" && find . -name .cache -prune -o -type d -print && find . ! -type d -exec sha256sum {} +) | sort; }
 
 mkdir -p "$home/$flights" "$world/tmp/.X11-unix"
@@ -74,7 +75,7 @@ echo "ok without GTK it says what is missing"
     grep 'in which nothing fails'
 echo "ok a rehearsal flies"
 
-# The text on the simulator's screen and its time are no failures.
+# Writes of the text on the simulator's screen and of its time are no failures.
 (on "$furnished" "$folder/try-it" --settings)
 on "$furnished" "$folder/practice-simulator" --log >"$log" &
 on "$furnished" "$folder/Quirkmeter" &
@@ -96,7 +97,7 @@ close 'Practice Simulator'
 diff "$world/before" <(contents)
 echo "ok the menu's entries come, work and go without a trace"
 
-# On this machine, which has the tools that a desktop brings.
+# Use this machine, which has a desktop's tools.
 export XDG_DATA_HOME=$world/share
 "$home/$flights/Quirkmeter/desktop-entry.sh" install
 [[ $(gio info -a standard::content-type "$home/$flights/Quirkmeter/program/practice.qmp") == *quirkmeter-profile* ]]

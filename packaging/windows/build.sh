@@ -1,11 +1,10 @@
 #!/usr/bin/env bash
-# Builds the Windows programs on a Debian machine. Everything they need is in them, so that they run
-# with no DLL beside them. They come to build/windows/stage, together with the files that belong
-# beside them.
+# Builds the Windows programs on a Debian machine, each in one file that needs no other DLL, and
+# puts them into build/windows/stage with the files that they need.
 #
-# Missing packages are installed with apt. wxWidgets is built from Debian's own source package,
-# with wxwidgets.patch on top, once for each version and set of switches, and kept in the user's cache.
-# A build that was stopped goes on where it was. Exit status 75: that package cannot be fetched now.
+# Missing packages are installed with apt. wxWidgets is built from Debian's source package with
+# wxwidgets.patch, once for each version and set of switches, and kept in the user's cache. A
+# stopped build continues where it was. Exit status 75: that package cannot be fetched now.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
@@ -27,7 +26,8 @@ switches=(
     --disable-printarch --disable-graphics_ctx --disable-mdi
 )
 
-# logged NAME COMMAND...: what it prints goes to a log, whose end is shown if it fails.
+# logged NAME COMMAND...: writes the command's output to a log and prints the end of it if the
+# command fails.
 logged() {
     local log=$cache/$1.log
     shift
@@ -38,8 +38,8 @@ logged() {
     }
 }
 
-# The sources lie where the packages come from. They are asked for with lists of this build's own, so
-# that the machine's package sources stay as they are.
+# Fetch the source packages with package lists of this build, so that the machine's package sources
+# stay unchanged.
 source_apt() {
     apt-get -o Dir::Etc::SourceList=/dev/null -o Dir::Etc::SourceParts="$cache/apt/sources" \
         -o Dir::State::Lists="$cache/apt/lists" "$@"

@@ -15,7 +15,7 @@ patience=60 # seconds
 rm -f "$build"/FAILED-*.png
 
 world=$(mktemp -d)
-# Wine itself lies where it would without the home folder below.
+# Set before HOME changes below: Wine itself is in this folder.
 export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$HOME/.cache}
 # Use a separate Wine prefix. Its programs end with it.
 export WINEPREFIX=$world/prefix WINEDEBUG=-all
@@ -34,7 +34,7 @@ end_all() {
 trap end_all EXIT
 
 main='FS2002 Quirkmeter'
-# A file dialog has the title that the system gives it.
+# The system names its file dialogs.
 save_dialog=Save
 [[ $version != winxp ]] || save_dialog="Save As"
 users_folder="100 % Flüge mit Übung"
@@ -46,7 +46,7 @@ log=$world/simulator.log
 
 passed=0 failed=0
 
-# check NAME FUNCTION: the function's first failing command ends it.
+# check NAME FUNCTION: runs the function up to its first failing command.
 check() {
     local status
     set +e
@@ -89,7 +89,7 @@ fails_with() {
 
 # --- What is there --------------------------------------------------------------------------------
 
-# running PROGRAM: the process ids of it on this Windows; fails when there is none.
+# running PROGRAM: prints the process ids of the program on this Windows; fails when there is none.
 running() {
     local pid found=1
     for pid in $(pgrep -x "${1:0:15}"); do
@@ -103,15 +103,15 @@ running() {
 
 one_runs() { [[ "$(running "$1" | wc -l)" -eq 1 ]]; }
 
-# A message box has the main window's title, and is told from it by its height.
+# A message box has the main window's title but is lower.
 is_low() {
     local height
     height=$(xdotool getwindowgeometry "$1" 2>/dev/null | sed -n 's/.*Geometry: .*x//p')
     ((${height:-0} < 200))
 }
 
-# window TITLE: its number; fails unless there is exactly one visible window of that title. "box" is
-# the title of a message box here.
+# window TITLE: prints its number; fails unless there is exactly one visible window of that title.
+# "box" stands for the title of a message box.
 window() {
     local numbers number found=()
     numbers=$(xdotool search --onlyvisible --name "^${1/#box/$main}\$" 2>/dev/null || true)
@@ -127,21 +127,21 @@ window() {
 
 is_open() { window "$1" >/dev/null; }
 
-# wrote COUNT OFFSET [TEXT]: the simulator has had that many writes there.
+# wrote COUNT OFFSET [TEXT]: succeeds when the simulator has received that many writes there.
 wrote() {
     awk -v count="$1" -v offset="$2" -v text="${3-}" \
         '$2 == offset && index($0, text) { ++n } END { exit n < count }' "$log"
 }
 
-# seconds_of COUNT OFFSET: from the first write there to that one, in whole seconds.
+# seconds_of COUNT OFFSET: prints the whole seconds between the first write there and that one.
 seconds_of() {
     awk -v count="$1" -v offset="$2" \
         '$2 == offset { if (++n == 1) from = $1; if (n == count) printf "%d", $1 - from }' "$log"
 }
 
-# --- What the user does ---------------------------------------------------------------------------
+# --- Actions of the user --------------------------------------------------------------------------
 
-# start PROGRAM [OPTION]...: from its folder.
+# start PROGRAM [OPTION]...: starts the program in its folder.
 start() {
     local program=$1
     shift
@@ -171,7 +171,7 @@ activate() {
     number=$(window "$1") && timeout "$patience" xdotool windowactivate --sync "$number"
 }
 
-# to_front TITLE: as soon as there is such a window.
+# to_front TITLE: waits for the window and brings it to the front.
 to_front() { await activate "$1"; }
 
 # press TITLE KEY...
@@ -181,13 +181,13 @@ press() {
     xdotool key --delay 100 "$@"
 }
 
-# answer TITLE KEY...: which close that window.
+# answer TITLE KEY...: presses the keys, which close that window.
 answer() {
     press "$@"
     await no is_open "$1"
 }
 
-# hold KEY CONDITION...: with CTRL and SHIFT in the simulator, until the condition is met.
+# hold KEY CONDITION...: holds CTRL, SHIFT and the key in the simulator until the condition is met.
 hold() {
     local key=$1 status=0
     shift
@@ -198,11 +198,11 @@ hold() {
     return $status
 }
 
-# choose TITLE KEY...: as the name, instead of the one that the file dialog comes with. The title is
-# the system's own.
+# choose TITLE KEY...: types a name over the one that the file dialog proposes. The system sets the
+# title.
 choose() { answer "$1" Home shift+End "${@:2}" Return; }
 
-# save NAME: comes to the program's folder, where the file dialog looks first.
+# save NAME: saves a profile in the program's folder, where the file dialog looks first.
 save() {
     press "$main" alt+s
     choose "$save_dialog" $(grep -o . <<<"$1")
@@ -220,7 +220,7 @@ end_session() {
     await no running Quirkmeter.exe
 }
 
-# settings PROFILE [LINE]...: a settings file as the program writes it.
+# settings PROFILE [LINE]...: prints a settings file as the program writes it.
 settings() {
     local profile=$1
     shift
@@ -231,8 +231,8 @@ settings() {
 
 # --- The tests ------------------------------------------------------------------------------------
 
-# The tests name their files as wxWidgets does, in letters that every code page has, so they run on
-# a Windows of their own. A program that ended half-way has not passed.
+# The names of the tests' files may only have letters that every code page has, so the test programs
+# run in a separate Wine prefix, as another user. A program that ended early has not passed.
 plain=$world/prefix-plain
 test_program() {
     cd "$world"
@@ -243,7 +243,7 @@ passes() { test_program "$1" | tee "$world/tests.log" && grep '^\[  PASSED  \]' 
 
 program_passes() { passes program_test.exe; }
 
-# A module that never answers takes a minute and a half, beside the other checks.
+# Runs beside the other checks: waiting for a module that never answers takes a minute and a half.
 layer_passes() {
     await grep -s '^\[=.* ran\.' "$world/layer.log"
     cat "$world/layer.log"
@@ -275,8 +275,8 @@ one_instance_stays() {
     is_open "$main"
 }
 
-# The systems list has the focus at the start. In the dialog the whole percents have it, and one
-# down from 100 is 99.999 %, as the profile saved below tells.
+# The systems list has the focus at the start, and the list of whole percents in the dialog. One
+# step down from 100 is 99.999 %, as the profile saved below shows.
 enter_opens_and_accepts() {
     press "$main" End Tab KP_Enter
     answer ' Radio - ADF Reliability' Down KP_Enter
@@ -298,7 +298,7 @@ refuses_foreign_letters() {
     one_runs Quirkmeter.exe
 }
 
-# There is no browser on this Windows.
+# Wine has no browser.
 opens_help() {
     wine reg add 'HKCR\.htm' /ve /d htmlfile /f
     wine reg add 'HKCR\htmlfile\shell\open\command' /ve /d 'notepad.exe "%1"' /f
@@ -387,7 +387,7 @@ session_end_keeps_settings() {
 
 decimal_separator() { wine reg add 'HKCU\Control Panel\International' /v sDecimal /d "$1" /f; }
 
-# In the dialog, one down from 100 % and the least of its thousandths but one.
+# In the dialog: one step down from 100 %, then the second-smallest of the thousandths.
 follows_regional_settings() {
     trap 'decimal_separator .' EXIT
     decimal_separator ,
@@ -399,7 +399,7 @@ follows_regional_settings() {
     close_program
 }
 
-# Greek letters: neither the settings nor anything else beside the program has a name in ANSI there.
+# The folder's name is Greek: no path in it can be written in the ANSI code page.
 runs_from_foreign_folder() {
     unzip -q "$zip" -d "$WINEPREFIX/drive_c/Πτήση"
     folder=$WINEPREFIX/drive_c/Πτήση/Quirkmeter
@@ -427,7 +427,7 @@ Rehearse.lnk Try it.lnk " ]]
     wine reg query "$profile_key" /s | grep -qF 'Quirkmeter\rehearse.exe" "%1"'
 }
 
-# The uninstaller is told not to go on from a copy of itself, whose result nobody would see.
+# Keep the uninstaller from restarting as a copy of itself, whose result would be lost.
 installed_program_runs() {
     folder=$(installed)
     start Quirkmeter.exe
@@ -447,7 +447,7 @@ uninstall() {
     await no wine reg query "$profile_key"
 }
 
-# "Older" has the time of its installation, as a profile of an earlier version has.
+# "Older" has the time of its installation, as the profile of an earlier version has.
 installing_again_keeps_the_users_files() {
     local profiles
     profiles=$(installed)/profiles
@@ -478,7 +478,7 @@ uninstall_leaves_nothing() {
 mkdir "$HOME" "$WINEPREFIX" "$plain"
 # xdotool maps a letter that no layout has to a key only while it is pressed. Provide the layouts.
 setxkbmap us,ru
-# The file dialogs of Windows 7 are missing in Windows XP, whatever the version that Wine reports.
+# Windows XP lacks the file dialogs of Windows 7; Wine has them in every version.
 new_dialogs=('{DC1C5A9C-E88A-4DDE-A5A1-60F82A20AEF7}' '{C0B4E2F3-BA21-4773-8DBA-335EC946EB8B}')
 make_windows() {
     wine wineboot --init && wine winecfg -v "$version" || return

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# usage: imports.sh PROGRAM...: prints what the programs ask for that Windows XP has not, and fails if
-# there is any: a later version of the system, another DLL, or a function that the compiler's headers
-# declare for later versions only.
+# usage: imports.sh PROGRAM...: prints the requirements of the programs that Windows XP does not
+# meet, and fails if there is one: a later version of the system, another DLL, or a function that
+# the compiler's headers declare for later versions only.
 set -euo pipefail
 host=i686-w64-mingw32
 
@@ -9,7 +9,8 @@ libraries='ADVAPI32|COMCTL32|COMDLG32|GDI32|KERNEL32|MSIMG32|OLE32|OLEACC|OLEAUT
 libraries+='SHLWAPI|USER32|UXTHEME|VERSION|WINMM|MSVCRT'
 headers=(windows.h commctrl.h mmsystem.h ole2.h oleacc.h psapi.h shlobj.h shlwapi.h uxtheme.h)
 
-# Every name with a parenthesis behind it: some are no functions, and are in both lists.
+# Prints every name before a parenthesis. Names that are no functions are in both lists and do not
+# matter.
 declared() {
     printf '#include <%s>\n' "${headers[@]}" |
         "$host-g++-posix" -x c++ -E -P "-D_WIN32_WINNT=$1" - |

@@ -1,5 +1,5 @@
-; Installs for one user, without an administrator: the program writes its settings beside itself.
-; VERSION, FOLDER (what to install) and OUTPUT come from pack.sh.
+; Installs for one user, without administrator's rights: the program writes its settings beside
+; itself. pack.sh sets VERSION, FOLDER (the files to install) and OUTPUT.
 Target x86-unicode
 SetCompressor /SOLID lzma
 RequestExecutionLevel user
@@ -38,7 +38,7 @@ VIAddVersionKey LegalCopyright ""
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE English
 
-; A program that runs cannot be written to.
+; A running program cannot be replaced.
 !macro TryToOpen program
     ${If} ${FileExists} "$INSTDIR\${program}"
         FileOpen $0 "$INSTDIR\${program}" a
@@ -61,8 +61,8 @@ again:
 closed:
 !macroend
 
-; The pilot may change the profiles and the sounds. A file is untouched while its time is the one noted
-; when it was installed; any other stays.
+; The pilot may change the profiles and the sounds. A file is unchanged if it still has the time
+; that was noted when it was installed; any other file stays.
 !macro ReadTimes file
     GetFileTime "$INSTDIR\${file}" $0 $1
     StrCpy $0 "$0 $1"
@@ -138,7 +138,7 @@ Section
     WriteRegDWORD HKCU "${INSTALLED}" NoRepair 1
 SectionEnd
 
-; What the user made or changed stays, and with it the folder: settings, profiles and sounds.
+; Files that the user made or changed stay, and so does the folder: settings, profiles and sounds.
 Section Uninstall
     !insertmacro RequireClosed
     Delete "$INSTDIR\Quirkmeter.exe"

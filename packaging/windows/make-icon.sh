@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Draws the programs' icons with ImageMagick: Quirkmeter's, a gauge whose needle is in the red, on the
-# lists' dark green; and the practice simulator's, an artificial horizon. Both are kept beside this
+# Draws the programs' icons with ImageMagick: for Quirkmeter a gauge with its needle in the red, on
+# the lists' dark green; for the practice simulator an artificial horizon. Both are kept beside this
 # script, so that a build needs no ImageMagick; run it again after changing a drawing.
 set -euo pipefail
 cd "$(dirname "$0")"
 
-# draw SIZE TICKS NEEDLE: on a field of 256, large sizes with finer lines than small ones.
+# draw SIZE TICKS NEEDLE: draws on a field of 256, with finer lines for large sizes.
 draw() {
     local size=$1 ticks=$2 needle=$3
     local marks=() angle

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the Windows programs and packs them twice, into build/windows: as a zip with one folder to
-# put anywhere, and as an installer.
+# Builds the Windows programs and packs them twice into build/windows: as a zip with one folder, and
+# as an installer.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
@@ -12,7 +12,7 @@ version=$(sed -n -E 's/^project\(.* VERSION ([0-9.]+).*/\1/p' CMakeLists.txt)
 build=build/windows
 package=$PWD/$build/Quirkmeter-$version
 
-# From a fresh folder: a flight from the staged programs may have left files there.
+# Use a fresh folder: a flight with the staged programs may have left files there.
 folder=$PWD/$build/package/Quirkmeter
 rm -rf "$folder" "$build"/Quirkmeter-*
 cmake --install "$build" --prefix "$folder" >/dev/null

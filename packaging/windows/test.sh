@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
-# Packs the Windows programs, and under Wine on a virtual display passes the tests of the program and
-# its windows and works what is in the packages as a user would: all of it on Windows XP, and on
-# Windows 10 what may be different there. Where what that takes cannot be had, it says so and skips
-# the rest.
+# Packs the Windows programs. Under Wine on a virtual display, runs the tests of the program and its
+# windows and works the packages as a user would: completely as Windows XP, and as Windows 10 where
+# that may differ. Where Wine cannot be installed, says so and skips the rest.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# usage: wine.sh wine|wineserver [ARGUMENT]...: runs 32-bit Wine, which often cannot be installed
-# beside a 64-bit Debian. It lies in a root of its own, which the first call makes; of the machine it
-# sees the checkout and /tmp. Exit status 75: no such root can be made here.
+# usage: wine.sh wine|wineserver [ARGUMENT]...: runs 32-bit Wine, which often cannot be installed on
+# a 64-bit Debian. The first call makes a minimal system for it, which sees only the checkout and
+# /tmp of this machine. Exit status 75: that system cannot be made here.
 set -euo pipefail
 tree=$(realpath "$(dirname "$0")/../..")
 . "$tree/packages.sh"

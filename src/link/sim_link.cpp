@@ -291,7 +291,7 @@ bool SimProcess(std::int32_t& result) {
     if (SimLink.Next == SimLink.View) return Fail(result, SimNothingQueued);
     Put(EndOfRequests);
     bool processed = SendBatch(result);
-    EmptyQueue();  // spent, whatever came of it
+    EmptyQueue();  // spent, also after a failure
     return processed;
 }
 

@@ -1,4 +1,4 @@
-// The program's chance.
+// The program's random numbers.
 #pragma once
 
 #include <cstdint>

@@ -190,7 +190,7 @@ void frmMain::CreateControls() {
     cmdOptions = button("O&ptions", 5040, 1560, 1575);
 
     place = look::Twips(panel_, 120, 6600, 6495, 615);
-    // On Windows a frame shows what it lies on, between its line and what it holds.
+    // On Windows the background behind a static box shows between its line and its contents.
     auto* ground = new wxPanel(panel_, wxID_ANY, place.GetPosition(), place.GetSize());
     ground->SetBackgroundColour(look::DarkGreen);
     Frame1 = new wxStaticBox(ground, wxID_ANY, "Status");
@@ -199,16 +199,16 @@ void frmMain::CreateControls() {
     lblStatus = new wxStaticText(Frame1, wxID_ANY, "Status", wxDefaultPosition, wxDefaultSize,
                                  wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END);
     look::PaintGreen(lblStatus);
-    // Where the inside of a frame begins differs between systems; the sizer knows.
+    // The inside of a static box begins in a different place on each system; the sizer knows it.
     statusSizer_.reset(new wxStaticBoxSizer(Frame1, wxVERTICAL));
     statusSizer_->Add(lblStatus, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT, FromDIP(8)));
-    // A title that begins at the very edge would lose the edge of its first letter.
+    // At the very edge, the first letter of the title would be cut off.
     wxRect inside = wxRect(place.GetSize()).Deflate(FromDIP(2));
     statusSizer_->SetDimension(inside.GetPosition(), inside.GetSize());
 }
 
-// Where the system's list rows are taller than the layout allows for, the lists grow, so that all
-// seven systems show, and all sub-systems of the one that is selected.
+// Enlarges the lists where the system's rows are taller than the layout allows for, so that all
+// seven systems and all sub-systems of the selected one show.
 void frmMain::MakeRoomForSystems() {
     int extra = lstSystems->GetBestSize().GetHeight() - lstSystems->GetSize().GetHeight();
     if (extra <= 0) return;
@@ -224,7 +224,7 @@ void frmMain::MakeRoomForSubsystems() {
     Grow(lvwSubSystems, std::clamp(extra, 0, std::max(room, 0)));
 }
 
-// Moves down what lies below.
+// Moves the controls below the list down.
 void frmMain::Grow(wxWindow* list, int extra) {
     int bottom = list->GetRect().GetBottom();
     for (wxWindow* child : panel_->GetChildren())
@@ -498,7 +498,7 @@ void frmMain::OnOptions() {
     Raise();  // with two dialogs closed at once, openbox turns to another program's window
 }
 
-// --- What the rooms below ask for -------------------------------------------------------------
+// --- Called by the rooms below ----------------------------------------------------------------
 
 void frmMain::SetStatusCaption(const std::string& caption) {
     lblStatus->SetLabelText(look::Shown(caption));

@@ -31,7 +31,7 @@ class PickList final : public wxOwnerDrawnComboBox {
     wxString FindTyped() const;
 
     wxString name_;
-    int selected_ = wxNOT_FOUND;  // as it was when the last change was told
+    int selected_ = wxNOT_FOUND;  // as it was at the last change event
     wxString typed_;
     wxMilliClock_t lastTyped_ = 0;
 };

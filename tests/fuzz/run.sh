@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # usage: run.sh SECONDS: builds the targets for libFuzzer and runs each for its share of that time,
-# with the committed inputs and those found before. Fails at a find and says where it is.
+# from the committed inputs and those of earlier runs. Fails when it finds a fault, and prints the
+# file of the input.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . ./packages.sh
@@ -10,7 +11,7 @@ need "${build_packages[@]}" "${test_packages[@]}" "${fuzz_packages[@]}"
 configure build/fuzz -G Ninja -S tests/fuzz -DCMAKE_CXX_COMPILER=clang++-14
 cmake --build build/fuzz -- --quiet
 
-# Files of our own are kept in memory.
+# Keep the temporary files in RAM.
 TMPDIR=$(mktemp -d -p /dev/shm)
 export TMPDIR
 trap 'rm -r "$TMPDIR"' EXIT

@@ -1,4 +1,4 @@
-// The inputs that libFuzzer feeds to the program: a target for each kind of bytes that come from outside.
+// The targets of libFuzzer, one for each kind of input from outside.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "persist/profile.h"
@@ -24,7 +24,8 @@ void WriteFile(const std::string& path, Bytes bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-// The program before its start-up; the first byte tells the decimal separator.
+// Resets the program to the state before its start-up. The first byte chooses the decimal
+// separator.
 void Begin(Bytes& bytes) {
     static RecordingWindow window;
     window.Messages.clear();
@@ -39,8 +40,7 @@ void Begin(Bytes& bytes) {
     ScriptedDraw = [](std::int32_t, std::int32_t low) { return low; };
 }
 
-// Settings that were read are written and read again. They stay the same, except for a hotkey that is
-// not a valid one.
+// Settings stay the same when they are written and read again, except for an invalid hotkey.
 [[maybe_unused]] void SettingsFile(Bytes bytes) {
     Begin(bytes);
     Settings = {};
@@ -89,8 +89,8 @@ std::string CatalogueTexts() {
     Check(again && NumberText(static_cast<float>(*again)) == text);
 }
 
-// The module may answer anything: only the bytes that were asked for are written, and the next batch is
-// the usual one.
+// Whatever the module answers, only the requested bytes are written, and the next batch is a normal
+// one.
 [[maybe_unused]] void AnsweredBlock(Bytes bytes) {
     Begin(bytes);
     static TestSimulator simulator;
@@ -110,7 +110,7 @@ std::string CatalogueTexts() {
 
 [[maybe_unused]] void RequestBlock(Bytes bytes) {
     static practice::OffsetSpace space;
-    std::vector<char> block(bytes.begin(), bytes.end());  // nothing beyond may be touched
+    std::vector<char> block(bytes.begin(), bytes.end());  // nothing beyond these may change
     auto* data = reinterpret_cast<std::byte*>(block.data());
     practice::CarryOut(data, block.size(), space, [](const practice::AppliedWrite& write) {
         Check(write.Offset + write.Bytes.size() <= practice::OffsetSpace::Size);

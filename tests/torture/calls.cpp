@@ -1,5 +1,5 @@
-// Every call to the platform fails once, at each of its turns in a flight that uses every feature,
-// or at as many as there is time for.
+// Makes every call to the platform fail once, at each of its turns in a flight that uses every
+// feature, or at as many turns as the time allows.
 #include <chrono>
 #include <cstdio>
 #include <random>
@@ -13,7 +13,7 @@ namespace {
 struct Call {
     const char* Function;
     std::uint32_t LastError;
-    int Turns = 1;  // how often the flight calls it
+    int Turns = 1;  // the number of its calls in the flight
 };
 Call Calls[] = {{"FindWindowExA", 0},
                 {"FindWindowA", 0},
@@ -29,7 +29,7 @@ Call Calls[] = {{"FindWindowExA", 0},
                 {"FileExists", 0},
                 {"ReplaceFile", 0}};
 
-// The invariant that does not hold when the call fails at that turn.
+// Flies while the call fails at that turn. Returns the invariant that broke; empty when none did.
 std::string FlyWithout(Call& call, int turn, unsigned seed) {
     torture::Choose = [generator = std::mt19937(seed)](int n) mutable {
         return static_cast<int>(generator() % static_cast<unsigned>(n));

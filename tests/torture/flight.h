@@ -1,5 +1,5 @@
-// A long flight in which chance, the simulator and the user do as they like, held against
-// invariants: what is true of every flight, whatever happens in it.
+// A long flight in which chance, the simulator and the user act at random, checked against
+// invariants: rules that hold in every flight.
 #pragma once
 
 #include <unistd.h>
@@ -35,10 +35,10 @@ namespace quirkmeter::torture {
 namespace inprocess = platform::inprocess;
 namespace variable = practice::offset;
 
-/// Every random choice: a number below `n`, which is 1 or more.
+/// Makes every random choice: returns a number from 0 to `n` - 1; `n` is 1 or more.
 inline std::function<int(int n)> Choose;
 
-/// The behaviour of the simulator's end of the wire.
+/// The ways in which the simulator answers.
 enum Fault { Good, Gone, Silent, Refuses, RepliesWrongly, SpoilsAnswers };
 
 class Flight final : public MainWindow {
@@ -51,7 +51,7 @@ class Flight final : public MainWindow {
             std::ofstream(folder_ + "/sound_" + name + ".wav");
         TheMainWindow = this;
         ScriptedDraw = [](int high, int low) {
-            // The ends come often, since the rules turn there.
+            // Draw the ends often, because the rules change there.
             int values[] = {low, std::max(high, low), low + Choose(std::max(high - low + 1, 1))};
             return values[std::min(Choose(8), 2)];
         };
@@ -62,22 +62,22 @@ class Flight final : public MainWindow {
         std::filesystem::remove_all(folder_);
     }
 
-    /// A second: the world may change, the user may act, the tick.
+    /// One second: perhaps a change of the world, perhaps an action of the user, then the tick.
     void Step() {
         if (Choose(32) == 0) ChangeWorld();
         if (Choose(64) == 0) Act();
         Tick();
     }
 
-    /// Back to a simulator that is well.
+    /// Returns to a simulator without faults.
     void Recover() {
-        // Three ticks, for in the first a failing call may still end the program.
+        // Run three ticks, because the failing call may end the program in the first one.
         for (int tick = 0; tick < 3; ++tick) {
             SetFault(Good);
             SetCompanion(true);
             Tick();
         }
-        // Two windows; atom, mapping and view of the link.
+        // These are two windows, and the link's atom, mapping and view.
         Check("the link comes back", EngineState.Connected);
         Check("the objects held come back to their number", inprocess::HeldObjects() == 5);
         SimClose();
@@ -85,8 +85,7 @@ class Flight final : public MainWindow {
     }
 
     std::int64_t Ticks = 0, Actions = 0;
-    /// The first invariant that did not hold, the tick and the last five actions; empty while all
-    /// do.
+    /// The first invariant that broke, the tick and the last five actions; empty while all hold.
     std::string Broken;
 
     void RefreshSubsystems() override {}
@@ -302,7 +301,7 @@ class Flight final : public MainWindow {
         if (what == 7 && Choose(5) == 0) Start();
         if (what == 8) ConnectToSimulator(false);
     }
-    // Of one sub-system, of one system or of all: what is not meant is 0.
+    // Sets one sub-system, one system (`subsystem` 0) or all (both 0).
     void SetReliabilities(int system, int subsystem) {
         constexpr float Percent[] = {0, 12.5F, 50, 90, 99, 99.999F, 100, 100};
         constexpr float Hours[] = {0, 0.001F, 0.0125F, 0.1F, 0.5F, 1, 24, 999};
@@ -336,8 +335,8 @@ class Flight final : public MainWindow {
     std::map<int, std::int16_t> keys_;
     std::deque<std::string> lastActions_;
     bool unloaded_ = false;
-    std::int32_t gear_ = 0, flaps_ = 0;  // as the tick finds them
-    // The effects of the tick.
+    std::int32_t gear_ = 0, flaps_ = 0;  // at the beginning of the tick
+    // The effects of the last tick.
     int batches_ = 0;
     std::vector<std::int32_t> written_;
     std::string caption_;

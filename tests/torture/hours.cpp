@@ -1,5 +1,5 @@
-// A hundred thousand hours of flight, or the third argument, or as many as there is time for, held
-// against the invariants of a flight.
+// Flies 100,000 hours, or the number of the third argument, or as many as the time allows, and
+// checks the invariants of a flight.
 #include <unistd.h>
 
 #include <chrono>

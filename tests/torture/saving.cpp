@@ -1,5 +1,5 @@
-// Killed while saving: a profile is whole, old or new, whenever the process that saves it is killed,
-// as root also on a full disk.
+// Kills a process while it saves. The profile must be complete, either the old or the new one, as
+// root also on a full disk.
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -31,14 +31,14 @@ struct NoWindow final : MainWindow {
     void ShowMessage(const std::string&, MessageIcon) override {}
 };
 
-// A profile whose first and last line tell that time.
+// Saves a profile that has that time in its first and last line.
 void Save(int time) {
     Catalogue[1][1].Reliability = NumberText(static_cast<float>(time) / 100000);
     Catalogue[7][4].Reliability = Catalogue[1][1].Reliability.Text();
     WriteProfile();
 }
 
-// The time of the profile that is there; 0 for one that is not whole.
+// Returns the time in the saved profile; 0 for an incomplete one.
 int Saved() {
     Catalogue[1][1].Reliability = "";
     Catalogue[7][4].Reliability = "unread";
@@ -48,7 +48,7 @@ int Saved() {
     return whole ? time : 0;
 }
 
-// Kills a process that goes on saving; the time of what it leaves.
+// Kills a process that saves in a loop. Returns the time of the profile that it leaves.
 int SaveAndKill(int time, unsigned long microseconds) {
     Process saver([time]() mutable {
         while (geteuid() != 0 || setuid(65534) == 0) Save(++time);
@@ -56,16 +56,16 @@ int SaveAndKill(int time, unsigned long microseconds) {
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
     saver.Kill();
     for (const auto& file : fs::directory_iterator(Folder))
-        if (file.path().extension() == ".tmp") fs::remove(file);  // what it had not finished
+        if (file.path().extension() == ".tmp") fs::remove(file);  // the save under way
     return Saved();
 }
 
-// Kills a thousand times in a folder of that kind; how many profiles were lost.
+// Kills a thousand times in a folder of that kind. Returns the number of lost profiles.
 int SaveIn(const std::string& kind, const std::function<unsigned long(unsigned long)>& below,
            unsigned long seconds) {
     Settings.LastProfile = Folder + "/a.qmp";
     Save(1);
-    // Another user's file is written in place, which is not as safe.
+    // The owner must be the saver: another user's file is written in place, which can lose it.
     if (geteuid() == 0 && chown(Settings.LastProfile.c_str(), 65534, getegid()) != 0) return 1;
     int lost = 0, time = 1;
     for (int kill = 1; kill <= 1000; ++kill) {
@@ -90,7 +90,7 @@ int main(int, char** arguments) {
     BuildCatalogue();
     bool root = geteuid() == 0;
     if (!root) std::cerr << "saving: the full disk is left out, for it takes root\n";
-    // The disk is this process's own: nobody else sees it, and it goes with the process.
+    // The disk is visible only in this process's mount namespace and is removed with it.
     if (root && (unshare(CLONE_NEWNS) != 0 ||
                  mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0))
         return perror("saving"), 2;

@@ -28,7 +28,7 @@ std::uint32_t GlobalGetAtomNameA(std::uint16_t atom, char* buffer, int size) {
 MappingHandle CreateFileMappingA(MappingHandle file, void* security, std::uint32_t protection,
                                  std::uint32_t sizeHigh, std::uint32_t sizeLow, const char* name) {
     static_assert(InvalidFileHandle == static_cast<MappingHandle>(-1));  // INVALID_HANDLE_VALUE
-    ::SetLastError(ERROR_SUCCESS);  // an older error must not be taken for this call's
+    ::SetLastError(ERROR_SUCCESS);  // so that an older error does not count as this call's
     return reinterpret_cast<MappingHandle>(
         ::CreateFileMappingA(Native(file), static_cast<SECURITY_ATTRIBUTES*>(security), protection,
                              sizeHigh, sizeLow, name));

@@ -18,8 +18,8 @@ class OpenFile {
 
     explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
 
-    // Takes the room first: with none left, what the file held stands. True when all of the
-    // content is on the disk.
+    // Allocates the space first: on a full disk the old content stays. True when all of the content
+    // is on the disk.
     bool Write(std::string_view content) const {
         DWORD written = 0;
         auto size = static_cast<DWORD>(content.size());

@@ -1,4 +1,4 @@
-// The keyboard, sounds, and what the user's shell opens.
+// The keyboard, sounds, and opening documents and programs.
 #include <windows.h>
 
 #include "platform/platform.h"

@@ -23,7 +23,7 @@ HWND Native(WindowHandle window) {
 LRESULT CALLBACK OwnedWindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto found = Handlers.find(window);
     if (message >= 0xC000 && message <= 0xFFFF && found != Handlers.end()) {
-        auto handler = found->second;  // lives on should it drop its own window
+        auto handler = found->second;  // stays valid if it drops its own window
         return (*handler)(message, wParam, lParam);
     }
     if (message == WM_CLOSE) {
@@ -38,7 +38,7 @@ LRESULT CALLBACK OwnedWindowProcedure(HWND window, UINT message, WPARAM wParam, 
 WindowHandle FindWindowExA(WindowHandle parent, WindowHandle childAfter, const char* className,
                            const char* title) {
     HWND window = ::FindWindowExA(Native(parent), Native(childAfter), className, title);
-    if (!window) ::SetLastError(ERROR_SUCCESS);  // it never fails to look
+    if (!window) ::SetLastError(ERROR_SUCCESS);  // the search itself cannot fail
     return reinterpret_cast<WindowHandle>(window);
 }
 
@@ -54,13 +54,13 @@ std::intptr_t SendMessageTimeoutA(WindowHandle window, std::uint32_t message, st
                                   std::intptr_t lParam, std::uint32_t flags,
                                   std::uint32_t timeoutMilliseconds, std::uintptr_t* reply) {
     DWORD_PTR answer = 0;
-    ::SetLastError(ERROR_SUCCESS);  // an older error must not be taken for this call's
+    ::SetLastError(ERROR_SUCCESS);  // so that an older error does not count as this call's
     LRESULT sent = ::SendMessageTimeoutA(Native(window), message, wParam, lParam, flags,
                                          timeoutMilliseconds, &answer);
     if (sent != 0) {
         if (reply) *reply = answer;
     } else if (::GetLastError() == ERROR_TIMEOUT) {
-        ::SetLastError(ERROR_SUCCESS);  // as older systems report it
+        ::SetLastError(ERROR_SUCCESS);  // as on older systems
     }
     return sent;
 }
@@ -72,7 +72,7 @@ WindowHandle OwnWindow(const char* className, const char* title, MessageHandler 
     windowClass.hInstance = ::GetModuleHandleA(nullptr);
     windowClass.hIcon = ::LoadIconA(windowClass.hInstance, MAKEINTRESOURCEA(ProgramIcon));
     windowClass.lpszClassName = className;
-    ::RegisterClassExA(&windowClass);  // fails, to no harm, where it is registered already
+    ::RegisterClassExA(&windowClass);  // fails without harm if it is registered already
     HWND window = ::CreateWindowExA(0, className, title, WS_OVERLAPPEDWINDOW, 0, 0, 0, 0, nullptr,
                                     nullptr, windowClass.hInstance, nullptr);
     if (window) Handlers[window] = std::make_shared<MessageHandler>(std::move(handler));

@@ -13,7 +13,7 @@ namespace quirkmeter {
 
 namespace {
 
-TEST(Chance, EveryRunBeginsAtItsOwnClockReading) {
+TEST(Chance, EveryRunIsSeededFromTheClock) {
     std::set<std::int32_t> draws;
     for (int i = 0; i < 20; ++i) {
         platform::inprocess::AdvanceClock(10);
@@ -39,7 +39,7 @@ TEST(Chance, IsUniformAndIndependentOfEarlierDraws) {
     EXPECT_NEAR(chiSquare, freedom, 4 * std::sqrt(2 * freedom));
 }
 
-TEST(Chance, BothBoundsAreDrawnAndAnEmptyRangeGivesItsLow) {
+TEST(Chance, BothBoundsAreDrawnAndAnEmptyRangeGivesItsLowBound) {
     std::set<std::int32_t> draws;
     for (int i = 0; i < 1000; ++i) draws.insert(RandomInRange(3, 1));
     EXPECT_EQ(draws, (std::set<std::int32_t>{1, 2, 3}));

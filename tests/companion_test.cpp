@@ -28,7 +28,7 @@ class CompanionTest : public testing::Test {
     Companion companion_{"\\Quirkmeter"};
 };
 
-TEST_F(CompanionTest, StaysAndStartsTheProgramAgainAsItComesAndGoes) {
+TEST_F(CompanionTest, RestartsTheProgramOnceAndStaysWhileItRuns) {
     struct Life {
         const char* Story;
         std::vector<std::pair<std::uint32_t, int>> Stages;  // the process; its ticks at most
@@ -93,7 +93,7 @@ TEST_F(CompanionTest, StaysWhileItCannotLookForTheProgram) {
     EXPECT_FALSE(companion_.Tick());
 }
 
-TEST_F(CompanionTest, HasASingleInstanceAndEndsWithoutItsWindow) {
+TEST_F(CompanionTest, AFailedStartLeavesNoWindow) {
     for (const char* call : {"ClaimSingleInstance", "OwnWindow", "InstanceProcess"}) {
         inprocess::FailCalls(call, 1, 1, platform::ErrorNotEnoughMemory);
         EXPECT_EQ(Companion("\\Quirkmeter").Start(), Failed) << call;

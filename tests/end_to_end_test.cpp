@@ -288,7 +288,7 @@ TEST(Keyboard, EverySignalEndsTheProgramWhateverIsOpen) {
     }
 }
 
-TEST(Keyboard, ASignalEndsTheProgramAlsoBeforeItIsShownAndBesideASilentSimulator) {
+TEST(Keyboard, ASignalEndsTheProgramDuringStartUpAndBesideAStoppedSimulator) {
     Cockpit cockpit;
     Write(cockpit.Settings(), "LASTPROFILE=missing.qmp\r\nSTATUS_HK=83\r\n");
     Process& unshown = cockpit.Start(Program);
@@ -322,7 +322,7 @@ TEST(Keyboard, AProgramThatCannotStartSaysWhy) {
     EXPECT_EQ(second.ExitCode(), 1) << "a second simulator";
 }
 
-TEST(Keyboard, TheMainWindowHasTheKeyboardAfterSettingsNotAnotherProgram) {
+TEST(Keyboard, TheMainWindowGetsTheFocusBackAfterSettings) {
     Cockpit cockpit;
     auto awaitActive = [](const std::string& title) {
         auto isActive = [&title] {

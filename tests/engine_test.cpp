@@ -121,7 +121,7 @@ TEST_F(EngineTest, TheStatusLineCountsTheFailures) {
     EXPECT_EQ(Caption(), "Operational.");
 }
 
-TEST_F(EngineTest, ARiseOfTheFailureCountSoundsAndEveryChangeRefreshes) {
+TEST_F(EngineTest, ANewFailureSoundsAndEveryChangeRefreshesTheList) {
     auto fail = [](const char* label) { return [label] { Fail(label); }; };
     auto clear = [](int s, int n) { return [s, n] { ClearFailure(s, n); }; };
     std::tuple<const char*, std::vector<std::function<void()>>, bool, int, std::vector<std::string>>
@@ -147,7 +147,7 @@ TEST_F(EngineTest, ARiseOfTheFailureCountSoundsAndEveryChangeRefreshes) {
 
 // --- Connection --------------------------------------------------------------------------------
 
-TEST_F(EngineTest, ConnectingSoundsUnlessItFailsQuietly) {
+TEST_F(EngineTest, ConnectingPlaysASoundUnlessItFailsQuietly) {
     ConnectToSimulator(false);
     EXPECT_EQ(simulator_.Batches, 0) << "it is connected already";
     EXPECT_THAT(Sounds(), IsEmpty()) << "it is connected already";
@@ -344,7 +344,7 @@ TEST_F(HotkeyTest, AHeldKeyActsInEveryTickBeforeTheTickItself) {
     }
 }
 
-TEST_F(HotkeyTest, TwoOfOneKeyBothActTheStatusFirst) {
+TEST_F(HotkeyTest, TwoHotkeysOnOneKeyBothActStatusFirst) {
     Settings.StatusHotkey.Key = Settings.ClearHotkey.Key = 'S';
     Settings.DisplayFailures = true;
     Fail("Inst(Vacuum)");

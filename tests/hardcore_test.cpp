@@ -29,7 +29,7 @@ class HardcoreTest : public LinkedTest {
     platform::WindowHandle companion_ = 0;
 };
 
-TEST_F(HardcoreTest, ItsLineEndsTheSettingsAndNeedsTheCompanion) {
+TEST_F(HardcoreTest, ItsSettingIsTheLastLineAndNeedsTheCompanion) {
     platform::DropWindow(companion_);
     Settings = {.LastProfile = "", .DisplayUpdate = true, .HardcoreMode = true};
     WriteSettings();
@@ -60,7 +60,7 @@ TEST_F(HardcoreTest, OnlyAWindowOfItsClassAndTitleIsTheCompanion) {
     EXPECT_FALSE(CheckHardcoreCompanion());
 }
 
-TEST_F(HardcoreTest, ACompanionThatCannotBeStartedIsTold) {
+TEST_F(HardcoreTest, ACompanionThatCannotBeStartedIsReported) {
     platform::DropWindow(companion_);
     for (auto [code, told] : {std::pair{0u, 1u}, {2u, 1u}, {31u, 1u}, {32u, 1u}, {33u, 0u}}) {
         window_.Messages.clear();
@@ -82,7 +82,7 @@ TEST_F(HardcoreTest, TheListIsHiddenInFlightOnly) {
     }
 }
 
-TEST_F(HardcoreTest, AFailedSearchForTheCompanionIsNoMissingCompanion) {
+TEST_F(HardcoreTest, AFailedSearchDoesNotCountAsAMissingCompanion) {
     platform::DropWindow(companion_);
     inprocess::FailCalls("FindWindowA", 1, 1, platform::ErrorNotEnoughMemory);
     EXPECT_TRUE(CheckHardcoreCompanion());

@@ -164,7 +164,7 @@ std::function<void()> Locker(const fs::path& folder) {
     return [=] { Print(flock(open(folder.c_str(), O_RDONLY), LOCK_EX)); };
 }
 
-TEST_F(LinuxLayer, ALockedFolderHidesNoInstance) {
+TEST_F(LinuxLayer, AnInstanceIsFoundWhileTheFolderIsLocked) {
     Process owner(Owner("ThunderRT6FormDC", "FSQMHC"));
     WindowHandle window = static_cast<WindowHandle>(owner.Number());
     Process first([] { Print(ClaimSingleInstance("Quirkmeter") == Claimed); });
@@ -264,7 +264,7 @@ TEST_F(LinuxLayer, AMappingIsSharedUntilItsLastHolderHasGone) {
     EXPECT_EQ(OpenDescriptors(), before);
 }
 
-TEST_F(LinuxLayer, OnlyAFolderOfThisUserAloneIsUsed) {
+TEST_F(LinuxLayer, OnlyAFolderPrivateToTheUserIsUsed) {
     fs::path elsewhere = root_ / "elsewhere";
     fs::create_directory(elsewhere);
     fs::permissions(elsewhere, fs::perms::owner_all);
@@ -304,7 +304,7 @@ constexpr std::int16_t Down = std::int16_t(0x8000);
 constexpr std::int16_t DownAndPressed = std::int16_t(0x8001);
 
 // All in one test, because a process can open its display only once.
-TEST_F(LinuxLayer, KeysAreSeenWithAnyFocusUntilTheDisplayIsLost) {
+TEST_F(LinuxLayer, KeysAreReadWithAnyFocusUntilTheDisplayIsLost) {
     unsetenv("DISPLAY");
     EXPECT_EQ(Elsewhere([] { return GetAsyncKeyState('S'); }), 0);
     Process server({"Xvfb", "-displayfd", "1", "-screen", "0", "64x64x8", "-nolisten", "tcp"});
@@ -431,7 +431,7 @@ TEST_F(LinuxLayer, OnlyARegularFileIsRead) {
     EXPECT_TRUE(FileExists(root_ / "pipe")) << "so it is no missing file";
 }
 
-TEST_F(LinuxLayer, APathWithControlCharactersFitsNoLine) {
+TEST_F(LinuxLayer, APathWithControlCharactersIsRefused) {
     EXPECT_TRUE(HoldsPath(L"/home/Übung ☂/a=b, 100 %.qmp"));
     for (std::wstring path : {L"x\r\nHARDCOREMODE=YES.qmp", L"\n", L"\t.qmp", L"a\x7F"})
         EXPECT_FALSE(HoldsPath(path)) << testing::PrintToString(path);
@@ -457,7 +457,7 @@ std::pair<uid_t, gid_t> OwnerOf(const fs::path& path) {
     return {status.st_uid, status.st_gid};
 }
 
-TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrKept) {
+TEST_F(LinuxLayer, AFileIsReplacedCompletelyOrNotAtAll) {
     fs::path file = root_ / "file";
     mode_t mask = umask(027);
     fs::create_symlink("file", root_ / "link");
@@ -497,7 +497,7 @@ TEST_F(LinuxLayer, AFileIsReplacedAsAWholeOrKept) {
         << "of the temporary files that of the running process stays";
 }
 
-TEST_F(LinuxLayer, AFileIsWrittenInPlaceIfItsFolderTakesNoOther) {
+TEST_F(LinuxLayer, AFileIsWrittenInPlaceIfItsFolderTakesNoNewFile) {
     // A folder that takes no new file, one with the sticky bit, and an ordinary one.
     for (auto permissions : {fs::perms(0555), fs::perms(01777), fs::perms(0777)}) {
         fs::path folder = root_ / std::to_string(static_cast<int>(permissions));

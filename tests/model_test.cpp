@@ -61,7 +61,7 @@ TEST_F(ModelTest, RowsOfTheFailureListKeepTheirOrder) {
     EXPECT_EQ(FailureCount, 100) << "the list is full at a hundred";
 }
 
-TEST_F(ModelTest, AFailureRangeIsAsWideAsTheReliabilitySaysWhereverItLies) {
+TEST_F(ModelTest, TheWidthOfAFailureRangeFollowsTheReliability) {
     std::tuple<const char*, int, int> rows[] = {
         {"100", 50000, 50000}, {"99.999", 50000, 50001}, {"99", 49500, 50500},
         {"90", 45000, 55000},  {"0.053", 27, 99974},  // as single precision rounds it
@@ -88,7 +88,7 @@ TEST_F(ModelTest, AFailureRangeIsAsWideAsTheReliabilitySaysWhereverItLies) {
     }
 }
 
-TEST_F(ModelTest, APeriodsDrawStepIsAnyOfItsRoundedLength) {
+TEST_F(ModelTest, TheDrawStepIsAnyStepOfTheRoundedPeriod) {
     std::pair<const char*, int> rows[] = {{"1", 360},    {"999", 359640}, {"0.5", 180},
                                           {"0.0125", 4}, {"0.0375", 14},  {"0", 0},
                                           {"0.001", 0},  {"x", 360}};

@@ -115,7 +115,7 @@ TEST_F(PersistTest, ReadyMadeProfilesAreAsTheProgramWritesThemInEveryCountry) {
     EXPECT_EQ(count, 7);
 }
 
-TEST_F(PersistTest, AProfileIsReadTolerantlyWhereItMayBe) {
+TEST_F(PersistTest, InvalidValuesOfAProfileAreIgnoredAndNumbersReadTolerantly) {
     EXPECT_TRUE(ReadProfileFrom(
         "1#1#150#2\r\n1#1#-0#1000\r\n1#1#-1#-1\r\n 2 # 3 # 099.50 # 1.0 \r7#4#0#0\r\n"
         "9#1#500#5000\r\n8#15#50#1\r\n3#1.5#40#3\r\n1#2#50#5\n1#2#100#999\r\n1#3#" +

@@ -164,7 +164,7 @@ class ReportTest : public RehearsalTest {
     Report report_ = ReportByHand();
 };
 
-TEST_F(ReportTest, IsText) {
+TEST_F(ReportTest, IsWrittenAsText) {
     EXPECT_EQ(
         TextOf(report_),
         R"(<a> & b.qmp: 1,000 flights of 1.5 hours with 1 engine, stopped before all of 2,000 were flown (seed 7)
@@ -204,7 +204,7 @@ FS2002 Quirkmeter 1.0, 2026-12-31
 )");
 }
 
-TEST_F(ReportTest, IsAPage) {
+TEST_F(ReportTest, IsWrittenAsAPage) {
     std::string page = PageOf(report_);
     EXPECT_TRUE(IsPage(page.substr(0, 1024)));
     EXPECT_FALSE(IsPage("<html><title>Rehearsal of a.qmp</title>"));
@@ -253,7 +253,7 @@ TEST_F(ReportTest, IsAPage) {
 )");
 }
 
-TEST_F(ReportTest, IsCountsForASpreadsheet) {
+TEST_F(ReportTest, IsWrittenAsCounts) {
     std::string csv = CsvOf(report_);
     EXPECT_EQ(std::ranges::count(csv, '\n'), 1 + 1 + 4 + 100 + 7 + 62);
     EXPECT_EQ(std::regex_replace(csv, std::regex("[^\n]*,0\n"), ""), R"(what,number,name,flights

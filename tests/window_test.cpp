@@ -42,7 +42,7 @@ int RangeWidth(int system, int subsystem) {
 }
 
 // The texts come from the native controls and are the same on every system.
-TEST_F(WindowTest, EveryTextIsShownAsItStands) {
+TEST_F(WindowTest, EveryControlShowsItsText) {
     EXPECT_EQ(Texts(main_),
               "FS2002 Quirkmeter|Systems| Autopilot| Control| Electrical| Engine| Fuel| Instrument|"
               " Radio|Sub-systems|Component|Reliability|Based on|Failed|Set &All Reliabilities|"
@@ -129,7 +129,7 @@ TEST_F(WindowTest, RowsShowWhichSubsystemsCanFailAndWhichHaveFailed) {
         })) << row;
 }
 
-TEST_F(WindowTest, AnEntryPickedAgainIsNoChange) {
+TEST_F(WindowTest, PickingTheSameEntryAgainChangesNothing) {
     Catalogue[1][1].Reliability = "50.25";
     ClickRow(1, [this](frmReliability* dialog) {
         Open(dialog->cboRelLeft);
@@ -369,7 +369,7 @@ TEST_F(HardcoreWindowTest, LockRefusesTheLockedActionsOnly) {
     EXPECT_EQ(ReadFile("Quirkmeter.ini"), "LASTPROFILE=\r\n");
 }
 
-TEST_F(HardcoreWindowTest, TheKeyboardWorksAfterTakeOffHidTheListUnderADialog) {
+TEST_F(HardcoreWindowTest, TheFocusMovesWhenTakeOffHidesTheListUnderADialog) {
     ClickRow(1, [this](frmReliability* dialog) {
         TakeOff();
         EXPECT_FALSE(main_->lvwSubSystems->IsShown());

@@ -60,7 +60,7 @@ int Batch() {
 }
 
 // This takes a minute and a half: 41 attempts of two seconds each.
-TEST(WindowsLayer, AModuleThatNeverAnswersIsATimeOut) {
+TEST(WindowsLayer, AModuleThatNeverAnswersTimesOut) {
     SimInit();
     Simulating simulator("UIPCMAIN", Misbehaviour::Silent);
     EXPECT_EQ(Open(), 11);

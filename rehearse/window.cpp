@@ -340,9 +340,14 @@ void RehearsalFrame::OnSave() {
     wxFileDialog dialog(this, "Save as", old.GetPath(), old.GetName() + " 2.qmp", ProfileFiles,
                         wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
     if (dialog.ShowModal() != wxID_OK) return;
-    std::string path = look::Stored(dialog.GetPath());
+    wxString chosen = dialog.GetPath();
+    if (!chosen.Lower().EndsWith(".qmp")) chosen += ".qmp";
+    std::string path = look::Stored(chosen);
+    if (chosen != dialog.GetPath() && platform::FileExists(path))
+        return Warn(path + " exists. To replace it, choose it in the list.");
     if (!SaveProfile(path)) return Warn("Could not write " + path);
     Open(path);
+    note_->SetLabelText("Saved as " + chosen);
 }
 
 class RehearsalApp final : public wxApp {

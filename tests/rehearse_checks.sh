@@ -178,13 +178,24 @@ xdotool key Tab
 report "Übung rehearsal 2.htm"
 grep -q "<h1>Rehearsal of Übung.qmp, changed</h1>" "$folder/Übung rehearsal 2.htm" &&
     grep -q "(calculated: 90.00 %)" "$folder/Übung rehearsal 2.htm" || fail "the wish was not met"
-keys "Quirkmeter - Rehearsal" key alt+s
-keys "Save as" key ctrl+a type "$top/saved.qmp"
-xdotool key Return
-await test -s "$top/saved.qmp"
+# save NAME: saves the profile under that name, in its folder.
+save() {
+    keys "Quirkmeter - Rehearsal" key alt+s
+    keys "Save as" key ctrl+a type "$1"
+    xdotool key Return
+}
+closed() { ! xdotool search --onlyvisible --name "$1"; }
+# Two names with the same beginning keep the file dialog from completing one.
+echo "my notes" | tee "$folder/mine.qmp" >"$folder/mines.qmp"
+save mine
+keys "^FS2002 Quirkmeter$" key Return
+await closed "^FS2002 Quirkmeter$"
+[[ $(cat "$folder/mine.qmp") == "my notes" ]] || fail "a file was replaced without a question"
+save saved
+await test -s "$folder/saved.qmp"
 end
 expect 0 "90.00 %" "$folder/Übung.qmp" --nothing-fails 90 --save "$top/wanted.qmp" --flights 1
-cmp "$top/saved.qmp" "$top/wanted.qmp" || fail "the window saved another profile"
+cmp "$folder/saved.qmp" "$top/wanted.qmp" || fail "the window saved another profile"
 status=0
 DISPLAY=:none setsid -w "$rehearse" "$folder/Übung.qmp" </dev/null 2>"$folder/printed" >/dev/null ||
     status=$?

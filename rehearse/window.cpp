@@ -273,7 +273,7 @@ void RehearsalFrame::ApplyWish() {
         kept.set(box + 1, systems_[box]->GetValue());
     KeepOnly(kept);
     bool met = !wish_ || MeetWish(*wish_, plan_).empty();
-    note_->SetLabelText(met ? "" : "This cannot be had; the profile above is the nearest to it.");
+    note_->SetLabelText(met ? "" : "This wish cannot be met. The figures above are the nearest.");
     ShowForecast();
 }
 

@@ -204,7 +204,7 @@ wxSizer* PracticeFrame::MakeEffects(const FlightView& view) {
     wxWindow* parent = effects->GetStaticBox();
     auto heading = [&](const char* text) {
         effects->Add(new wxStaticText(parent, wxID_ANY, text),
-                     wxSizerFlags().Border(wxLEFT | wxTOP));
+                     wxSizerFlags().Expand().Border(wxLEFT | wxTOP));
     };
     heading("Text on the simulator's screen");
     screen_ = new ScreenPanel(parent);

@@ -193,17 +193,16 @@ wxSizer* RehearsalFrame::MakeWish() {
                            wxSize(FromDIP(160), wxDefaultCoord));
     look::Describe(slider_, platform::ControlKind::Native, "Nothing fails in, percent of flights");
     wish->Add(slider_, wxSizerFlags(1).CentreVertical().Border(wxRIGHT));
+    // Screen readers take a label for the name of the control created after it.
+    auto* percent = new wxStaticText(parent, wxID_ANY, "&percent of flights");
     percent_ = new wxSpinCtrlDouble(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
                                     wxSP_ARROW_KEYS, 0, 100, 0, 0.5);
     percent_->SetDigits(1);
     look::Describe(percent_, platform::ControlKind::Native, "Nothing fails in, percent of flights");
     wish->Add(percent_, wxSizerFlags().CentreVertical().Border(wxRIGHT));
-    wish->Add(new wxStaticText(parent, wxID_ANY, "&percent of flights"),
-              wxSizerFlags().CentreVertical());
+    wish->Add(percent, wxSizerFlags().CentreVertical());
     box->Add(wish, wxSizerFlags().Expand().Border());
 
-    box->Add(new wxStaticText(parent, wxID_ANY, "Systems that may fail:"),
-             wxSizerFlags().Border(wxLEFT | wxRIGHT));
     auto* systems = new wxFlexGridSizer(4, FromDIP(wxSize(12, 2)));
     for (const char* label : SystemLabels) {
         systems_.push_back(new wxCheckBox(parent, wxID_ANY, label));
@@ -211,6 +210,8 @@ wxSizer* RehearsalFrame::MakeWish() {
         systems_.back()->Disable();
         systems->Add(systems_.back());
     }
+    box->Add(new wxStaticText(parent, wxID_ANY, "Systems that may fail:"),
+             wxSizerFlags().Border(wxLEFT | wxRIGHT));
     box->Add(systems, wxSizerFlags().Border());
 
     slider_->Bind(wxEVT_SLIDER, [this](wxCommandEvent&) { OnWish(slider_->GetValue()); });
@@ -221,8 +222,8 @@ wxSizer* RehearsalFrame::MakeWish() {
 
 wxSizer* RehearsalFrame::MakeButtons() {
     auto* row = new wxBoxSizer(wxHORIZONTAL);
-    auto* rehearse = new wxButton(panel_, wxID_ANY, "&Rehearse");
     auto* save = new wxButton(panel_, wxID_SAVEAS, "&Save as...");
+    auto* rehearse = new wxButton(panel_, wxID_ANY, "&Rehearse");
     rehearse->SetDefault();
     row->AddStretchSpacer();
     row->Add(save, wxSizerFlags().Border(wxRIGHT));

@@ -128,7 +128,7 @@ timeout --preserve-status -s INT 2 "$rehearse" assets/practice.qmp --flights 100
 echo "its window"
 printf '#!/bin/sh\nbasename "$1" >"%s"\n' "$top/opened" >"$bin/xdg-open"
 chmod +x "$bin/xdg-open"
-printf '6#9#50#1\r\n' >"$folder/Übung.qmp"
+printf '6#9#50#1\r\n7#1#50#1\r\n' >"$folder/Übung.qmp"
 # await COMMAND...: waits until the command succeeds, for half a minute at most.
 await() {
     for ((i = 0; i < 300; ++i)); do
@@ -173,11 +173,15 @@ echo "my notes" >"$folder/Übung rehearsal.htm"
 drop "Übung rehearsal 2.htm" C.UTF-8
 [[ $(cat "$folder/Übung rehearsal.htm") == "my notes" ]] || fail "a file that is no report was replaced"
 start C.UTF-8
-keys "Quirkmeter - Rehearsal" key alt+p type 90
+keys "Quirkmeter - Rehearsal" key alt+h type 4
+keys "Quirkmeter - Rehearsal" key alt+g type 1
+keys "Quirkmeter - Rehearsal" key alt+d alt+p type 90
 xdotool key Tab
 report "Übung rehearsal 2.htm"
-grep -q "<h1>Rehearsal of Übung.qmp, changed</h1>" "$folder/Übung rehearsal 2.htm" &&
-    grep -q "(calculated: 90.00 %)" "$folder/Übung rehearsal 2.htm" || fail "the wish was not met"
+for text in "<h1>Rehearsal of Übung.qmp, changed</h1>" "10,000 flights of 4 hours with 1 engine" \
+    "(calculated: 90.00 %)"; do
+    grep -qF "$text" "$folder/Übung rehearsal 2.htm" || fail "not in the report: $text"
+done
 # save NAME: saves the profile under that name, in its folder.
 save() {
     keys "Quirkmeter - Rehearsal" key alt+s
@@ -194,7 +198,8 @@ await closed "^FS2002 Quirkmeter$"
 save saved
 await test -s "$folder/saved.qmp"
 end
-expect 0 "90.00 %" "$folder/Übung.qmp" --nothing-fails 90 --save "$top/wanted.qmp" --flights 1
+expect 0 "90.00 %" "$folder/Übung.qmp" --hours 4 --engines 1 --only instrument --nothing-fails 90 \
+    --save "$top/wanted.qmp" --flights 1
 cmp "$folder/saved.qmp" "$top/wanted.qmp" || fail "the window saved another profile"
 status=0
 DISPLAY=:none setsid -w "$rehearse" "$folder/Übung.qmp" </dev/null 2>"$folder/printed" >/dev/null ||

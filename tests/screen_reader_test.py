@@ -9,8 +9,10 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib
 
 PATIENCE = 60  # seconds
+PROFILE = pathlib.Path(__file__).parents[1] / "assets/practice.qmp"
 COMBO_BOX = None  # wxWidgets does not report the focus of its own combo box.
 MAIN = "FS2002 Quirkmeter"
+REHEARSAL = "FS2002 Quirkmeter - Rehearsal"
 
 
 def children(control):
@@ -107,6 +109,9 @@ def work_all_windows():
                                 COMBO_BOX, "Center", "Left", "Left Aux", "Left Tip", "Right",
                                 "Right Aux", "Right Tip", "Center 2", "Center 3", "External 1",
                                 "External 2"], "alt+F4")
+    walk(REHEARSAL, ["Choose...", "Hours of flight", "Engines", "Nothing fails in",
+                     "percent of flights", "Autopilot", "Control", "Electrical", "Engine", "Fuel",
+                     "Instrument", "Radio", "Save as...", "Rehearse"], "alt+F4")
 
 
 with tempfile.TemporaryDirectory() as folder:
@@ -115,9 +120,10 @@ with tempfile.TemporaryDirectory() as folder:
     try:
         for title, program, *options in [
                 ["Practice Simulator", "practice-simulator", "--takeoff-after", "9999"],
-                [MAIN, "Quirkmeter"]]:
+                [REHEARSAL, "rehearse", PROFILE], [MAIN, "Quirkmeter"]]:
             shutil.copy(pathlib.Path(sys.argv[1]) / program, folder)
-            programs.append(subprocess.Popen([pathlib.Path(folder) / program, *options]))
+            programs.append(subprocess.Popen([pathlib.Path(folder) / program, *options],
+                                             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL))
             to_front(title)  # otherwise it would take the focus from the next one
         work_all_windows()
     finally:

@@ -118,7 +118,7 @@ int main(int argc, char** argv) {
         std::cout << (options.Help ? Usage : "rehearse " QUIRKMETER_VERSION "\n");
         return EXIT_SUCCESS;
     }
-    if (options.NothingElse && IsByMouse()) return RunWindow(options);
+    if (options.NothingElse && IsByMouse()) return RunWindow(options.Profile);
     if (options.Profile.empty())
         return Fail("no profile was given; rehearse --help tells more", WrongUse);
     return RunOnTerminal(options);

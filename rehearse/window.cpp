@@ -14,6 +14,7 @@
 #include <iostream>
 #include <iterator>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "persist/profile.h"
@@ -353,30 +354,34 @@ void RehearsalFrame::OnSave() {
 
 class RehearsalApp final : public wxApp {
    public:
-    explicit RehearsalApp(const Options& options) : options_(options) {}
+    explicit RehearsalApp(std::string profile) : profile_(std::move(profile)) {}
 
     bool OnInit() override {
         platform::ShowWarningIcons();
         auto* frame = new RehearsalFrame;
         frame->Show();
-        if (!options_.Profile.empty()) frame->Open(options_.Profile);
+        if (!profile_.empty()) frame->Open(profile_);
         return true;
     }
 
    private:
-    Options options_;
+    std::string profile_;
 };
 
 }  // namespace
 
-int RunWindow(const Options& options) {
+wxFrame* MakeFrame() {
+    return new RehearsalFrame;
+}
+
+int RunWindow(const std::string& profile) {
     char name[] = "rehearse";
     char* arguments[] = {name, nullptr};
     int count = 1;
     platform::CloseOwnConsole();
     platform::PreferX11();
     wxLogNull noMessagesOfItsOwn;
-    wxApp::SetInstance(new RehearsalApp(options));
+    wxApp::SetInstance(new RehearsalApp(profile));
     int code = wxEntry(count, arguments);
     if (code != -1) return code;
     std::cerr << "rehearse: there is no display for its window\n";

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <wx/display.h>
-#include <wx/evtloop.h>
 #include <wx/spinctrl.h>
 #include <wx/stopwatch.h>
 #include <wx/wx.h>
@@ -134,12 +133,3 @@ TEST_F(PracticeWindowTest, ShowsWhatAClientDoes) {
 }  // namespace
 
 }  // namespace quirkmeter::practice
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    wxApp::SetInstance(new wxApp);
-    wxInitializer initializer(argc, argv);
-    wxGUIEventLoop loop;
-    wxEventLoopActivator active(&loop);
-    return RUN_ALL_TESTS();
-}

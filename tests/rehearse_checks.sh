@@ -144,8 +144,8 @@ keys() {
     xdotool "$@"
 }
 start() {
-    LC_ALL=$1 PATH=$bin:$PATH timeout 120 setsid -w "$rehearse" "$folder/Übung.qmp" \
-        </dev/null >/dev/null 2>&1 &
+    LC_ALL=$1 PATH=$bin:$PATH TMPDIR=$top timeout 120 setsid -w "$rehearse" \
+        "${2-$folder/Übung.qmp}" </dev/null >/dev/null 2>&1 &
     pid=$!
 }
 # report NAME: starts the flights and waits until the page of that name is opened.
@@ -197,6 +197,21 @@ await closed "^FS2002 Quirkmeter$"
 [[ $(cat "$folder/mine.qmp") == "my notes" ]] || fail "a file was replaced without a question"
 save saved
 await test -s "$folder/saved.qmp"
+end
+windows() { [[ $(xdotool search --onlyvisible --name "Quirkmeter - Rehearsal" | wc -l) == "$1" ]]; }
+cp assets/practice.qmp "$folder"
+start C.UTF-8 "$folder/practice.qmp"
+keys "Quirkmeter - Rehearsal" key alt+r
+await windows 2
+# The progress dialog may not have the focus yet.
+cancelled() { xdotool key Escape && windows 1; }
+await cancelled
+end
+[[ ! -e "$folder/practice rehearsal.htm" ]] || fail "a cancelled rehearsal made a report"
+for n in {2..99}; do echo "my notes" >"$folder/Übung rehearsal $n.htm"; done
+start C.UTF-8
+report "Übung rehearsal.htm"
+[[ -s "$top/Übung rehearsal.htm" ]] || fail "no report in the folder for temporary files"
 end
 expect 0 "90.00 %" "$folder/Übung.qmp" --hours 4 --engines 1 --only instrument --nothing-fails 90 \
     --save "$top/wanted.qmp" --flights 1

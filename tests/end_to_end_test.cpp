@@ -25,6 +25,7 @@ using testing::Lt;
 constexpr char Program[] = "Quirkmeter";
 constexpr char Companion[] = "fsqmhc.exe";
 constexpr char Simulator[] = "practice-simulator";
+constexpr char TryIt[] = "try-it";
 const std::string ProgramTitle = "FS2002 Quirkmeter";
 
 // The environment of one test: a program folder, a runtime folder and a simulator. Ends every
@@ -34,7 +35,8 @@ class Cockpit {
     Cockpit() {
         // Copy in another process: a thread that forks here would inherit the copy's open
         // descriptor, and a file that is open for writing cannot be executed.
-        Process copy({"cp", Built(Program), Built(Companion), Built(Simulator), folder_});
+        Process copy(
+            {"cp", Built(Program), Built(Companion), Built(Simulator), Built(TryIt), folder_});
         EXPECT_EQ(copy.ExitCode(), 0);
     }
     ~Cockpit() {
@@ -345,6 +347,26 @@ TEST(Keyboard, TheMainWindowGetsTheFocusBackAfterSettings) {
         press("alt+o");
         awaitActive(ProgramTitle);
     }
+}
+
+TEST(Keyboard, TryItSwitchesEverythingOnUnlessThereAreSettings) {
+    Cockpit cockpit;
+    std::string profile = cockpit.File("practice.qmp").string();
+    Write(profile, "1#1#90#1\r\n");
+    std::string everythingOn =
+        "LASTPROFILE=" + profile +
+        "\r\nSTATUS_HK=83\r\nSTATUS_HKCS=3\r\nCLEAR_HK=67\r\nCLEAR_HKCS=3\r\n"
+        "ACTIVE_HK=68\r\nACTIVE_HKCS=3\r\nDISPLAYUPDATE=YES\r\n"
+        "DISPLAYFAILURES=YES\r\nPLAYFAILURESOUND=YES\r\n";
+    EXPECT_EQ(cockpit.Start(TryIt).ExitCode(), 0);
+    EXPECT_EQ(Content(cockpit.Settings()), everythingOn);
+    Windows(cockpit.TheOne(Simulator), "Practice Simulator", 1);
+    Windows(cockpit.TheOne(Program), ProgramTitle, 1);
+
+    Cockpit pilots;
+    Write(pilots.Settings(), "DISPLAYUPDATE=YES\r\n");
+    EXPECT_EQ(pilots.Start(TryIt).ExitCode(), 0);
+    EXPECT_EQ(Content(pilots.Settings()), "DISPLAYUPDATE=YES\r\n");
 }
 
 TEST(Keyboard, TheCompanionEndsWhenItIsClosedOnTheTaskBar) {

@@ -101,7 +101,8 @@ echo "ok the menu's entries come, work and go without a trace"
 export XDG_DATA_HOME=$world/share
 "$home/$flights/Quirkmeter/desktop-entry.sh" install
 [[ $(gio info -a standard::content-type "$home/$flights/Quirkmeter/program/practice.qmp") == *quirkmeter-profile* ]]
-gio mime application/x-quirkmeter-profile | grep -q quirkmeter-rehearse.desktop
+# Not through a pipe: grep may end first, and gio would then fail with SIGPIPE.
+grep -q quirkmeter-rehearse.desktop <(gio mime application/x-quirkmeter-profile)
 "$home/$flights/Quirkmeter/desktop-entry.sh" remove
 [[ ! -e $XDG_DATA_HOME ]]
 unset XDG_DATA_HOME

@@ -422,9 +422,9 @@ installs() {
     diff -rq -x uninstall.exe "$(installed)" "$world/zip/Quirkmeter"
     [[ "$(ls "$(menu)" | tr '\n' ' ')" == "FS2002 Quirkmeter.lnk Help.lnk Practice Simulator.lnk \
 Rehearse.lnk Try it.lnk " ]]
-    wine reg query "$uninstall_key" /v QuietUninstallString |
-        grep -qF 'Quirkmeter\uninstall.exe" /S'
-    wine reg query "$profile_key" /s | grep -qF 'Quirkmeter\rehearse.exe" "%1"'
+    grep -qF 'Quirkmeter\uninstall.exe" /S' \
+        <(wine reg query "$uninstall_key" /v QuietUninstallString)
+    grep -qF 'Quirkmeter\rehearse.exe" "%1"' <(wine reg query "$profile_key" /s)
 }
 
 # Keep the uninstaller from restarting as a copy of itself, whose result would be lost.

@@ -117,7 +117,8 @@ Flight OrdinaryFlight(const FlightPlan& plan, const Tally& flown) {
     if (middle == 0) return flight;
     // The seed brings back the same flights, of which one has so many failures.
     StartFlights(plan);
-    do FlyOnce(StepsOf(plan), flight);
+    FlightSteps steps = StepsOf(plan);
+    do FlyOnce(steps, flight);
     while (PlaceOf(flight) != middle);
     return flight;
 }

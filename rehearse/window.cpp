@@ -126,13 +126,10 @@ RehearsalFrame::RehearsalFrame() : wxFrame(nullptr, wxID_ANY, Title), panel_(new
     SetDropTarget(new DropTarget(*this));
 }
 
-// Adds a label and its field, with a name for screen readers.
-template <typename Field>
-Field* Labelled(wxSizer* row, wxStaticText* label, Field* field, const wxString& name) {
+// GTK and Windows take the label, which is created before the field, for the field's name.
+void AddLabelled(wxSizer* row, wxStaticText* label, wxWindow* field) {
     row->Add(label, wxSizerFlags().CentreVertical().Border(wxRIGHT));
     row->Add(field, wxSizerFlags().CentreVertical().DoubleBorder(wxRIGHT));
-    look::Describe(field, platform::ControlKind::Native, name);
-    return field;
 }
 
 wxSizer* RehearsalFrame::MakePlan() {
@@ -151,11 +148,11 @@ wxSizer* RehearsalFrame::MakePlan() {
     hours_ = new wxSpinCtrlDouble(panel_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
                                   wxSP_ARROW_KEYS, 0.01, 1000, plan_.Hours, 0.5);
     hours_->SetDigits(2);
-    Labelled(plan, hours, hours_, "Hours of flight");
+    AddLabelled(plan, hours, hours_);
     auto* engines = new wxStaticText(panel_, wxID_ANY, "En&gines");
     engines_ = new wxSpinCtrl(panel_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
                               wxSP_ARROW_KEYS, 0, 4, static_cast<int>(plan_.Engines));
-    Labelled(plan, engines, engines_, "Engines");
+    AddLabelled(plan, engines, engines_);
     rows->Add(plan);
 
     choose->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { OnChoose(); });
@@ -192,14 +189,11 @@ wxSizer* RehearsalFrame::MakeWish() {
               wxSizerFlags().CentreVertical().Border(wxRIGHT));
     slider_ = new wxSlider(parent, wxID_ANY, 0, 0, 100, wxDefaultPosition,
                            wxSize(FromDIP(160), wxDefaultCoord));
-    look::Describe(slider_, platform::ControlKind::Native, "Nothing fails in, percent of flights");
     wish->Add(slider_, wxSizerFlags(1).CentreVertical().Border(wxRIGHT));
-    // Screen readers take a label for the name of the control created after it.
     auto* percent = new wxStaticText(parent, wxID_ANY, "&percent of flights");
     percent_ = new wxSpinCtrlDouble(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
                                     wxSP_ARROW_KEYS, 0, 100, 0, 0.5);
     percent_->SetDigits(1);
-    look::Describe(percent_, platform::ControlKind::Native, "Nothing fails in, percent of flights");
     wish->Add(percent_, wxSizerFlags().CentreVertical().Border(wxRIGHT));
     wish->Add(percent, wxSizerFlags().CentreVertical());
     box->Add(wish, wxSizerFlags().Expand().Border());

@@ -78,7 +78,7 @@ TEST_F(SimLinkTest, OpenReportsWhatIsMissing) {
 TEST_F(SimLinkTest, EveryFailingCallLeavesNothingBehind) {
     TestSimulator simulator;
     int heldBySimulator = inprocess::HeldObjects();
-    // How many calls in a row must fail for opening to fail, and their last error.
+    // The number of calls in a row that must fail for opening to fail, and their last error.
     std::tuple<const char*, int, std::uint32_t, std::int32_t> cases[] = {
         {"FindWindowExA", 2, 0, SimNoWindow},
         {"RegisterWindowMessageA", 1, 8, SimNoMessage},

@@ -188,23 +188,23 @@ save() {
     keys "Save as" key ctrl+a type "$1"
     xdotool key Return
 }
-closed() { ! xdotool search --onlyvisible --name "$1"; }
+# windows TITLE NUMBER: succeeds when that many windows of that title are visible.
+windows() { [[ $(xdotool search --onlyvisible --name "$1" | wc -l) == "$2" ]]; }
 # Two names with the same beginning keep the file dialog from completing one.
 echo "my notes" | tee "$folder/mine.qmp" >"$folder/mines.qmp"
 save mine
 keys "^FS2002 Quirkmeter$" key Return
-await closed "^FS2002 Quirkmeter$"
+await windows "^FS2002 Quirkmeter$" 0
 [[ $(cat "$folder/mine.qmp") == "my notes" ]] || fail "a file was replaced without a question"
 save saved
 await test -s "$folder/saved.qmp"
 end
-windows() { [[ $(xdotool search --onlyvisible --name "Quirkmeter - Rehearsal" | wc -l) == "$1" ]]; }
 cp assets/practice.qmp "$folder"
 start C.UTF-8 "$folder/practice.qmp"
 keys "Quirkmeter - Rehearsal" key alt+r
-await windows 2
+await windows "Quirkmeter - Rehearsal" 2
 # The progress dialog may not have the focus yet.
-cancelled() { xdotool key Escape && windows 1; }
+cancelled() { xdotool key Escape && windows "Quirkmeter - Rehearsal" 1; }
 await cancelled
 end
 [[ ! -e "$folder/practice rehearsal.htm" ]] || fail "a cancelled rehearsal made a report"

@@ -89,8 +89,8 @@ std::string CatalogueTexts() {
     Check(again && NumberText(static_cast<float>(*again)) == text);
 }
 
-// Whatever the module answers, only the requested bytes are written, and the next batch is a normal
-// one.
+// The link writes only the requested bytes, whatever the module answers, and the next batch is a
+// normal one.
 [[maybe_unused]] void AnsweredBlock(Bytes bytes) {
     Begin(bytes);
     static TestSimulator simulator;
